@@ -1,0 +1,87 @@
+#!/usr/bin/python3
+"""Holds the exported symbols and the dynamic section of the library to what callers link against.
+
+Usage: check_exports.py LIBRARY DESCRIPTOR_SET
+
+The names follow from the schema: each message exports its class, each enumeration its functions. A
+name that is missing breaks callers; a name that is too much becomes a promise nobody meant.
+"""
+import re
+import subprocess
+import sys
+
+from google.protobuf import descriptor_pb2
+from google.protobuf.descriptor_pb2 import FieldDescriptorProto as Field
+
+PB = "google::protobuf::"
+STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
+
+
+def message_symbols(scope: str, message: descriptor_pb2.DescriptorProto) -> set[str]:
+    cls = scope + message.name
+    members = [
+        f"{message.name}({PB}Arena*, bool)", f"{message.name}({cls} const&)", f"~{message.name}()",
+        "Clear()", f"MergeFrom({cls} const&)", f"CopyFrom({cls} const&)",
+        f"CheckTypeAndMergeFrom({PB}MessageLite const&)", f"InternalSwap({cls}*)",
+        "IsInitialized() const", "ByteSizeLong() const", "SetCachedSize(int) const",
+        "GetTypeName() const", f"_InternalParse(char const*, {PB}internal::ParseContext*)",
+        f"_InternalSerialize(unsigned char*, {PB}io::EpsCopyOutputStream*) const",
+    ]
+    if sum(field.label == Field.LABEL_REQUIRED for field in message.field) > 1:
+        members.append("RequiredFieldsByteSizeFallback() const")
+    for field in message.field:
+        if field.type == Field.TYPE_MESSAGE and field.label != Field.LABEL_REPEATED:
+            members.append(f"_Internal::{field.name}({cls} const*)")
+        if field.type == Field.TYPE_STRING and field.default_value:
+            default = f"_i_give_permission_to_break_this_code_default_{field.name}_"
+            members.append(f"Impl_::{default}")
+    if cls == "QImsCall":  # its type comes from another unit, so the accessor is not inline
+        members.append("clear_suppsvcnotification()")
+    return {f"{cls}::{member}" for member in members} | {
+        f"{scope}_{message.name}_default_instance_", f"vtable for {cls}",
+        f"{cls}* {PB}Arena::CreateMaybeMessage<{cls}>({PB}Arena*)"}
+
+
+def enum_symbols(scope: str, enum: descriptor_pb2.EnumDescriptorProto) -> set[str]:
+    name = scope + enum.name
+    return {f"{name}_IsValid(int)", f"{name}_Name({name})", f"{name}_Parse({STRING} const&, {name}*)"}
+
+
+def main() -> None:
+    library, descriptor_set = sys.argv[1:]
+    files = descriptor_pb2.FileDescriptorSet()
+    with open(descriptor_set, "rb") as stream:
+        files.ParseFromString(stream.read())
+    contract: set[str] = set()
+    for file in files.file:
+        scope = file.package.replace(".", "::") + "::" if file.package else ""
+        for message in file.message_type:
+            contract |= message_symbols(scope, message)
+        for enum in file.enum_type:
+            contract |= enum_symbols(scope, enum)
+
+    lines = subprocess.run(["nm", "--dynamic", "--demangle", "--defined-only", library], check=True,
+                           capture_output=True, text=True).stdout.splitlines()
+    exported = {re.sub(r"\[abi:\w+\]", "", line.split(maxsplit=2)[2]) for line in lines}
+    dynamic = subprocess.run(["readelf", "--wide", "--dynamic", library], check=True,
+                             capture_output=True, text=True).stdout
+    needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
+
+    faults = [f"not exported: {name}" for name in sorted(contract - exported)]
+    # Instances of the runtime's own templates are not ours to count.
+    surplus = sorted(name for name in exported - contract if "google::protobuf" not in name)
+    faults += [f"exported beside the contract: {name}" for name in surplus]
+    faults += [f"type information exported: {n}" for n in sorted(exported) if n.startswith("typeinfo")]
+    if "SONAME" not in dynamic or "[lib-virtual-modem-protos.so]" not in dynamic:
+        faults.append("the SONAME is not lib-virtual-modem-protos.so")
+    if not any("protobuf" in name and "lite" in name for name in needed):
+        faults.append(f"not linked to the lite runtime: {needed}")
+    if any(re.match(r"libprotobuf\.so|libprotoc", name) for name in needed):
+        faults.append(f"linked to more than the lite runtime: {needed}")
+
+    print("\n".join(faults) or f"{len(contract)} names of the contract, {len(exported)} exported")
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
