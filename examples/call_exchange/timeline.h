@@ -1,0 +1,35 @@
+// The exchange as a person reads it: one line a message, on stdout.
+#pragma once
+
+#include <google/protobuf/message_lite.h>
+
+#include <chrono>
+#include <string_view>
+
+#include "call_exchange/endpoint.h"
+
+namespace virtual_modem::exchange {
+
+class Timeline {
+ public:
+  // `hex`: each message is followed by its bytes.
+  Timeline(bool color, bool hex);
+
+  void Title(std::string_view scenario, std::string_view what);
+  void Message(Direction direction, const Frame& frame, const MessageLite& message);
+  // A remark on the message above it.
+  void Note(std::string_view text) const;
+  // What went by, in all.
+  void Total() const;
+
+ private:
+  const char* Color(const char* sequence) const { return color_ ? sequence : ""; }
+
+  bool color_;
+  bool hex_;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  int messages_ = 0;
+  std::size_t bytes_ = 0;
+};
+
+}  // namespace virtual_modem::exchange
