@@ -26,8 +26,8 @@ Timeline::Timeline(bool color, bool hex) : color_(color), hex_(hex) {}
 void Timeline::Title(std::string_view scenario, std::string_view what) {
   std::printf("%s%.*s: %.*s%s\n", Color(kBold), Width(scenario), scenario.data(), Width(what),
               what.data(), Color(kReset));
-  std::printf("%s     ms    type                        serial bytes  essentials%s\n",
-              Color(kDim), Color(kReset));
+  std::printf("%s     ms    type                        serial bytes  essentials%s\n", Color(kDim),
+              Color(kReset));
 }
 
 void Timeline::Message(Direction direction, const Frame& frame, const MessageLite& message) {
