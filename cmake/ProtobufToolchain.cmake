@@ -3,6 +3,10 @@
 # Generated code fits exactly one runtime release, so both are checked here, before anything is
 # built. Sets VIRTUAL_MODEM_PROTOC and the target protobuf::libprotobuf-lite.
 
+set(VIRTUAL_MODEM_RUNTIME system CACHE STRING
+  "Lite runtime to build against: 'system' (its package) or 'source' (built along)")
+set_property(CACHE VIRTUAL_MODEM_RUNTIME PROPERTY STRINGS system source)
+
 set(VIRTUAL_MODEM_PROTOBUF_RELEASE 3.21.12)
 
 find_program(VIRTUAL_MODEM_PROTOC protoc DOC "Protocol-buffer compiler of the build machine"
@@ -23,4 +27,11 @@ if(NOT _version VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
     "Set -DVIRTUAL_MODEM_PROTOC to a protoc of that release.")
 endif()
 
-find_package(ProtobufLite ${VIRTUAL_MODEM_PROTOBUF_RELEASE} EXACT REQUIRED)
+if(VIRTUAL_MODEM_RUNTIME STREQUAL "system")
+  find_package(ProtobufLite ${VIRTUAL_MODEM_PROTOBUF_RELEASE} EXACT REQUIRED)
+elseif(VIRTUAL_MODEM_RUNTIME STREQUAL "source")
+  include(ProtobufRuntimeFromSource)
+else()
+  message(FATAL_ERROR
+    "VIRTUAL_MODEM_RUNTIME is '${VIRTUAL_MODEM_RUNTIME}'; it must be 'system' or 'source'.")
+endif()
