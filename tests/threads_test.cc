@@ -19,6 +19,7 @@ void InParallel(const Work& work) {
   constexpr int kThreads = 4;
   std::atomic<int> ready = 0;
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       ++ready;
