@@ -10,6 +10,12 @@ namespace virtual_modem::exchange {
 Endpoint::Endpoint(Channel channel, Observer observer)
     : channel_(std::move(channel)), observer_(std::move(observer)), send_buffer_(kMaxFrame) {}
 
+MessageLite& Endpoint::Reusable(Messages& messages, const MessageLite& prototype) {
+  std::unique_ptr<MessageLite>& message = messages[&prototype];
+  if (!message) message.reset(prototype.New());
+  return *message;
+}
+
 void Endpoint::Send(const MessageLite& message, Operation operation) {
   const std::string type = message.GetTypeName();
   const std::size_t size = message.ByteSizeLong();  // caches the sizes used below
@@ -40,16 +46,15 @@ std::optional<Endpoint::Received> Endpoint::Receive() {
   if (prototype == nullptr) {
     throw LinkError("the frame names the unknown type '" + std::string(frame.type) + "'");
   }
-  std::unique_ptr<MessageLite>& message = received_[prototype];
-  if (!message) message.reset(prototype->New());
+  MessageLite& message = Reusable(received_, *prototype);
   // Partially: the full parse would write a line to stderr for each message that lacks a required
   // field, and such a message can still be answered.
-  if (!message->ParsePartialFromArray(frame.payload.data(),
-                                      static_cast<int>(frame.payload.size()))) {
+  if (!message.ParsePartialFromArray(frame.payload.data(),
+                                     static_cast<int>(frame.payload.size()))) {
     throw LinkError("the payload is not a valid " + std::string(frame.type));
   }
-  if (observer_.on_message) observer_.on_message(Direction::kReceived, frame, *message);
-  return Received{frame, *message};
+  if (observer_.on_message) observer_.on_message(Direction::kReceived, frame, message);
+  return Received{frame, message};
 }
 
 }  // namespace virtual_modem::exchange

@@ -32,6 +32,14 @@ class Endpoint {
  public:
   explicit Endpoint(Channel channel, Observer observer = {});
 
+  // A cleared M to fill and send: the same object each time, so its memory is reused.
+  template <typename M>
+  M& Draft() {
+    M& message = static_cast<M&>(Reusable(drafts_, M::default_instance()));
+    message.Clear();
+    return message;
+  }
+
   // Sends a message as it is, initialized or not: that is the caller's business.
   // Throws LinkError when it does not fit a frame or the channel fails.
   void Send(const MessageLite& message, Operation operation = Operation::kByType);
@@ -47,10 +55,15 @@ class Endpoint {
   std::optional<Received> Receive();
 
  private:
+  using Messages = std::unordered_map<const MessageLite*, std::unique_ptr<MessageLite>>;
+
+  static MessageLite& Reusable(Messages& messages, const MessageLite& prototype);
+
   Channel channel_;
   Observer observer_;
   std::vector<std::uint8_t> send_buffer_;
-  std::unordered_map<const MessageLite*, std::unique_ptr<MessageLite>> received_;  // by prototype
+  Messages drafts_;    // by default instance
+  Messages received_;  // likewise
 };
 
 }  // namespace virtual_modem::exchange

@@ -4,14 +4,18 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
-#include "call_exchange/modem.h"
+#include "call_exchange/modem/modem.h"
+#include "call_exchange/pcap.h"
 #include "call_exchange/processes.h"
 #include "call_exchange/scenarios.h"
 #include "call_exchange/timeline.h"
@@ -28,6 +32,7 @@ constexpr const char* kUsage =
     "  --clir MODE       default, invocation (hide the own number) or suppression\n"
     "  --timeout MS      longest wait for the other process (default 5000)\n"
     "  --hex             show the bytes of each message\n"
+    "  --pcap FILE       write the frames as a capture, for Wireshark\n"
     "  --list            list the scenarios\n"
     "  --help            show this\n"
     "Exit status: 0 when all went well, 1 when the exchange failed, 2 when the command is wrong.\n";
@@ -36,6 +41,7 @@ struct Options {
   Settings settings;
   std::chrono::milliseconds timeout{5000};
   bool hex = false;
+  std::optional<std::string> pcap;  // path
   std::vector<const Scenario*> scenarios;
 };
 
@@ -79,7 +85,7 @@ const Scenario* ParseScenario(std::string_view text) {
   for (const Scenario& scenario : kScenarios) {
     if (scenario.name == text) return &scenario;
   }
-  Reject("no scenario '" + std::string(text) + "'; --list shows them");
+  Reject("no scenario '" + std::string(text) + "' (--list shows them)");
 }
 
 void ListScenarios() {
@@ -90,11 +96,12 @@ void ListScenarios() {
 }
 
 Options ParseOptions(int argc, char** argv) {
-  enum { kNumber = 1, kClir, kTimeout, kHex, kList, kHelp };
+  enum { kNumber = 1, kClir, kTimeout, kHex, kPcap, kList, kHelp };
   const option options[] = {{"number", required_argument, nullptr, kNumber},
                             {"clir", required_argument, nullptr, kClir},
                             {"timeout", required_argument, nullptr, kTimeout},
                             {"hex", no_argument, nullptr, kHex},
+                            {"pcap", required_argument, nullptr, kPcap},
                             {"list", no_argument, nullptr, kList},
                             {"help", no_argument, nullptr, kHelp},
                             {}};
@@ -112,6 +119,9 @@ Options ParseOptions(int argc, char** argv) {
         break;
       case kHex:
         result.hex = true;
+        break;
+      case kPcap:
+        result.pcap = optarg;
         break;
       case kList:
         ListScenarios();
@@ -143,18 +153,29 @@ bool WantsColor() {
 int Main(int argc, char** argv) {
   const Options options = ParseOptions(argc, argv);
   const Side telephony = [&options](Channel channel) {
-    Timeline timeline(WantsColor(), options.hex);
-    Endpoint endpoint(
-        std::move(channel),
-        {{}, [&timeline](Direction direction, const Frame& frame, const MessageLite& message) {
-           timeline.Message(direction, frame, message);
-         }});
+    Timeline timeline(stdout, WantsColor(), options.hex);
+    Observer observer;
+    observer.on_message = [&timeline](Direction direction, const Frame& frame,
+                                      const MessageLite& message) {
+      timeline.Message(direction, frame, message);
+    };
+    std::optional<PcapWriter> pcap;
+    if (options.pcap) {
+      pcap.emplace(*options.pcap);
+      observer.on_frame = [&pcap](Direction direction, std::string_view bytes) {
+        pcap->Write(direction, bytes);
+      };
+    }
+    Endpoint endpoint(std::move(channel), std::move(observer));
     Telephony role(endpoint, timeline, options.settings);
     for (const Scenario* scenario : options.scenarios) {
       timeline.Title(scenario->name, scenario->what);
       scenario->play(role);
     }
     timeline.Total();
+    if (std::fflush(stdout) != 0) {
+      throw std::system_error(errno, std::generic_category(), "standard output");
+    }
   };
   const Side modem = [](Channel channel) {
     Endpoint endpoint(std::move(channel));

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "call_exchange/endpoint.h"
 #include "call_exchange/timeline.h"
@@ -18,11 +19,17 @@ struct Settings {
 
 class Telephony {
  public:
-  Telephony(Endpoint& endpoint, Timeline& timeline, const Settings& settings)
-      : endpoint_(endpoint), timeline_(timeline), settings_(settings) {}
+  Telephony(Endpoint& endpoint, Timeline& timeline, Settings settings)
+      : endpoint_(endpoint), timeline_(timeline), settings_(std::move(settings)) {}
 
   const Settings& settings() const { return settings_; }
   Timeline& timeline() { return timeline_; }
+
+  // A cleared M to fill and send.
+  template <typename M>
+  M& Draft() {
+    return endpoint_.Draft<M>();
+  }
 
   void Send(const MessageLite& message, Operation operation = Operation::kByType) {
     endpoint_.Send(message, operation);
@@ -51,7 +58,7 @@ class Telephony {
   // The same for an operation without parameters.
   template <typename Response>
   const Response& Ask(Operation operation) {
-    return Ask<Response>(no_parameters_, operation);
+    return Ask<Response>(Draft<NoParmRequest>(), operation);
   }
 
  private:
@@ -60,9 +67,8 @@ class Telephony {
 
   Endpoint& endpoint_;
   Timeline& timeline_;
-  const Settings& settings_;
+  Settings settings_;
   std::int32_t serial_ = 0;
-  NoParmRequest no_parameters_;
 };
 
 }  // namespace virtual_modem::exchange

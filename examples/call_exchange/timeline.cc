@@ -1,6 +1,5 @@
 #include "call_exchange/timeline.h"
 
-#include <cstdio>
 #include <string>
 
 #include "call_exchange/essentials.h"
@@ -21,13 +20,13 @@ int Width(std::string_view text) { return static_cast<int>(text.size()); }
 
 }  // namespace
 
-Timeline::Timeline(bool color, bool hex) : color_(color), hex_(hex) {}
+Timeline::Timeline(std::FILE* out, bool color, bool hex) : out_(out), color_(color), hex_(hex) {}
 
 void Timeline::Title(std::string_view scenario, std::string_view what) {
-  std::printf("%s%.*s: %.*s%s\n", Color(kBold), Width(scenario), scenario.data(), Width(what),
-              what.data(), Color(kReset));
-  std::printf("%s     ms    type                        serial bytes  essentials%s\n", Color(kDim),
-              Color(kReset));
+  std::fprintf(out_, "%s%.*s: %.*s%s\n", Color(kBold), Width(scenario), scenario.data(),
+               Width(what), what.data(), Color(kReset));
+  std::fprintf(out_, "%s     ms    type                      serial bytes  essentials%s\n",
+               Color(kDim), Color(kReset));
 }
 
 void Timeline::Message(Direction direction, const Frame& frame, const MessageLite& message) {
@@ -44,22 +43,23 @@ void Timeline::Message(Direction direction, const Frame& frame, const MessageLit
   }
   if (!message.IsInitialized()) essentials += " (incomplete)";
 
-  std::printf("%s%7.2f%s %s%s %-28.*s%s %5s %5zu  %s\n", Color(kDim), elapsed.count(),
-              Color(kReset), Color(sent ? kCyan : kGreen), sent ? "->" : "<-", Width(type),
-              type.data(), Color(kReset), number.c_str(), frame.payload.size(), essentials.c_str());
+  std::fprintf(out_, "%s%7.2f%s %s%s %-28.*s%s %4s %5zu  %s\n", Color(kDim), elapsed.count(),
+               Color(kReset), Color(sent ? kCyan : kGreen), sent ? "->" : "<-", Width(type),
+               type.data(), Color(kReset), number.c_str(), frame.payload.size(),
+               essentials.c_str());
   if (hex_) {
-    std::printf("%s        ", Color(kDim));
-    for (const char c : frame.payload) std::printf(" %02x", static_cast<unsigned char>(c));
-    std::printf("%s\n", Color(kReset));
+    std::fprintf(out_, "%s        ", Color(kDim));
+    for (const char c : frame.payload) std::fprintf(out_, " %02x", static_cast<unsigned char>(c));
+    std::fprintf(out_, "%s\n", Color(kReset));
   }
   ++messages_;
   bytes_ += frame.payload.size();
 }
 
 void Timeline::Note(std::string_view text) const {
-  std::printf("%s           %.*s%s\n", Color(kDim), Width(text), text.data(), Color(kReset));
+  std::fprintf(out_, "%s           %.*s%s\n", Color(kDim), Width(text), text.data(), Color(kReset));
 }
 
-void Timeline::Total() const { std::printf("%d messages, %zu bytes\n", messages_, bytes_); }
+void Timeline::Total() const { std::fprintf(out_, "%d messages, %zu bytes\n", messages_, bytes_); }
 
 }  // namespace virtual_modem::exchange

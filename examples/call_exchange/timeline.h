@@ -1,9 +1,10 @@
-// The exchange as a person reads it: one line a message, on stdout.
+// The exchange as a person reads it: one line a message.
 #pragma once
 
 #include <google/protobuf/message_lite.h>
 
 #include <chrono>
+#include <cstdio>
 #include <string_view>
 
 #include "call_exchange/endpoint.h"
@@ -12,8 +13,8 @@ namespace virtual_modem::exchange {
 
 class Timeline {
  public:
-  // `hex`: each message is followed by its bytes.
-  Timeline(bool color, bool hex);
+  // Writes to `out`, which stays the caller's. `hex`: each message is followed by its bytes.
+  Timeline(std::FILE* out, bool color, bool hex);
 
   void Title(std::string_view scenario, std::string_view what);
   void Message(Direction direction, const Frame& frame, const MessageLite& message);
@@ -25,6 +26,7 @@ class Timeline {
  private:
   const char* Color(const char* sequence) const { return color_ ? sequence : ""; }
 
+  std::FILE* out_;
   bool color_;
   bool hex_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

@@ -6,7 +6,7 @@ namespace virtual_modem::exchange {
 namespace {
 
 void DialAndHangUp(Telephony& telephony) {
-  Dial dial;
+  auto& dial = telephony.Draft<Dial>();
   dial.set_address(telephony.settings().number);
   dial.set_clir(telephony.settings().clir);
   telephony.Ask<NoResultResponse>(dial);
@@ -20,7 +20,7 @@ void DialAndHangUp(Telephony& telephony) {
     if (state != RADIO_CALL_ACTIVE) telephony.Expect<NoResultIndication>();
   }
 
-  Hangup hangup;
+  auto& hangup = telephony.Draft<Hangup>();
   hangup.set_gsmindex(calls->calls(0).index());
   telephony.Ask<NoResultResponse>(hangup);
   telephony.Ask<LastCallFailureCauseResponse>(Operation::kLastCallFailCause);
@@ -28,7 +28,7 @@ void DialAndHangUp(Telephony& telephony) {
 
 // A request that lacks a required field is refused by an answer, not by a crash.
 void DialNobody(Telephony& telephony) {
-  Dial dial;
+  auto& dial = telephony.Draft<Dial>();
   dial.set_clir(telephony.settings().clir);
   telephony.Ask<NoResultResponse>(dial, Operation::kByType, RADIO_E_INVALID_ARGUMENTS);
 }
@@ -41,7 +41,7 @@ void MeetNewerPeer(Telephony& telephony) {
       "\x10\x63"  // 2 technology: 99
       "\x7a\x02"
       "6G";  // 15: a string
-  VoiceRadioTechChanged indication;
+  auto& indication = telephony.Draft<VoiceRadioTechChanged>();
   if (!indication.ParsePartialFromString(bytes)) throw LinkError("the message does not parse");
   telephony.Send(indication);
   const std::string returned =

@@ -1,4 +1,5 @@
-// The modem side: a make-believe modem, just able enough to answer the scenarios.
+// The modem side: a make-believe modem, just able enough to answer the scenarios. Its answers stand
+// in one file a scenario, beside this one.
 #pragma once
 
 #include <google/protobuf/message_lite.h>
@@ -6,9 +7,13 @@
 #include <cstdint>
 
 #include "call_exchange/endpoint.h"
+#include "virtual_modem/data_share.pb.h"
+#include "virtual_modem/ims_service.pb.h"
 #include "virtual_modem/radio.pb.h"
 
 namespace virtual_modem::exchange {
+
+namespace share = ::virtualdata::proto;
 
 class Modem {
  public:
@@ -25,6 +30,13 @@ class Modem {
   void operator()(const Dial& dial);
   void operator()(const Hangup& hangup);
   void operator()(const NoParmRequest& request);
+  void operator()(const SendGSMSms& request);
+  void operator()(const ImsSmsMessage& request);
+  void operator()(const CdmaSmsAck& request);
+  void operator()(const share::MasterSlaveShareConfirmReq& request);
+  void operator()(const share::MasterSlaveNetworkInfoUpdate& update);
+  void operator()(const share::SlaveSetupDataCallResponse& response);
+  void operator()(const share::RemoteDataShareReleaseReq& request);
   template <typename M>
   void operator()(const M& message) {
     Decline(message, RADIO_E_REQUEST_NOT_SUPPORTED);
@@ -36,9 +48,13 @@ class Modem {
   void Decline(const MessageLite& message, Radio_Errno error);
   void Result(std::int32_t serial, Radio_Errno error);
 
-  // Fills the header of a successful response.
+  // A response with its header filled, for success.
   template <typename Response>
-  Response& Success(Response& response, std::int32_t serial) {
+  Response& Answer(std::int32_t serial) {
+    return Success(endpoint_.Draft<Response>(), serial);
+  }
+  template <typename Response>
+  static Response& Success(Response& response, std::int32_t serial) {
     response.set_platformtype(QCOM);
     response.set_serial(serial);
     response.set_error(RADIO_E_SUCCESS);
@@ -47,18 +63,24 @@ class Modem {
 
   void SendRegistration(std::int32_t serial);
   void SendOperator(std::int32_t serial);
-  void SendLastCallFailCause(std::int32_t serial);
+  void SendCardStatus(std::int32_t serial);
+  void SendSignalStrength(std::int32_t serial);
+
   void SendCallsAndProceed(std::int32_t serial);
+  void SendLastCallFailCause(std::int32_t serial);
+
+  void DialIms(const Dial& dial);
+  void HangupIms(const Hangup& hangup);
+  void MoveToWifi();
+  void Merge(std::int32_t serial);
+  void SendImsCalls();
 
   Endpoint& endpoint_;
   Operation operation_ = Operation::kByType;  // of the message in hand
-  // Messages are kept and filled anew: their memory is reused.
-  NoResultResponse result_;
-  NoResultIndication indication_;
-  GetCurrentCallsResponse calls_;  // the calls as they stand
-  LastCallFailureCauseResponse cause_;
-  RegistrationResponse registration_;
-  OperatorResponse operator_;
+  GetCurrentCallsResponse calls_;             // the circuit-switched calls as they stand
+  ImsCallStateChanged ims_calls_;             // the IMS calls as they stand
+  std::int32_t sms_reference_ = 0;            // of the last short message sent
+  std::int32_t shared_call_ = 0;              // the data call that the master has set up
 };
 
 }  // namespace virtual_modem::exchange

@@ -1,0 +1,74 @@
+// One short message over GSM; one over IMS in CDMA form, whose answer comes in and is acknowledged.
+#include <algorithm>
+
+#include "call_exchange/scenarios.h"
+
+namespace virtual_modem::exchange {
+namespace {
+
+// Destination address of a TPDU as hex: number of digits, type of address, the digits with the
+// halves of each byte swapped (TS 23.040 9.1.2.5).
+std::string GsmAddress(const std::string& number) {
+  const bool international = number[0] == '+';
+  std::string digits = number.substr(international ? 1 : 0);
+  std::replace(digits.begin(), digits.end(), '*', 'A');
+  std::replace(digits.begin(), digits.end(), '#', 'B');
+  constexpr const char* kHex = "0123456789ABCDEF";
+  std::string text{kHex[digits.size() / 16], kHex[digits.size() % 16]};
+  text += international ? "91" : "81";
+  if (digits.size() % 2 == 1) digits += 'F';
+  for (std::size_t at = 0; at < digits.size(); at += 2) text += {digits[at + 1], digits[at]};
+  return text;
+}
+
+void SendOverGsm(Telephony& telephony) {
+  auto& sms = telephony.Draft<SendGSMSms>();
+  sms.set_smscpdu("00");  // the service center that the SIM names
+  // SMS-SUBMIT, reference 0, the destination, protocol 0, default alphabet, 5 characters "hello".
+  sms.set_pdu("0100" + GsmAddress(telephony.settings().number) + "000005E8329BFD06");
+  telephony.Ask<SendGsmSmsResponse>(sms);
+}
+
+void SendCdmaOverIms(Telephony& telephony) {
+  auto& sms = telephony.Draft<ImsSmsMessage>();
+  sms.set_tech(THREE_GPP2);
+  sms.set_retry(false);
+  sms.set_messageref(0);
+  CdmaSmsMessage& message = *sms.mutable_cdmamessage();
+  message.set_teleserviceid(0x1002);  // wireless messaging (3GPP2 C.S0015)
+  message.set_isservicepresent(false);
+  message.set_servicecategory(0);
+  CdmaSmsAddress& address = *message.mutable_address();
+  address.set_digitmode(DIGIT_MODE_EIGHT_BIT);
+  address.set_isnumbermodedatanetwork(false);
+  address.set_numbertype(NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP);
+  address.set_numberplan(NUMBER_PLAN_TELEPHONY);
+  for (const char digit : telephony.settings().number) {
+    if (digit != '+') address.add_digits(digit);
+  }
+  message.mutable_subaddress()->set_subaddresstype(SUBADDRESS_TYPE_NSAP);
+  message.mutable_subaddress()->set_odd(false);
+  // Message identifier (submit, number 1) and user data: "hi" in 8-bit octets (3GPP2 C.S0015 4.5).
+  for (const int byte : {0x00, 0x03, 0x20, 0x00, 0x10, 0x01, 0x04, 0x00, 0x13, 0x43, 0x48}) {
+    message.add_bearerdata(byte);
+  }
+  telephony.Ask<SendCdmaSmsResponse>(sms);
+}
+
+void AcknowledgeIncoming(Telephony& telephony) {
+  telephony.Expect<CdmaSmsMessage>();
+  auto& ack = telephony.Draft<CdmaSmsAck>();
+  ack.set_errorclass(NO_ERROR);
+  ack.set_smscausecode(0);
+  telephony.Ask<NoResultResponse>(ack);
+}
+
+}  // namespace
+
+void PlaySms(Telephony& telephony) {
+  SendOverGsm(telephony);
+  SendCdmaOverIms(telephony);
+  AcknowledgeIncoming(telephony);
+}
+
+}  // namespace virtual_modem::exchange
