@@ -1,0 +1,323 @@
+// The example under fault: whatever the other side does, each side ends with a clear error or goes
+// on as documented; none hangs, and no descriptor or child is left behind.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "call_exchange/frame.h"
+#include "call_exchange/modem/modem.h"
+#include "call_exchange/processes.h"
+#include "call_exchange/scenarios.h"
+
+namespace virtual_modem::exchange {
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using std::string_literals::operator""s;
+
+// Long enough never to run out on a busy machine: a test in which it does has found a hang.
+constexpr milliseconds kNoHang{20'000};
+
+std::string FrameOf(std::string_view type, std::string_view payload,
+                    Operation operation = Operation::kByType) {
+  std::string header(kFrameHeaderSize + kMaxTypeLength, '\0');
+  header.resize(WriteFrameHeader(operation, type, payload.size(),
+                                 reinterpret_cast<std::uint8_t*>(header.data())));
+  return header.append(payload);
+}
+
+void PlayAll(Channel channel, Observer observer = {}) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> nowhere(std::fopen("/dev/null", "w"),
+                                                                &std::fclose);
+  Timeline timeline(nowhere.get(), false, false);
+  Endpoint endpoint(std::move(channel), std::move(observer));
+  Telephony telephony(endpoint, timeline, {});
+  for (const Scenario& scenario : kScenarios) scenario.play(telephony);
+}
+
+void ServeAll(Channel channel, Observer observer = {}) {
+  Endpoint endpoint(std::move(channel), std::move(observer));
+  Modem(endpoint).Serve();
+}
+
+// Kills the process at its frame number `last`, counted from 1 in both directions.
+Observer KillAt(int last) {
+  Observer observer;
+  observer.on_frame = [last, count = 0](Direction, std::string_view) mutable {
+    if (++count == last) raise(SIGKILL);
+  };
+  return observer;
+}
+
+// The frames of all scenarios, in the order in which they go by.
+std::vector<std::string> RecordFrames() {
+  std::vector<std::string> frames;
+  Observer observer;
+  observer.on_frame = [&frames](Direction, std::string_view bytes) { frames.emplace_back(bytes); };
+  const Side telephony = [&observer](Channel channel) { PlayAll(std::move(channel), observer); };
+  const Side modem = [](Channel channel) { ServeAll(std::move(channel)); };
+  EXPECT_EQ(RunPair(telephony, modem, kNoHang), 0);
+  return frames;
+}
+
+class ExchangeTest : public ::testing::Test {
+ protected:
+  static std::ptrdiff_t OpenDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  }
+
+  void TearDown() override {
+    EXPECT_EQ(OpenDescriptors(), descriptors_);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+  }
+
+ private:
+  std::ptrdiff_t descriptors_ = OpenDescriptors();
+};
+
+TEST(FrameTest, RefusesWhatIsNotAFrame) {
+  const std::string good = FrameOf("Dial", "payload", Operation::kImsCall);
+  Frame frame;
+  ASSERT_EQ(ReadFrame(good, frame), FrameFault::kNone);
+  EXPECT_EQ(frame.type, "Dial");
+  EXPECT_EQ(frame.payload, "payload");
+  EXPECT_EQ(frame.operation, Operation::kImsCall);
+
+  for (std::size_t size = 0; size < good.size(); ++size) {
+    EXPECT_EQ(ReadFrame(good.substr(0, size), frame), FrameFault::kTruncated) << size;
+  }
+  EXPECT_EQ(ReadFrame(good + '\0', frame), FrameFault::kTrailing);
+  EXPECT_EQ(ReadFrame("XM" + good.substr(2), frame), FrameFault::kNotAFrame);
+  EXPECT_EQ(ReadFrame(FrameOf("", "payload"), frame), FrameFault::kBadType);
+  EXPECT_EQ(ReadFrame(FrameOf("Di\033l", "payload"), frame), FrameFault::kBadType);
+  std::string header = good;
+  header[3] = static_cast<char>(kMaxTypeLength + 1);
+  EXPECT_EQ(ReadFrame(header, frame), FrameFault::kBadType);
+
+  const std::string largest(kMaxPayload, '\xff');
+  const std::string longest(kMaxTypeLength, 'x');
+  const std::string full = FrameOf(longest, largest);
+  ASSERT_EQ(ReadFrame(full, frame), FrameFault::kNone);
+  EXPECT_EQ(frame.payload, largest);
+  EXPECT_EQ(frame.type, longest);
+  EXPECT_EQ(ReadFrame(FrameOf("Dial", largest + 'x'), frame), FrameFault::kTooLarge);
+}
+
+TEST_F(ExchangeTest, ModemKilledAtEveryStep) {
+  const int frames = static_cast<int>(RecordFrames().size());
+  ASSERT_GT(frames, 50);
+  for (int step = 1; step <= frames; ++step) {
+    ::testing::internal::CaptureStderr();
+    const Side telephony = [](Channel channel) { PlayAll(std::move(channel)); };
+    const Side modem = [step](Channel channel) { ServeAll(std::move(channel), KillAt(step)); };
+    EXPECT_EQ(RunPair(telephony, modem, kNoHang), 1) << step;
+    const std::string errors = ::testing::internal::GetCapturedStderr();
+    EXPECT_THAT(errors, HasSubstr("modem was ended by signal 9")) << step;
+    // After its last answer nobody waits for the modem any more.
+    if (step < frames) {
+      EXPECT_THAT(errors, HasSubstr("telephony: the ")) << step;
+    }
+    EXPECT_THAT(errors, Not(HasSubstr("within"))) << step;
+  }
+}
+
+// The sides change places here: the modem side is the one that stays and is looked at.
+TEST_F(ExchangeTest, TelephonyKilledAtEveryStep) {
+  const int frames = static_cast<int>(RecordFrames().size());
+  int lost_calls = 0;
+  for (int step = 1; step <= frames; ++step) {
+    ::testing::internal::CaptureStderr();
+    const Side modem = [](Channel channel) { ServeAll(std::move(channel)); };
+    const Side telephony = [step](Channel channel) { PlayAll(std::move(channel), KillAt(step)); };
+    EXPECT_EQ(RunPair(modem, telephony, kNoHang), 1) << step;
+    const std::string errors = ::testing::internal::GetCapturedStderr();
+    EXPECT_THAT(errors, Not(HasSubstr("within"))) << step;
+    if (errors.find("gone during a call") != std::string::npos) ++lost_calls;
+  }
+  EXPECT_GT(lost_calls, 0);
+  EXPECT_LT(lost_calls, frames);
+}
+
+// Whichever side gets a packet that must not be says why and ends; the sender of it sees the end.
+TEST_F(ExchangeTest, FaultyPacketEndsEitherSide) {
+  const std::string dial = FrameOf("Dial", "\x08\x01\x10\x01\x1a\x01\x31\x20\x00"s);
+  const struct {
+    std::string packet;
+    const char* error;
+  } faults[] = {
+      {dial.substr(0, dial.size() / 2), "the frame is cut short"},
+      {"noise", "the frame is cut short"},
+      {"a longer noise", "the frame does not begin with 'VM'"},
+      {dial + dial, "the frame has bytes after its payload"},
+      {FrameOf("Dial", std::string(kMaxPayload + 1, '\0')), "the frame is larger than allowed"},
+      {std::string(kMaxFrame + 1, 'V'), "bytes is larger than allowed"},
+      {FrameOf("Dail", ""), "the frame names the unknown type 'Dail'"},
+      {FrameOf("Dial\n", ""), "the frame has no valid type name"},
+      {FrameOf("Dial", "\x1a\x7f"), "the payload is not a valid Dial"},
+  };
+  const Side sides[] = {[](Channel channel) { ServeAll(std::move(channel)); },
+                        [](Channel channel) { PlayAll(std::move(channel)); }};
+  for (const auto& [packet, error] : faults) {
+    const Side sender = [&packet = packet](Channel channel) {
+      channel.Send(reinterpret_cast<const std::uint8_t*>(packet.data()), packet.size());
+      while (channel.Receive()) {
+      }
+    };
+    for (const Side& side : sides) {
+      ::testing::internal::CaptureStderr();
+      EXPECT_EQ(RunPair(side, sender, kNoHang), 1) << error;
+      const std::string errors = ::testing::internal::GetCapturedStderr();
+      EXPECT_THAT(errors, HasSubstr(error));
+      EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+    }
+  }
+}
+
+// A sound message in the wrong place: the modem declines it, the telephony side cannot go on.
+TEST_F(ExchangeTest, UnexpectedMessage) {
+  const Side wrong_type = [](Channel channel) {
+    Endpoint endpoint(std::move(channel));
+    endpoint.Send(endpoint.Draft<NoResultIndication>());
+    while (endpoint.Receive()) {
+    }
+  };
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(RunPair([](Channel channel) { PlayAll(std::move(channel)); }, wrong_type, kNoHang), 1);
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+              HasSubstr("awaited RegistrationResponse, got NoResultIndication"));
+
+  auto [here, there] = Channel::Pair(kNoHang);
+  Endpoint client(std::move(here));
+  Endpoint server(std::move(there));
+  Modem modem(server);
+  auto& request = client.Draft<SetMute>();
+  request.set_platformtype(QCOM);
+  request.set_serial(7);
+  request.set_enable(true);
+  client.Send(request);
+  ASSERT_TRUE(modem.ServeOne());
+  const auto& answer = static_cast<const NoResultResponse&>(client.Receive()->message);
+  EXPECT_EQ(answer.serial(), 7);
+  EXPECT_EQ(answer.error(), RADIO_E_REQUEST_NOT_SUPPORTED);
+}
+
+// A peer that is there and does nothing.
+TEST_F(ExchangeTest, SilentPeer) {
+  constexpr milliseconds kShort{50};
+  auto [here, there] = Channel::Pair(kShort);
+  EXPECT_THAT([&here = here] { here.Receive(); },
+              ::testing::ThrowsMessage<LinkError>(HasSubstr("sent nothing within 50 ms")));
+  Endpoint endpoint(std::move(there));
+  EXPECT_THAT(
+      [&endpoint] {
+        for (;;) endpoint.Send(endpoint.Draft<Dial>());
+      },
+      ::testing::ThrowsMessage<LinkError>(HasSubstr("took nothing within 50 ms")));
+
+  ::testing::internal::CaptureStderr();
+  const Side stuck = [](Channel) { pause(); };
+  EXPECT_EQ(RunPair([](Channel) {}, stuck, kShort), 1);
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("does not end; killed"));
+}
+
+// Random packets, mostly near misses, to each side in turn. VIRTUAL_MODEM_NOISE_SECONDS sets how
+// long (default 1), VIRTUAL_MODEM_NOISE_SEED repeats a run.
+class Noise {
+ public:
+  Noise(unsigned seed, std::vector<std::string> frames)
+      : random_(seed), frames_(std::move(frames)) {}
+
+  std::string Packet() {
+    std::string packet = frames_[Below(frames_.size())];
+    switch (Below(4)) {
+      case 0:  // nothing but noise
+        packet.assign(1 + Below(200), '\0');
+        for (char& byte : packet) byte = RandomByte();
+        break;
+      case 1:  // a few bytes changed
+        for (std::size_t left = 1 + Below(4); left > 0; --left) {
+          packet[Below(packet.size())] = RandomByte();
+        }
+        break;
+      case 2: {  // a sound frame of noise
+        Frame frame;
+        ReadFrame(packet, frame);
+        std::string payload(Below(100), '\0');
+        for (char& byte : payload) byte = RandomByte();
+        packet = FrameOf(frame.type, payload, static_cast<Operation>(Below(12)));
+        break;
+      }
+      default:  // a sound message, out of place
+        break;
+    }
+    return packet;
+  }
+
+  std::size_t Below(std::size_t limit) {
+    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_);
+  }
+
+ private:
+  char RandomByte() { return static_cast<char>(Below(256)); }
+
+  std::mt19937 random_;
+  std::vector<std::string> frames_;
+};
+
+TEST_F(ExchangeTest, RandomBytes) {
+  const auto setting = [](const char* name, unsigned fallback) {
+    const char* text = std::getenv(name);
+    return text == nullptr ? fallback : static_cast<unsigned>(std::stoul(text));
+  };
+  const unsigned seed = setting("VIRTUAL_MODEM_NOISE_SEED", std::random_device{}());
+  const std::chrono::seconds duration(setting("VIRTUAL_MODEM_NOISE_SECONDS", 1));
+  std::cout << "VIRTUAL_MODEM_NOISE_SEED=" << seed << '\n';
+  Noise noise(seed, RecordFrames());
+
+  std::size_t packets = 0;
+  std::size_t ended = 0;
+  const auto stop = std::chrono::steady_clock::now() + duration;
+  while (std::chrono::steady_clock::now() < stop) {
+    std::array<int, 2> fds{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0, fds.data()), 0);
+    Channel sender(fds[0], kNoHang);
+    Endpoint receiver(Channel(fds[1], kNoHang));
+    for (int burst = 0; burst < 20; ++burst, ++packets) {
+      const std::string packet = noise.Packet();
+      sender.Send(reinterpret_cast<const std::uint8_t*>(packet.data()), packet.size());
+    }
+    shutdown(fds[0], SHUT_WR);
+    try {
+      if (noise.Below(2) == 0) {
+        Modem(receiver).Serve();
+      } else {
+        Timeline timeline(stdout, false, false);
+        Telephony telephony(receiver, timeline, {});
+        kScenarios[noise.Below(kScenarios.size())].play(telephony);
+      }
+    } catch (const LinkError&) {
+      ++ended;
+    }
+  }
+  std::cout << packets << " packets, " << ended << " sessions ended by an error\n";
+  EXPECT_GT(ended, 0U);
+}
+
+}  // namespace
+}  // namespace virtual_modem::exchange
