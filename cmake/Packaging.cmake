@@ -1,0 +1,72 @@
+# Debian packages: `cpack --preset package`, or scripts/package, which also checks them.
+#
+#   libvirtual-modem-protos       component runtime: the shared library and the descriptor set
+#   libvirtual-modem-protos-dev   component development: headers, schema, CMake and pkg-config files
+#   libvirtual-modem-protos-tools component tools: virtual-modem-inspect
+#
+# Configure with CMAKE_INSTALL_PREFIX=/usr (preset package): only then do files go to Debian's
+# multiarch folders. The packages need Debian's own lite runtime.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR "Virtual Modem")
+set(CPACK_PACKAGE_CONTACT "Virtual Modem maintainers <maintainers@virtual-modem.example>")
+# The first line of each component's description is the summary; CPack would prepend this one.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+if(TARGET virtual-modem-inspect)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvirtual-modem-protos)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/package/triggers)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Typed telephony messages of a virtual modem
+Requests, responses and indications with which the processes of a virtual
+modem exchange telephony operations: message classes for the lite runtime of
+Protocol Buffers, and the schema as one descriptor set for programs that read
+it when they run.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvirtual-modem-protos-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libvirtual-modem-protos (= ${PROJECT_VERSION}), \
+libprotobuf-dev (>= ${VIRTUAL_MODEM_PROTOBUF_RELEASE}), libprotobuf-dev (<< 3.22)")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Typed telephony messages of a virtual modem, for developers
+Headers, CMake package and pkg-config file to build with the message classes,
+and the schema itself, to generate the messages in other languages.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME libvirtual-modem-protos-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+# For the descriptor set; the inspector does not link the library.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvirtual-modem-protos (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Inspector of the telephony messages of a virtual modem
+virtual-modem-inspect decodes, encodes, identifies and explains messages: from
+bytes to text or JSON and back, with what is missing or unknown in them.")
+
+# ---- Files that every Debian package carries ------------------------------------------------------
+# The time is that of SOURCE_DATE_EPOCH when set, so that the same source gives the same package.
+string(TIMESTAMP VIRTUAL_MODEM_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(package_files ${PROJECT_BINARY_DIR}/package-files)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/package/changelog.in ${package_files}/changelog @ONLY)
+find_program(VIRTUAL_MODEM_GZIP gzip REQUIRED)
+execute_process(COMMAND ${VIRTUAL_MODEM_GZIP} --best --no-name --force ${package_files}/changelog
+  COMMAND_ERROR_IS_FATAL ANY)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} upper)
+  set(doc_dir share/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  install(FILES ${CMAKE_CURRENT_LIST_DIR}/package/copyright ${package_files}/changelog.gz
+    DESTINATION ${doc_dir} COMPONENT ${component})
+endforeach()
+
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/package/libvirtual-modem-protos.lintian-overrides
+  DESTINATION share/lintian/overrides RENAME libvirtual-modem-protos COMPONENT runtime)
+
+include(CPack)

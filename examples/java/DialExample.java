@@ -1,0 +1,47 @@
+// Sends a Dial and reads what comes back, in Java. See README.md. The schema's units without a
+// package become outer classes of the default package: Radio, ImsService, CallSize, Conference.
+
+import com.google.protobuf.UninitializedMessageException;
+import java.util.HexFormat;
+
+final class DialExample {
+  public static void main(String[] arguments) throws Exception {
+    HexFormat hex = HexFormat.of();
+
+    // The telephony side fills a request. build() throws when a required field is missing.
+    Radio.Dial dial =
+        Radio.Dial.newBuilder()
+            .setPlatformtype(Radio.PlatformType.QCOM)
+            .setSerial(7)
+            .setAddress("+15551234567")
+            .setClir(Radio.Clir.CLIR_DEFAULT)
+            .build();
+    byte[] request = dial.toByteArray();
+    System.out.println("request   " + hex.formatHex(request));
+
+    // The modem side answers with the serial of the request.
+    Radio.Dial received = Radio.Dial.parseFrom(request);
+    byte[] response =
+        Radio.NoResultResponse.newBuilder()
+            .setPlatformtype(received.getPlatformtype())
+            .setSerial(received.getSerial())
+            .setError(Radio.Radio_Errno.RADIO_E_SUCCESS)
+            .build()
+            .toByteArray();
+    System.out.println("response  " + hex.formatHex(response));
+    System.out.println("error     " + Radio.NoResultResponse.parseFrom(response).getError());
+
+    // Field 4 holds 99, which Clir does not declare: the field stays absent and the number is kept
+    // as an unknown field, so that it is written back.
+    Radio.Dial.Builder newer =
+        Radio.Dial.newBuilder().mergeFrom(hex.parseHex("08011007" + "1a0131" + "2063"));
+    System.out.println("clir set  " + newer.hasClir());
+    System.out.println("missing   " + newer.findInitializationErrors());
+    System.out.println("partial   " + hex.formatHex(newer.buildPartial().toByteArray()));
+    try {
+      newer.build();
+    } catch (UninitializedMessageException error) {
+      System.out.println("refused   " + error.getMessage());
+    }
+  }
+}
