@@ -137,11 +137,13 @@ def shortest(data: bytes, descriptor: Descriptor) -> bytes:
     """The same fields with every tag, length and number in as few bytes as it needs.
 
     Here the two differ, and only values are compared. Python writes an unknown field again as it
-    came, the library shortens it. The library takes the lowest 32 bits of a tag, and refuses one of
-    more than five bytes; Python takes all, and a known field for an unknown one when its tag is not
-    in its shortest form. Raises ValueError for what the library refuses.
+    came, the library shortens it. Python takes a known field for an unknown one when its tag is not
+    in its shortest form. The library takes the lowest 32 bits of a tag, and refuses one of more than
+    five bytes, field number 0 and the end of another group, where Python reads on. Raises ValueError
+    for what the library refuses.
     """
-    out, at, groups = bytearray(), 0, 0
+    out, at = bytearray(), 0
+    groups: list[int] = []  # numbers of those that are open
 
     def number(most: int = 10) -> int:
         nonlocal at
@@ -158,16 +160,19 @@ def shortest(data: bytes, descriptor: Descriptor) -> bytes:
 
     while at < len(data):
         tag = number(5) % 2**32
-        wire_type = tag & 7
-        groups += (wire_type == START) - (wire_type == END)
+        field_number, wire_type = tag >> 3, tag & 7
         out += varint(tag)
+        if field_number == 0 or wire_type == END and (not groups or groups.pop() != field_number):
+            raise ValueError("bad tag")
+        if wire_type == START:
+            groups.append(field_number)
         if wire_type == VARINT:
             out += varint(number())
         elif wire_type == BYTES:
             size = number(5)
             content = data[at:at + size]
             at += size
-            field = descriptor.fields_by_number.get(tag >> 3) if groups == 0 else None
+            field = None if groups else descriptor.fields_by_number.get(field_number)
             if field is not None and field.type == field.TYPE_MESSAGE:
                 content = shortest(content, field.message_type)
             out += varint(len(content)) + content
@@ -175,8 +180,8 @@ def shortest(data: bytes, descriptor: Descriptor) -> bytes:
             size = 4 if wire_type == FIXED32 else 8
             out += data[at:at + size]
             at += size
-        if at > len(data):
-            raise ValueError("cut off")
+    if at > len(data) or groups:
+        raise ValueError("cut off")
     return bytes(out)
 
 
