@@ -1,0 +1,121 @@
+  $ . "$TESTDIR/setup.sh"
+
+A whole message comes back as it was written, and nothing is said about it:
+
+  $ inspect decode IccCardStatusResponse card.bin | diff card.txt -
+
+A message that is cut shows what was read, where it breaks and what is missing:
+
+  $ head -c 60 card.bin | inspect decode IccCardStatusResponse 2>&1 | tail -n 13
+        appstate: APPSTATE_READY
+        aid: "a0000000871002"
+      }
+    }
+  }
+  # malformed at byte 60 in cardstatus.base.applications[0]: the input ends 10 bytes early
+  # missing required cardstatus.base.applications[0].applabel
+  # missing required cardstatus.base.applications[0].pin1
+  # missing required cardstatus.base.applications[0].pin2
+  # missing required cardstatus.physicalslotid
+  # missing required cardstatus.atr
+  # missing required cardstatus.iccid
+  virtual-modem-inspect: standard input: not a valid IccCardStatusResponse (malformed, required fields missing: 6)
+  $ head -c 60 card.bin | inspect decode --json IccCardStatusResponse 2>&1 >cut.json | tail -n 1
+  virtual-modem-inspect: standard input: not a valid IccCardStatusResponse (malformed, required fields missing: 6)
+  $ tail -c 12 cut.json
+   ]
+    }
+   }
+  }
+
+A cut inside a string, a varint, a tag, a length:
+
+  $ for size in 85 51 16 3 13; do
+  >   head -c $size card.bin | inspect decode IccCardStatusResponse 2>&1 | grep 'malformed at'
+  > done
+  # malformed at byte 85 in cardstatus.iccid: the input ends inside a length
+  # malformed at byte 46 in cardstatus.base.applications[0].aid: 14 bytes announced, 5 left before the end of the input
+  # malformed at byte 16 in cardstatus.base: the input ends 54 bytes early
+  # malformed at byte 3 in serial: the input ends inside a varint
+  # malformed at byte 13 in cardstatus.base.universalpinstate: the input ends inside a varint
+
+Numbers that are not declared:
+
+  $ echo 0800 1005 1800 2063 | inspect decode GetVoiceRadioTechResponse
+  platformtype: UNKNOW
+  serial: 5
+  error: RADIO_E_SUCCESS
+  4: 99
+  # rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent
+  virtual-modem-inspect: standard input: not a valid GetVoiceRadioTechResponse (required fields missing: 1, undeclared values: 1)
+  [1]
+  $ echo 0800 1005 1800 2063 | inspect decode --json GetVoiceRadioTechResponse 2>/dev/null
+  {
+   "platformtype": "UNKNOW",
+   "serial": 5,
+   "error": "RADIO_E_SUCCESS",
+   "rat": 99
+  }
+  [1]
+
+Set again with a number that is declared, the field is there; the first number is kept aside:
+
+  $ echo 0800 1005 1800 2063 2003 | inspect decode GetVoiceRadioTechResponse
+  platformtype: UNKNOW
+  serial: 5
+  error: RADIO_E_SUCCESS
+  rat: RADIO_T_UMTS
+  4: 99
+  # rat: 99 is not a Technology; kept as unknown field 4 (byte 6)
+
+In a list of messages the place is told; the status of what a receiver accepts is 0:
+
+  $ echo '0800 1801 1001 2200 22 04 0863 5001' | inspect decode GetCurrentCallsResponse 2>&1 | grep '#.*not'
+  # calls[1].state: 99 is not a RadioCallState; kept as unknown field 1 (byte 10), so required state is absent
+  $ echo '5001' | inspect decode QServiceStatusInfoList
+  10: 1
+  # unknown field 10 at byte 0, varint, 2 bytes with its tag
+
+Unknown fields of every wire type, and declared fields with a wrong one:
+
+  $ echo '0800 1005 1a0131 2001 4801 51 0102030405060708 5a0161 63586464 6d01020304' | inspect decode Dial
+  platformtype: UNKNOW
+  serial: 5
+  address: "1"
+  clir: CLIR_INVOCATION
+  9: 1
+  10: 0x0807060504030201
+  11: "a"
+  12 {
+    11: 100
+  }
+  13: 0x04030201
+  # unknown field 9 at byte 9, varint, 2 bytes with its tag
+  # unknown field 10 at byte 11, 64-bit, 9 bytes with its tag
+  # unknown field 11 at byte 20, length-delimited, 3 bytes with its tag
+  # unknown field 12 at byte 23, group, 4 bytes with its tag
+  # unknown field 13 at byte 27, 32-bit, 5 bytes with its tag
+  $ echo '0801 10 05 1a0131 2a00 22 0131' | inspect decode Dial
+  platformtype: QCOM
+  serial: 5
+  address: "1"
+  uusinfo {
+  }
+  4: "1"
+  # clir: declared as enum, came as length-delimited; kept as unknown field 4 (byte 9), so required clir is absent
+  virtual-modem-inspect: standard input: not a valid Dial (required fields missing: 1, wrong wire types: 1)
+  [1]
+
+What cannot be:
+
+  $ for bytes in 00 0807 0b 0c 0e 08808080808080808080808001 0d01 ffffffffff7f 1affffffff7f; do
+  >   echo "$bytes" | inspect decode Dial 2>&1 | grep 'malformed at'
+  > done
+  # malformed at byte 0: a field has number 0
+  # malformed at byte 1 in platformtype: the input ends inside a group
+  # malformed at byte 0 in platformtype: a group ends that was not begun
+  # malformed at byte 0 in platformtype: there is no wire type 6
+  # malformed at byte 1 in platformtype: a varint is longer than 10 bytes
+  # malformed at byte 1 in platformtype: 4 bytes announced, 1 left before the end of the input
+  # malformed at byte 0: a tag is longer than 5 bytes
+  # malformed at byte 1 in address: a length is over 2 GiB

@@ -1,0 +1,56 @@
+  $ . "$TESTDIR/setup.sh"
+
+Text and JSON give the same bytes, in any form:
+
+  $ echo 'platformtype: UNKNOW serial: 42 gsmindex: 1' >hangup.txt
+  $ inspect encode Hangup hangup.txt --to hex
+  0800102a1801
+  $ inspect encode Hangup hangup.txt --to base64
+  CAAQKhgB
+  $ inspect encode Hangup hangup.txt | od -An -tx1
+   08 00 10 2a 18 01
+  $ inspect encode --delimited Hangup <hangup.txt | od -An -tx1
+   06 08 00 10 2a 18 01
+  $ inspect decode --json IccCardStatusResponse card.bin | inspect encode --json IccCardStatusResponse | cmp - card.bin
+
+What a receiver would not take as meant is refused, and nothing is written:
+
+  $ echo 'platformtype: UNKNOW' | inspect encode Hangup >out; wc -c <out
+  # missing required serial
+  # missing required gsmindex
+  virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 2); --partial writes it all the same
+  0
+  $ echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json Hangup
+  # platformtype: 9 is not a PlatformType; kept as unknown field 1 (byte 0), so required platformtype is absent
+  virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 1, undeclared values: 1); --partial writes it all the same
+  [1]
+  $ echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json --partial --to hex Hangup 2>/dev/null
+  080910011802
+  $ echo 'cardstatus { base {} }' | inspect encode --partial --to hex IccCardStatusResponse 2>/dev/null
+  22020a00
+
+So is what cannot be read:
+
+  $ for text in 'serial: x' 'serial: 1 serial: 2' 'nosuch: 1' 'platformtype: 9' 'serial: 3000000000' '{'; do
+  >   echo "$text" | inspect encode Hangup
+  >   echo "$text" | inspect encode --json Hangup
+  > done
+  virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: x
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: x
+  virtual-modem-inspect: standard input: line 1, column 17: Non-repeated field "serial" is specified multiple times.
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 1 serial: 2
+  virtual-modem-inspect: standard input: line 1, column 7: Message type "Hangup" has no field named "nosuch".
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: nosuch: 1
+  virtual-modem-inspect: standard input: line 2, column 1: Unknown enumeration value of "9" for field "platformtype".
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: platformtype: 9
+  virtual-modem-inspect: standard input: line 1, column 9: Integer out of range (3000000000)
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 3000000000
+  virtual-modem-inspect: standard input: line 1, column 1: Expected identifier, got: {
+  virtual-modem-inspect: standard input: JSON: Unexpected end of string. Expected an object key or }
+  [1]
+  $ echo '{"serial": "1", "nosuch": 2}' | inspect encode --json Hangup
+  virtual-modem-inspect: standard input: JSON: nosuch: Cannot find field
+  [1]
+  $ printf '{"serial":%.0s' {1..200} | inspect encode --json Hangup
+  virtual-modem-inspect: standard input: JSON: Message too deep. Max recursion depth reached for key 'serial'
+  [1]

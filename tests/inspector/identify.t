@@ -1,0 +1,42 @@
+  $ . "$TESTDIR/setup.sh"
+
+A long message is one type only:
+
+  $ inspect identify card.bin | head -n 4
+  1. IccCardStatusResponse
+     fits: fully parsed, initialized, no unknown fields, values in range, 4 of 4 fields present
+  2. ImsiForAppResponse
+     initialized, control characters in a string, 4 of 4 fields present
+
+A short one fits many; twins are on one line:
+
+  $ echo 0800102a1801 | inspect identify
+  1. NoResultResponse
+     fits: fully parsed, initialized, no unknown fields, values in range, 3 of 3 fields present
+  1. BoolParmRequest = SetMute (twins: one layout)
+     fits: fully parsed, initialized, no unknown fields, values in range, 3 of 3 fields present
+  1. IntParmRequest = Hangup = ImsCallRatIndicationInd = ImsRegistrationInfoInd (twins: one layout)
+     fits: fully parsed, initialized, no unknown fields, values in range, 3 of 3 fields present
+  1. HandoverInfo = virtualdata.proto.SlaveDeactivateDataCallRequest (twins: one layout)
+     fits: fully parsed, initialized, no unknown fields, values in range, 3 of 3 fields present
+  1. ConferenceCapability
+     fits: fully parsed, initialized, no unknown fields, values in range, 3 of 3 fields present
+  10 types are first: the bytes do not tell them apart.
+  96 more types fit less well (--all shows them).
+
+Here a value is out of the range of most, and bytes that nothing fits are ranked by what speaks against them:
+
+  $ echo 080010011a0b3138303035353530313233 2001 | inspect identify | head -n 2
+  1. Dial
+     fits: fully parsed, initialized, no unknown fields, values in range, 4 of 5 fields present
+  $ echo 0800 f83f01 | inspect identify | head -n 4
+  1. NoResultIndication
+     unknown fields: 1, 1 of 1 fields present
+  1. virtualdata.proto.MasterSlaveShareConfirmReq
+     unknown fields: 1, 1 of 1 fields present
+  $ echo 0c | inspect identify
+  virtual-modem-inspect: standard input: no message of the schema has these bytes
+  [1]
+  $ : | inspect identify
+  virtual-modem-inspect: standard input: there are no bytes to identify
+  [1]
