@@ -10,17 +10,17 @@
   let selected = -1;
 
   // Lower is better; undefined when the row does not match. Names come before comments, exact
-  // matches before beginnings, beginnings before parts.
-  function rank([name, , , number, about], words) {
+  // matches before beginnings, beginnings before parts. A field is found by its own name, or by
+  // its message's name too when the query has a dot ("dial.clir").
+  function rank([fullName, , , number, about], words) {
     const query = words.join(" ");
-    const lower = name.toLowerCase();
-    if (String(number) === query || lower === query) return 0;
-    if (lower.startsWith(query)) return 1;
-    const last = lower.slice(lower.lastIndexOf(".") + 1);
-    if (last === query) return 2;
-    if (words.every((word) => lower.includes(word))) return 3;
+    const lower = fullName.toLowerCase();
+    const name = query.includes(".") ? lower : lower.slice(lower.lastIndexOf(".") + 1);
+    if (String(number) === query || name === query) return 0;
+    if (name.startsWith(query)) return 1;
+    if (words.every((word) => name.includes(word))) return 2;
     const text = `${lower} ${about.toLowerCase()}`;
-    return words.every((word) => text.includes(word)) ? 4 : undefined;
+    return words.every((word) => text.includes(word)) ? 3 : undefined;
   }
 
   function search(query) {
