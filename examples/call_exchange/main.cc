@@ -1,149 +1,21 @@
 // call_exchange: a telephony process and a modem process talk through the library's messages.
-#include <getopt.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <optional>
-#include <string>
 #include <system_error>
-#include <vector>
+#include <utility>
 
 #include "call_exchange/modem/modem.h"
+#include "call_exchange/options.h"
 #include "call_exchange/pcap.h"
 #include "call_exchange/processes.h"
-#include "call_exchange/scenarios.h"
 #include "call_exchange/timeline.h"
 
 namespace virtual_modem::exchange {
 namespace {
-
-constexpr int kUsageError = 2;
-
-constexpr const char* kUsage =
-    "Usage: call_exchange [OPTION...] [SCENARIO...]\n"
-    "Plays scenarios (default: call) between a telephony process and a modem process.\n"
-    "  --number NUMBER   number to dial (default +861012345678)\n"
-    "  --clir MODE       default, invocation (hide the own number) or suppression\n"
-    "  --timeout MS      longest wait for the other process (default 5000)\n"
-    "  --hex             show the bytes of each message\n"
-    "  --pcap FILE       write the frames as a capture, for Wireshark\n"
-    "  --list            list the scenarios\n"
-    "  --help            show this\n"
-    "Exit status: 0 when all went well, 1 when the exchange failed, 2 when the command is wrong.\n";
-
-struct Options {
-  Settings settings;
-  std::chrono::milliseconds timeout{5000};
-  bool hex = false;
-  std::optional<std::string> pcap;  // path
-  std::vector<const Scenario*> scenarios;
-};
-
-[[noreturn]] void Reject(const std::string& what) {
-  std::fprintf(stderr, "call_exchange: %s; see --help\n", what.c_str());
-  std::exit(kUsageError);
-}
-
-// What can be dialed: an optional + and up to 40 of 0-9, * and #.
-std::string ParseNumber(const std::string& text) {
-  const std::string digits = text.substr(text.rfind('+', 0) == 0 ? 1 : 0);
-  if (digits.empty() || digits.size() > 40 ||
-      digits.find_first_not_of("0123456789*#") != std::string::npos) {
-    Reject("'" + text + "' is not a number to dial");
-  }
-  return text;
-}
-
-Clir ParseClir(const std::string& text) {
-  std::string name = "CLIR_" + text;
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](unsigned char c) { return std::toupper(c); });
-  Clir clir{};
-  if (!Clir_Parse(name, &clir)) {
-    Reject("'" + text + "' is not a CLIR mode: default, invocation or suppression");
-  }
-  return clir;
-}
-
-std::chrono::milliseconds ParseTimeout(const std::string& text) {
-  int milliseconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), milliseconds);
-  if (error != std::errc() || end != text.data() + text.size() || milliseconds < 1 ||
-      milliseconds > 600'000) {
-    Reject("'" + text + "' is not a timeout in ms, 1 to 600000");
-  }
-  return std::chrono::milliseconds(milliseconds);
-}
-
-const Scenario* ParseScenario(std::string_view text) {
-  for (const Scenario& scenario : kScenarios) {
-    if (scenario.name == text) return &scenario;
-  }
-  Reject("no scenario '" + std::string(text) + "' (--list shows them)");
-}
-
-void ListScenarios() {
-  for (const Scenario& scenario : kScenarios) {
-    std::printf("%-11s %s\n", scenario.name.data(), scenario.what.data());
-  }
-  std::printf("%-11s %s\n", "all", "all of them");
-}
-
-Options ParseOptions(int argc, char** argv) {
-  enum { kNumber = 1, kClir, kTimeout, kHex, kPcap, kList, kHelp };
-  const option options[] = {{"number", required_argument, nullptr, kNumber},
-                            {"clir", required_argument, nullptr, kClir},
-                            {"timeout", required_argument, nullptr, kTimeout},
-                            {"hex", no_argument, nullptr, kHex},
-                            {"pcap", required_argument, nullptr, kPcap},
-                            {"list", no_argument, nullptr, kList},
-                            {"help", no_argument, nullptr, kHelp},
-                            {}};
-  Options result;
-  for (int found = 0; (found = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
-    switch (found) {
-      case kNumber:
-        result.settings.number = ParseNumber(optarg);
-        break;
-      case kClir:
-        result.settings.clir = ParseClir(optarg);
-        break;
-      case kTimeout:
-        result.timeout = ParseTimeout(optarg);
-        break;
-      case kHex:
-        result.hex = true;
-        break;
-      case kPcap:
-        result.pcap = optarg;
-        break;
-      case kList:
-        ListScenarios();
-        std::exit(EXIT_SUCCESS);
-      case kHelp:
-        std::fputs(kUsage, stdout);
-        std::exit(EXIT_SUCCESS);
-      default:
-        std::fputs(kUsage, stderr);  // getopt_long has said what is wrong
-        std::exit(kUsageError);
-    }
-  }
-  for (int at = optind; at < argc; ++at) {
-    if (std::strcmp(argv[at], "all") == 0) {
-      for (const Scenario& scenario : kScenarios) result.scenarios.push_back(&scenario);
-    } else {
-      result.scenarios.push_back(ParseScenario(argv[at]));
-    }
-  }
-  if (result.scenarios.empty()) result.scenarios.push_back(kScenarios.data());
-  return result;
-}
 
 bool WantsColor() {
   const char* no_color = std::getenv("NO_COLOR");  // https://no-color.org
@@ -173,7 +45,7 @@ int Main(int argc, char** argv) {
       scenario->play(role);
     }
     timeline.Total();
-    if (std::fflush(stdout) != 0) {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
       throw std::system_error(errno, std::generic_category(), "standard output");
     }
   };
