@@ -63,7 +63,7 @@ def main() -> None:
     lines = subprocess.run(["nm", "--dynamic", "--demangle", "--defined-only", library], check=True,
                            capture_output=True, text=True).stdout.splitlines()
     exported = {re.sub(r"\[abi:\w+\]", "", line.split(maxsplit=2)[2]) for line in lines}
-    dynamic = subprocess.run(["readelf", "--wide", "--dynamic", library], check=True,
+    dynamic = subprocess.run(["readelf", "--wide", "--dynamic", "--dyn-syms", library], check=True,
                              capture_output=True, text=True).stdout
     needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
 
@@ -79,6 +79,10 @@ def main() -> None:
         faults.append(f"not linked to the lite runtime: {needed}")
     if any(re.match(r"libprotobuf\.so|libprotoc", name) for name in needed):
         faults.append(f"linked to more than the lite runtime: {needed}")
+
+    # An executable may hold default instances in copies of its own; the library must use those too.
+    if re.search(r"\(SYMBOLIC\)|PROTECTED.*_default_instance_", dynamic):
+        faults.append("default instances are bound inside the library: executables see others")
 
     print("\n".join(faults) or f"{len(contract)} names of the contract, {len(exported)} exported")
     sys.exit(1 if faults else 0)
