@@ -1,20 +1,22 @@
 #!/usr/bin/python3
 """Adds golden samples of messages that have none yet; leaves every sample that is there alone.
 
-Usage: generate.py PROTOC DESCRIPTOR_SET
+Usage: generate.py        (needs protoc, or PROTOC in the environment)
 
 The values are chosen here, the bytes are protoc's. To replace a sample on purpose, delete it from
 its file first.
 """
+import os
 import pathlib
 import subprocess
-import sys
 
 from google.protobuf.descriptor_pb2 import FieldDescriptorProto as Field, FileDescriptorSet
 
 import samples
 
-FOLDER = pathlib.Path(__file__).parent
+FOLDER = pathlib.Path(__file__).resolve().parent
+PROTO = FOLDER.parent.parent / "proto"
+PROTOC = [os.environ.get("PROTOC", "protoc"), f"--proto_path={PROTO}"]
 # Of each kind in turn. The strings: no UTF-8 and a zero byte; quotes and line end; none; a number.
 VALUES = {
     Field.TYPE_INT32: ["-2147483648", "2147483647", "-1", "128", "0"],
@@ -58,9 +60,10 @@ class Writer:
 
 
 def main() -> None:
-    protoc, descriptor_set = sys.argv[1:]
-    files = FileDescriptorSet()
-    files.ParseFromString(pathlib.Path(descriptor_set).read_bytes())
+    protos = [str(path.relative_to(PROTO)) for path in sorted(PROTO.rglob("*.proto"))]
+    files = FileDescriptorSet.FromString(subprocess.run(
+        [*PROTOC, "--descriptor_set_out=/dev/stdout", *protos], check=True,
+        stdout=subprocess.PIPE).stdout)
     scopes = {file.name: "." + file.package + "." if file.package else "." for file in files.file}
     messages = {scopes[f.name] + m.name: m for f in files.file for m in f.message_type}
     enums = {scopes[f.name] + e.name: e for f in files.file for e in f.enum_type}
@@ -77,9 +80,8 @@ def main() -> None:
                     text = list(Writer(messages, enums, kind == "full").lines(message))
                     # protoc warns of strings that are no UTF-8; ours need not be.
                     data = subprocess.run(
-                        [protoc, f"--descriptor_set_in={descriptor_set}", f"--encode={name}",
-                         file.name], input="\n".join(text).encode(), capture_output=True,
-                        check=True).stdout
+                        [*PROTOC, f"--encode={name}", file.name],
+                        input="\n".join(text).encode(), capture_output=True, check=True).stdout
                     out.write(samples.render(name, kind, text, data))
                     print(f"added {name} {kind} to {path.name}")
 
