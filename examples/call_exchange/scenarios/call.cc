@@ -37,10 +37,9 @@ void DialNobody(Telephony& telephony) {
 // field that does not exist here. The modem side passes on what it does not know unchanged.
 void MeetNewerPeer(Telephony& telephony) {
   const std::string bytes =
-      "\x08\x01"  // 1 platformtype: QCOM
-      "\x10\x63"  // 2 technology: 99
-      "\x7a\x02"
-      "6G";  // 15: a string
+      "\x08\x01"           // 1 platformtype: QCOM
+      "\x10\x63"           // 2 technology: 99
+      "\x7a\x02\x36\x47";  // 15, a string: 6G
   auto& indication = telephony.Draft<VoiceRadioTechChanged>();
   if (!indication.ParsePartialFromString(bytes)) throw LinkError("the message does not parse");
   telephony.Send(indication);
