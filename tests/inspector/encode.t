@@ -29,27 +29,25 @@ What a receiver would not take as meant is refused, and nothing is written:
   $ echo 'cardstatus { base {} }' | inspect encode --partial --to hex IccCardStatusResponse 2>/dev/null
   22020a00
 
-So is what cannot be read:
+So is what cannot be read, in one line whatever it holds:
 
-  $ for text in 'serial: x' 'serial: 1 serial: 2' 'nosuch: 1' 'platformtype: 9' 'serial: 3000000000' '{'; do
+  $ for text in 'serial: x' 'serial: 1 serial: 2' 'nosuch: 1' 'platformtype: 9' 'serial: 3000000000' '{' $'serial: "\e[31m"'; do
   >   echo "$text" | inspect encode Hangup
-  >   echo "$text" | inspect encode --json Hangup
   > done
   virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: x
-  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: x
   virtual-modem-inspect: standard input: line 1, column 17: Non-repeated field "serial" is specified multiple times.
-  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 1 serial: 2
   virtual-modem-inspect: standard input: line 1, column 7: Message type "Hangup" has no field named "nosuch".
-  virtual-modem-inspect: standard input: JSON: Unexpected token, near: nosuch: 1
   virtual-modem-inspect: standard input: line 2, column 1: Unknown enumeration value of "9" for field "platformtype".
-  virtual-modem-inspect: standard input: JSON: Unexpected token, near: platformtype: 9
   virtual-modem-inspect: standard input: line 1, column 9: Integer out of range (3000000000)
-  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 3000000000
   virtual-modem-inspect: standard input: line 1, column 1: Expected identifier, got: {
-  virtual-modem-inspect: standard input: JSON: Unexpected end of string. Expected an object key or }
+  virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: "?[31m"
   [1]
-  $ echo '{"serial": "1", "nosuch": 2}' | inspect encode --json Hangup
+  $ for text in 'serial: 1' '{"serial": "1", "nosuch": 2}' '{"serial": 3000000000}'; do
+  >   echo "$text" | inspect encode --json Hangup
+  > done
+  virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 1
   virtual-modem-inspect: standard input: JSON: nosuch: Cannot find field
+  virtual-modem-inspect: standard input: JSON: (serial): invalid value 3000000000 for type TYPE_INT32
   [1]
   $ printf '{"serial":%.0s' {1..200} | inspect encode --json Hangup
   virtual-modem-inspect: standard input: JSON: Message too deep. Max recursion depth reached for key 'serial'

@@ -63,6 +63,9 @@ Text that happens to be a message has to be told to be one:
   $ inspect decode --from base64 Hangup text
   virtual-modem-inspect: text: not base64
   [1]
+  $ echo '{}' | inspect decode --from hex Hangup
+  virtual-modem-inspect: standard input: not hex: no digits
+  [1]
   $ echo 080 | inspect decode --from hex Hangup
   virtual-modem-inspect: standard input: not hex: line 1, column 3
   [1]

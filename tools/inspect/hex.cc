@@ -101,7 +101,9 @@ bool ParseHex(std::string_view text, std::string& bytes, std::string& why) {
     if (lines[i] == "*") why += ": repeated lines were left out of the dump; hexdump -v keeps them";
     return false;
   }
-  return true;
+  // Nothing but separators is not hex; nothing at all is the empty message.
+  why = "no digits";
+  return !bytes.empty() || text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
 std::string ToHex(std::string_view bytes) {

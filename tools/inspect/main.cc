@@ -3,6 +3,7 @@
 #include <google/protobuf/stubs/logging.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -18,7 +19,10 @@ namespace {
 
 constexpr const char* kProgram = "virtual-modem-inspect";
 
-int Fail(const std::string& why, Status status) {
+// One line, whatever the input that it quotes holds.
+int Fail(std::string why, Status status) {
+  std::replace_if(
+      why.begin(), why.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
   std::cout.flush();
   std::cerr << kProgram << ": " << why << '\n';
   return status;
