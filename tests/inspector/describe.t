@@ -1,5 +1,11 @@
   $ . "$TESTDIR/setup.sh"
 
+  $ inspect describe
+  radio: 93 messages, 38 enumerations
+  ims_service: 9 messages, 13 enumerations
+  call_size: 1 messages, 1 enumerations
+  conference: 8 messages, 1 enumerations
+  data_share: 11 messages, 0 enumerations
   $ inspect describe 11002
   LastCallFailCause: CAUSE_VIRTUAL_MODEM_CALL_CAPABILITY_UNAVALIBLE = 11002  on the wire fa55
         Virtual modem: the remote device cannot carry calls. The spelling is part of the contract.
@@ -48,7 +54,7 @@
 
 What there is none of:
 
-  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz ''; do
+  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz; do
   >   inspect describe "$what"
   > done
   virtual-modem-inspect: nothing is called RADIO_E_SIM_BUZY; did you mean RADIO_E_SIM_BUSY, RADIO_E_SIM_FULL or RADIO_E_SIM_PUK2?
@@ -59,7 +65,6 @@ What there is none of:
   virtual-modem-inspect: nothing is called Dial.nosuch
   virtual-modem-inspect: nothing is called Dial.; did you mean Dial?
   virtual-modem-inspect: nothing is called zzzzzzzzzz
-  virtual-modem-inspect: nothing is called 
   [1]
 
 Lists, complete:

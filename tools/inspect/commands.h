@@ -46,7 +46,7 @@ struct IdentifyOptions {
 };
 Status IdentifyCommand(Schema& schema, const IdentifyOptions& options);
 
-// what: a message, an enumeration, a field, a value or a number; empty for an overview.
+// what: a message, an enumeration, a field, a value or a number; empty for the units.
 Status DescribeCommand(const Schema& schema, const std::string& what);
 
 // what: "messages" or "enums".

@@ -175,6 +175,16 @@ bool DescribeBareName(const Schema& schema, const std::string& name) {
   return found;
 }
 
+void PrintOverview(const Schema& schema) {
+  const google::protobuf::FileDescriptor* unit = nullptr;
+  for (const Descriptor* message : schema.messages()) {
+    if (message->file() == unit) continue;
+    unit = message->file();
+    std::cout << UnitOf(*unit) << ": " << unit->message_type_count() << " messages, "
+              << unit->enum_type_count() << " enumerations\n";
+  }
+}
+
 std::vector<std::string> AllNames(const Schema& schema) {
   std::vector<std::string> names;
   for (const Descriptor* message : schema.messages()) {
@@ -191,7 +201,9 @@ std::vector<std::string> AllNames(const Schema& schema) {
 }  // namespace
 
 Status DescribeCommand(const Schema& schema, const std::string& what) {
-  if (const Descriptor* message = schema.FindMessage(what)) {
+  if (what.empty()) {
+    PrintOverview(schema);
+  } else if (const Descriptor* message = schema.FindMessage(what)) {
     PrintMessage(schema, *message);
   } else if (const EnumDescriptor* type = schema.FindEnum(what)) {
     PrintEnum(schema, *type);

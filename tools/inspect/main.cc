@@ -135,8 +135,9 @@ class CommandLine {
   void AddDescribe() {
     CLI::App* command = Add("describe", "Explain a message, enumeration, field, value or number",
                             [this](Schema& schema) { return DescribeCommand(schema, what_); });
-    command->add_option("what", what_, "Such as Dial, Dial.clir, Clir, RADIO_E_SIM_BUSY or 11002")
-        ->required()
+    command
+        ->add_option("what", what_,
+                     "Such as Dial, Dial.clir, Clir, RADIO_E_SIM_BUSY or 11002; nothing: the units")
         ->type_name("NAME|NUMBER");
   }
 
