@@ -2,7 +2,6 @@
 import dataclasses
 import struct
 import subprocess
-from collections.abc import Iterable
 
 
 @dataclasses.dataclass(frozen=True)
@@ -12,7 +11,7 @@ class Answer:
     data: bytes  # what the library writes of what it read; empty when not accepted
 
 
-def ask(program: str, questions: Iterable[tuple[str, bytes]]) -> list[Answer]:
+def ask(program: str, questions: list[tuple[str, bytes]]) -> list[Answer]:
     """One answer for each pair of type name and bytes."""
     request = b"".join(struct.pack("<I", len(part)) + part
                        for name, data in questions for part in (name.encode(), data))
@@ -23,4 +22,6 @@ def ask(program: str, questions: Iterable[tuple[str, bytes]]) -> list[Answer]:
         at += 5
         answers.append(Answer(bool(flags & 1), bool(flags & 2), reply[at:at + size]))
         at += size
+    if len(answers) != len(questions):
+        raise ValueError(f"{len(questions)} questions, {len(answers)} answers")
     return answers

@@ -17,43 +17,18 @@ enum Type : std::uint8_t {
   kFixed32 = 5
 };
 
-inline std::string Varint(std::uint64_t value) {
-  std::string out;
-  for (; value >= 0x80; value >>= 7) out += static_cast<char>((value & 0x7f) | 0x80);
-  return out += static_cast<char>(value);
-}
+std::string Varint(std::uint64_t value);
+std::string Tag(int field, Type type);
 
-inline std::string Tag(int field, Type type) {
-  return Varint(static_cast<std::uint64_t>(field) << 3 | type);
-}
-
-// Negative numbers take ten bytes, as int32 and enumerations do.
-inline std::string VarintField(int field, std::int64_t value) {
-  return Tag(field, kVarint) + Varint(static_cast<std::uint64_t>(value));
-}
-
-inline std::string BytesField(int field, std::string_view bytes) {
-  return Tag(field, kBytes) + Varint(bytes.size()) + std::string(bytes);
-}
-
-inline std::string Fixed32Field(int field) { return Tag(field, kFixed32) + "\1\2\3\4"; }
-inline std::string Fixed64Field(int field) { return Tag(field, kFixed64) + "\1\2\3\4\5\6\7\10"; }
-
-inline std::string GroupField(int field, std::string_view content) {
-  return Tag(field, kStart) + std::string(content) + Tag(field, kEnd);
-}
+// Whole fields. Negative numbers take ten bytes, as in int32 and enumerations; the fixed ones hold
+// some bytes or other.
+std::string VarintField(int field, std::int64_t value);
+std::string BytesField(int field, std::string_view bytes);
+std::string GroupField(int field, std::string_view content);
+std::string Fixed32Field(int field);
+std::string Fixed64Field(int field);
 
 // Two digits a byte, a space between bytes.
-inline std::string Hex(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string out;
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!out.empty()) out += ' ';
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 0xf];
-  }
-  return out;
-}
+std::string Hex(std::string_view bytes);
 
 }  // namespace virtual_modem::testing::wire
