@@ -30,7 +30,7 @@ UNIT_TITLES = {
     "conference": "Conference",
     "data_share": "Data share",
 }
-WORD = re.compile(r"\b[A-Z]\w+\b")
+WORD = re.compile(r"\b([A-Z]\w+)(\.[a-z]\w+)?\b")
 ARROW = re.compile(r"(?P<way>->|<-) (?P<name>\w+)(?:: (?P<note>.+))?")
 
 
@@ -42,11 +42,14 @@ class Links:
         for unit in units:
             for message in unit.messages:
                 self.pages[message.name] = f"{unit.name}.html#{message.name}"
+                for field in message.fields:
+                    name = f"{message.name}.{field.name}"
+                    self.pages[name] = f"{unit.name}.html#{name}"
             for enum in unit.enums:
                 self.pages[enum.name] = f"{unit.name}.html#{enum.name}"
                 for value in enum.values:
                     self.pages[value.name] = f"{unit.name}.html#{value.name}"
-        # Ordinary words that happen to be names too: linked only by an explicit type column.
+        # Ordinary words that happen to be names too: prose does not link them.
         self.ambiguous = {name for name in self.pages if name.isalpha() and
                           (name.isupper() or name[1:].islower())}
 
@@ -54,10 +57,12 @@ class Links:
         """HTML of one paragraph; names other than `own` become links."""
 
         def link(match):
-            name = match[0]
+            name, rest = match[0], ""
+            if name not in self.pages:
+                name, rest = match[1], match[2] or ""
             if name == own or name in self.ambiguous or name not in self.pages:
-                return name
-            return f'<a href="{self.pages[name]}"><code>{name}</code></a>'
+                return match[0]
+            return f'<a href="{self.pages[name]}"><code>{name}</code></a>{rest}'
 
         return markupsafe.Markup(WORD.sub(link, html.escape(" ".join(text.split()), quote=False)))
 
@@ -101,11 +106,11 @@ class Exchange:
 
     @staticmethod
     def _step(line, path, messages):
-        arrow = ARROW.fullmatch(line)
-        if not arrow:
+        if not line.startswith(("->", "<-")):
             return Step(None, False, line)
-        if arrow["name"] not in messages:
-            raise ValueError(f"{path.name}: no unit declares {arrow['name']}")
+        arrow = ARROW.fullmatch(line)
+        if not arrow or arrow["name"] not in messages:
+            raise ValueError(f"{path.name}: '{line}' names no message of the schema")
         return Step(messages[arrow["name"]], arrow["way"] == "->", arrow["note"] or "")
 
 
@@ -123,7 +128,7 @@ def search_index(units, links):
                          " ".join(message.comment.split())])
             for field in message.fields:
                 rows.append([f"{message.name}.{field.name}", "field",
-                             f"{links.pages[message.name]}.{field.name}", None,
+                             links.pages[f"{message.name}.{field.name}"], None,
                              " ".join(field.comment.split())])
         for enum in unit.enums:
             rows.append([enum.name, "enumeration", links.pages[enum.name], None,
