@@ -35,7 +35,7 @@ def main() -> None:
 
     def encode(message, text, *options):
         return subprocess.run([inspect, "encode", message, *options], input=text.encode(),
-                              stdout=subprocess.PIPE, check=True).stdout
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True).stdout
 
     with tempfile.TemporaryDirectory() as folder:
         # One message with many calls, which both programs read.
