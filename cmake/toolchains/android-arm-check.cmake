@@ -1,0 +1,34 @@
+# Android API 35, armeabi-v7a, without an NDK: Debian's clang-19 makes the code, Debian's libc++ and
+# ARM glibc headers stand in for the platform's, and stubs that hold nothing but names (the .ifs
+# files) stand in for its libraries. The result is for scripts/check-android, which looks at its
+# shape and size. It does not run here: there is no Android loader.
+set(CMAKE_SYSTEM_NAME Linux) # CMake's own Android support insists on an NDK
+set(CMAKE_SYSTEM_PROCESSOR armv7-a)
+set(ANDROID TRUE)
+set(CMAKE_CXX_COMPILER clang++-19)
+set(CMAKE_CXX_COMPILER_TARGET armv7a-linux-androideabi35)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+
+# As the platform compiles its own code for this ABI.
+set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfloat-abi=softfp -mfpu=vfpv3-d16 -mthumb \
+-fstack-protector-strong -ftrivial-auto-var-init=zero \
+-no-canonical-prefixes -nostdinc++")
+set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES
+  /usr/lib/llvm-19/include/c++/v1
+  ${CMAKE_CURRENT_LIST_DIR}/../android/include
+  /usr/arm-linux-gnueabi/include
+  /usr/include/android)
+
+set(_stub_dir ${CMAKE_CURRENT_LIST_DIR}/../android/stubs)
+set(_library_dir ${CMAKE_BINARY_DIR}/android-stubs)
+file(MAKE_DIRECTORY ${_library_dir})
+foreach(_name IN ITEMS libc++ libc libm libdl)
+  execute_process(
+    COMMAND llvm-ifs-19 --input-format=IFS --write-if-changed
+      --output-elf=${_library_dir}/${_name}.so ${_stub_dir}/${_name}.ifs
+    COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -nostdlib -L${_library_dir} \
+-Wl,-z,noexecstack,--fatal-warnings")
+set(CMAKE_CXX_STANDARD_LIBRARIES "-lc++ -lc -lm -ldl")

@@ -1,0 +1,115 @@
+#!/usr/bin/python3
+"""Checks shape and size of the library as built for Android, and prints what it costs.
+
+Usage: check_android.py LIBRARY HOST_LIBRARY BUDGETS
+
+HOST_LIBRARY is the same library built for the build machine: both must export the same contract.
+"""
+import re
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+NEEDED = ["libprotobuf-cpp-lite-21.12.so", "libc++.so", "libc.so", "libm.so", "libdl.so"]
+
+
+def run(*command: str) -> str:
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def section_sizes(library: str) -> dict[str, int]:
+    rows = re.findall(r"^ *\[ *\d+\] (\S+) +\S+ +[0-9a-f]+ [0-9a-f]+ ([0-9a-f]+)",
+                      run("llvm-readelf-19", "-SW", library), re.MULTILINE)
+    return {name: int(size, 16) for name, size in rows}
+
+
+def exports(library: str) -> set[tuple[str, str]]:
+    """The exported names as (kind, name), in a form that does not depend on the target.
+
+    Demangled, since size_t is another letter on 32 bits; without the inline namespace of the C++
+    library (std::__1, std::__cxx11) and without g++'s ABI tag. A vtable is V with g++ and D with clang.
+    """
+    result = set()
+    for line in run("llvm-nm-19", "-D", "--defined-only", "--demangle", library).splitlines():
+        _, kind, name = line.split(maxsplit=2)
+        name = re.sub(r"\[abi:\w+\]", "", re.sub(r"std::__(1|cxx11)::", "std::", name))
+        result.add(("D" if kind == "V" else kind, name))
+    return result
+
+
+def contract(names: set[tuple[str, str]]) -> set[tuple[str, str]]:
+    # W: template instances of the runtime that the compiler chose not to inline. Whoever uses one
+    # has a copy, so they bind nobody.
+    return {(kind, name) for kind, name in names if kind != "W"}
+
+
+def faults_of_shape(library: str) -> list[str]:
+    faults = []
+
+    def expect(holds: bool, fault: str) -> None:
+        if not holds:
+            faults.append(fault)
+
+    header = run("llvm-readelf-19", "-h", library)
+    expect("ELF32" in header and re.search(r"Machine: +ARM", header) is not None, "not ELF32 ARM")
+    attributes = run("llvm-readelf-19", "-A", library)
+    expect("TagName: FP_arch" in attributes and "TagName: ABI_VFP_args" not in attributes,
+           "not softfp: hardware floating point with values in integer registers")
+    expect("Description: Thumb-2" in attributes, "not Thumb-2")
+
+    dynamic = run("llvm-readelf-19", "-d", library)
+    needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
+    expect(sorted(needed) == sorted(NEEDED), f"needs {' '.join(needed)}")
+    expect("soname: [lib-virtual-modem-protos.so]" in dynamic, "wrong SONAME")
+    expect("TEXTREL" not in dynamic, "text relocations")
+    expect("RPATH" not in dynamic and "RUNPATH" not in dynamic, "a run path")
+    expect("ANDROID_REL" in dynamic and "RELRSZ" in dynamic, "relocations are not packed")
+
+    symbols = [line.split()[-1] for line in run("llvm-nm-19", "-D", library).splitlines()]
+    faults += [f"type information: {name}" for name in symbols if re.match("_ZT[IS]", name)]
+    paths = re.findall(rb"(?:/[\w.+-]{2,}){3,}", Path(library).read_bytes())
+    faults += [f"absolute path inside: {path.decode()}" for path in paths]
+    return faults
+
+
+def main() -> None:
+    library, host_library, budget_file = sys.argv[1:]
+    with tempfile.TemporaryDirectory() as scratch:
+        stripped = f"{scratch}/stripped.so"
+        run("llvm-strip-19", "--strip-all", "-o", stripped, library)
+        sizes = section_sizes(stripped)
+        stripped_bytes = Path(stripped).stat().st_size
+    names, host_names = exports(library), exports(host_library)
+    measured = {
+        "stripped_bytes": stripped_bytes,
+        "text_bytes": sizes[".text"],
+        "relocation_bytes": sum(sizes.get(n, 0) for n in (".rel.dyn", ".relr.dyn", ".rel.plt")),
+        "exports": len(run("llvm-nm-19", "-D", "--defined-only", library).splitlines()),
+        "initializer_bytes": sizes.get(".init_array", 0),
+    }
+    budgets = {line.split()[0]: int(line.split()[1])
+               for line in Path(budget_file).read_text().splitlines() if not line.startswith("#")}
+
+    faults = faults_of_shape(library)
+    for missing in sorted(contract(host_names) - contract(names)):
+        faults.append(f"not exported, but on the host: {missing[1]}")
+    for surplus in sorted(contract(names) - contract(host_names)):
+        faults.append(f"exported, but not on the host: {surplus[1]}")
+
+    print(f"{'Android, armeabi-v7a':<24}{'measured':>10}{'budget':>10}")
+    for name, budget in budgets.items():
+        over = measured[name] > budget
+        if over:
+            faults.append(f"{name} is {measured[name] - budget} over its budget")
+        print(f"{name:<24}{measured[name]:>10,}{budget:>10,}{'  OVER' if over else ''}")
+    print(f"{'contract, as on the host':<24}{len(contract(names)):>10,}{len(contract(host_names)):>10,}")
+    print("\n".join(faults) if faults else
+          "ELF32 ARM softfp, SONAME, five NEEDED, no type information, no text relocation, "
+          "packed relocations, no absolute path: as required",
+          file=sys.stderr if faults else sys.stdout)
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
