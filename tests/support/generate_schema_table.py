@@ -1,4 +1,4 @@
-#!/ usr / bin / python3
+#!/usr/bin/python3
 """Writes schema_table.inc, the schema as rows of C++ data, from the descriptor set.
 
 Usage: generate_schema_table.py DESCRIPTOR_SET OUTPUT
@@ -17,7 +17,7 @@ LABELS = {
     FieldDescriptorProto.LABEL_OPTIONAL: "kOptional",
     FieldDescriptorProto.LABEL_REPEATED: "kRepeated",
 }
-#The kinds in use.Another one needs a place in the tests first.
+# The kinds in use. Another one needs a place in the tests first.
 KINDS = {
     FieldDescriptorProto.TYPE_INT32: "kInt32",
     FieldDescriptorProto.TYPE_UINT32: "kUint32",

@@ -1,0 +1,89 @@
+// Pins the order of magnitude of what hostile bytes can cost a receiver, and the ways to bound it
+// that docs/hostile-input.md shows. The exact figures are measured by measure_bounds.
+#include <google/protobuf/arena.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <string>
+
+#include "bounds/hostile_inputs.h"
+#include "bounds/measure.h"
+#include "support/message_types.h"
+#include "support/wire.h"
+#include "virtual_modem/radio.pb.h"
+
+namespace virtual_modem::testing {
+namespace {
+
+constexpr std::size_t kInputSize = 64 << 10;
+
+TEST(Bounds, HeapPerByteOfInput) {
+  for (const MessageType& type : AllMessageTypes()) {
+    for (const HostileInput& input : HostileInputs(SchemaOf(type.name))) {
+      const std::string bytes = input.Bytes(kInputSize);
+      EXPECT_LT(PeakOfParse(type, bytes), 100 * bytes.size()) << type.name << ": " << input.what();
+    }
+  }
+}
+
+TEST(Bounds, HeapWhateverTheInput) {
+  for (const MessageType& type : AllMessageTypes()) {
+    EXPECT_LT(PeakOfParse(type, EveryFieldOnce(SchemaOf(type.name))), 8 << 10) << type.name;
+    EXPECT_LE(Depth(SchemaOf(type.name)), 5) << type.name;
+  }
+}
+
+// Every length-delimited field, known or not, claims 2 GB and ends there.
+TEST(Bounds, ClaimedLengthIsNotBelieved) {
+  constexpr std::size_t kClaim = 0x7fffffef;  // the largest length that the runtime reads
+  for (const MessageType& type : AllMessageTypes()) {
+    for (int field = 1; field <= 40; ++field) {
+      const std::string bytes = wire::Tag(field, wire::kBytes) + wire::Varint(kClaim);
+      EXPECT_LT(PeakOfParse(type, bytes), 2 << 10) << type.name << " field " << field;
+    }
+  }
+}
+
+// The blocks of this thread's arena.
+thread_local std::size_t arena_budget = 0;
+
+void* TakeBlock(std::size_t size) {
+  if (size > arena_budget) throw std::bad_alloc();
+  arena_budget -= size;
+  return ::operator new(size);
+}
+
+void GiveBlock(void* block, std::size_t size) {
+  arena_budget += size;
+  ::operator delete(block);
+}
+
+TEST(Bounds, ArenaWithACap) {
+  constexpr std::size_t kCap = 16 << 10;
+  std::string wanted;
+  for (int i = 0; i < 100; ++i) wanted += wire::BytesField(5, "");  // Dial.uusinfo
+  const std::string hostile = HostileInput("", wire::BytesField(5, ""), {}).Bytes(kInputSize);
+
+  ResetHeapPeak();
+  const std::size_t before = HeapInUse();
+  arena_budget = kCap;
+  {
+    google::protobuf::ArenaOptions options;
+    options.block_alloc = TakeBlock;
+    options.block_dealloc = GiveBlock;
+    google::protobuf::Arena arena(options);
+    auto* dial = google::protobuf::Arena::CreateMessage<Dial>(&arena);
+    EXPECT_TRUE(dial->ParsePartialFromString(wanted));
+    EXPECT_EQ(dial->uusinfo_size(), 100);
+    EXPECT_THROW(dial->ParsePartialFromString(hostile), std::bad_alloc);
+  }
+  EXPECT_EQ(arena_budget, kCap);
+  EXPECT_LE(HeapPeak() - before, kCap + (4 << 10));
+  EXPECT_EQ(HeapInUse(), before);
+}
+
+}  // namespace
+}  // namespace virtual_modem::testing
