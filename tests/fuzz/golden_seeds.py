@@ -3,7 +3,8 @@
 
 Usage: golden_seeds.py MESSAGE_LIST SEEDS
 
-Writes SEEDS/message_fuzzer and SEEDS/frame_fuzzer, whose sources say how their inputs look.
+Writes SEEDS/message_fuzzer, SEEDS/frame_fuzzer and SEEDS/inspector_fuzzer; the sources of these
+targets say how their inputs look.
 """
 import pathlib
 import re
@@ -14,6 +15,7 @@ sys.path.insert(0, str(GOLDEN))
 import samples  # noqa: E402
 
 CHUNK = 63  # bytes per chunk of a stream; any
+DECODE, ENCODE = b"\x04", b"\x01"  # the inspector's commands, without options
 
 
 def main() -> None:
@@ -22,9 +24,13 @@ def main() -> None:
     for path in sorted(GOLDEN.glob("*.txt")):
         for sample in samples.read(path):
             name, data = sample.message, sample.data
+            index = bytes([names.index(name)])
             file = f"golden-{name}-{sample.kind}"
-            (seeds / "message_fuzzer" / file).write_bytes(bytes([names.index(name), CHUNK]) + data)
+            (seeds / "message_fuzzer" / file).write_bytes(index + bytes([CHUNK]) + data)
             header = b"VM\0" + bytes([len(name)]) + len(data).to_bytes(4, "big")
+            (seeds / "inspector_fuzzer" / file).write_bytes(index + DECODE + data)
+            text = sample.text.encode("ascii")
+            (seeds / "inspector_fuzzer" / f"{file}-text").write_bytes(index + ENCODE + text)
             (seeds / "frame_fuzzer" / file).write_bytes(header + name.encode("ascii") + data)
 
 
