@@ -17,7 +17,7 @@
 #include "call_exchange/endpoint.h"
 #include "call_exchange/essentials.h"
 #include "call_exchange/frame.h"
-#include "call_exchange/modem.h"
+#include "call_exchange/modem/modem.h"
 #include "check.h"
 
 namespace virtual_modem::exchange {
