@@ -236,8 +236,8 @@ TEST_F(ExchangeTest, SilentPeer) {
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("does not end; killed"));
 }
 
-// Random packets, near misses and sound messages, to each side in turn. VIRTUAL_MODEM_NOISE_SECONDS sets how
-// long (default 1), VIRTUAL_MODEM_NOISE_SEED repeats a run.
+// Random packets, near misses and sound messages, to each side in turn. VIRTUAL_MODEM_NOISE_SECONDS
+// sets how long (default 1), VIRTUAL_MODEM_NOISE_SEED repeats a run.
 class Noise {
  public:
   Noise(unsigned seed, std::vector<std::string> frames)
