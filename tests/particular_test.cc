@@ -229,14 +229,6 @@ TEST(WireBytes, SignIsChosenFieldByField) {
   EXPECT_EQ(confirm.ByteSizeLong(), 6U);
 }
 
-TEST(WireBytes, PresentZeroIsWritten) {
-  virtualdata::proto::MasterSlaveShareConfirmRsp response;
-  EXPECT_FALSE(response.IsInitialized());
-  response.set_result(false);
-  EXPECT_TRUE(response.IsInitialized());
-  EXPECT_EQ(Hex(response.SerializeAsString()), "08 00");
-}
-
 // The two registration responses hold the same records in opposite orders.
 TEST(WireBytes, NrRecordsOfTheRegistrationResponses) {
   RegistrationResponse voice;
@@ -263,14 +255,6 @@ TEST(WireBytes, PackedDigitsAreAccepted) {
   ASSERT_EQ(address.digits_size(), 2);
   EXPECT_EQ(address.digits(1), 9);
   EXPECT_EQ(Hex(address.SerializePartialAsString()), "28 01 28 09");
-}
-
-TEST(WireBytes, EmptyStringsAreElements) {
-  ImsCallInfoIndicationInd indication;
-  indication.set_platformtype(UNKNOW);
-  EXPECT_EQ(Hex(indication.SerializeAsString()), "08 00");
-  for (int i = 0; i < 3; ++i) indication.add_info();
-  EXPECT_EQ(Hex(indication.SerializeAsString()), "08 00 12 00 12 00 12 00");
 }
 
 // Two names for one layout: the bytes of one are bytes of the other.
