@@ -40,7 +40,7 @@ function(virtual_modem_tune_shared_library target)
     target_compile_options(${target} PRIVATE
       -fno-rtti -fno-exceptions -funwind-tables -ffunction-sections -fdata-sections -faddrsig)
     target_link_options(${target} PRIVATE
-      LINKER:--gc-sections,--icf=safe,--pack-dyn-relocs=android+relr)
+      LINKER:--icf=safe,--pack-dyn-relocs=android+relr)
     # The loader has folders of its own, and the build's has no place in the file.
     set_target_properties(${target} PROPERTIES SKIP_BUILD_RPATH TRUE)
   endif()
