@@ -1,0 +1,276 @@
+#!/usr/bin/python3
+"""Runs the benchmark of every build of the library side by side and prints the ratios between them.
+
+Usage: compare.py SOURCE_DIR OUTPUT_DIR MINUTES
+
+In each round every build runs once, in random order, in a process of its own and from a fresh copy
+of its libraries, so that neither the state of the machine nor the pages that code happened to land
+on favour one of them. A round gives one ratio per build and cell; the table has the medians over the
+rounds and, of geometric means, the quartiles. Times are of the processor, not of the clock on the
+wall, which other processes stretch. Instructions are counted once by callgrind: they repeat exactly.
+"""
+import collections
+import dataclasses
+import json
+import math
+import os
+import pathlib
+import random
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+MESSAGES = ["NoResultResponse", "Dial", "GetCurrentCallsResponse", "SignalStrengthChanged",
+            "SlaveSetupDataCallResponse", "IccCardStatusResponse", "ImsCallStateChanged"]
+FOUR = MESSAGES[:4]
+OPERATIONS = ["encode", "decode_reused", "decode_fresh", "round_trip", "arena_reused"]
+THREE = OPERATIONS[:3]
+
+
+@dataclasses.dataclass(frozen=True)
+class Build:
+    name: str
+    preset: str
+    program: str
+    codec: str = "library"
+
+
+BUILDS = [
+    Build("plain", "release", "plain"),  # the first is what all others are compared with
+    Build("plain, caller with NDEBUG", "release", "plain-library"),
+    Build("release", "release", "release"),
+    Build("release, clang", "release-clang", "release"),
+    Build("release, runtime from source", "release-source-runtime", "release"),
+    Build("full runtime, plain", "release", "full"),
+    Build("straight-line codec", "release", "release", "straight_line"),
+]
+BASE = BUILDS[0].name
+
+
+class Runner:
+    def __init__(self, source: pathlib.Path, scratch: pathlib.Path):
+        self.source = source
+        self.scratch = scratch
+
+    def folder(self, build: Build) -> pathlib.Path:
+        return self.source / "build" / build.preset / "bench"
+
+    def environment(self, build: Build) -> dict[str, str]:
+        """With a fresh copy of the build's libraries in front of all others."""
+        copies = self.scratch / f"{build.preset}-{build.program}"
+        shutil.rmtree(copies, ignore_errors=True)
+        copies.mkdir()
+        program = self.folder(build) / f"virtual-modem-bench-{build.program}"
+        linked = subprocess.run(["ldd", program], check=True, capture_output=True, text=True).stdout
+        for library in re.findall(r"=> (\S+)", linked):
+            if library.startswith(str(self.source)):
+                shutil.copy(library, copies)
+        return {**os.environ, "LD_LIBRARY_PATH": str(copies)}
+
+    def benchmarks(self, build: Build, pattern: str, seconds: float) -> dict[str, float]:
+        """Processor time of each benchmark that matches, in nanoseconds."""
+        out = subprocess.run(
+            [self.folder(build) / f"virtual-modem-bench-{build.program}",
+             f"--benchmark_filter={pattern}", f"--benchmark_min_time={seconds}",
+             "--benchmark_format=json"],
+            check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            env=self.environment(build)).stdout
+        return {run["name"]: run["cpu_time"] for run in json.loads(out)["benchmarks"]}
+
+    def first_use(self, build: Build) -> list[float]:
+        """Microseconds of the first and the second round trip, page faults of the first."""
+        out = subprocess.run([self.folder(build) / f"virtual-modem-first-use-{build.program}"],
+                             check=True, capture_output=True, env=self.environment(build)).stdout
+        return [float(number) for number in out.split()]
+
+    def instructions(self, build: Build) -> dict[str, float]:
+        """Instructions of one execution of each operation."""
+        pattern = f"^{build.codec}/"
+        folder = self.scratch / "callgrind"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+        subprocess.run(
+            ["valgrind", "--tool=callgrind", "--collect-atstart=no",
+             f"--callgrind-out-file={folder}/out",
+             self.folder(build) / f"virtual-modem-bench-{build.program}", "--instructions", pattern],
+            check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            env=self.environment(build))
+        counts = {}
+        for dump in folder.iterdir():
+            text = dump.read_text()
+            name = re.search(r"Trigger: Client Request: (\S+)", text)
+            total = re.search(r"^(?:summary|totals): (\d+)", text, re.MULTILINE)
+            if name and total:
+                counts[cell(name[1])] = int(total[1]) / 100  # executions in one dump
+        return counts
+
+
+def cell(name: str) -> str:
+    """"library/Dial/encode" -> "Dial/encode"."""
+    return name.split("/", 1)[1]
+
+
+def geometric_mean(values) -> float:
+    return statistics.geometric_mean(list(values))
+
+
+def cells(messages: list[str], operations: list[str]) -> list[str]:
+    return [f"{message}/{operation}" for message in messages for operation in operations]
+
+
+def ratios(times: dict, build: str, wanted: list[str]) -> list[float] | None:
+    """Geometric mean over the cells of the ratio to the base, one for each round."""
+    if any(name not in times[build][0] for name in wanted):
+        return None  # the straight-line codec has no arena
+    return [geometric_mean(mine[name] / base[name] for name in wanted)
+            for mine, base in zip(times[build], times[BASE])]
+
+
+def spread(values: list[float] | None) -> str:
+    if values is None:
+        return "-"
+    if len(values) < 2:
+        return f"{values[0]:.2f}"
+    low, middle, high = statistics.quantiles(values, n=4, method="inclusive")
+    return f"{middle:.2f} [{low:.2f} {high:.2f}]"
+
+
+def table(title: str, heads: list[str], rows: list[list[str]]) -> None:
+    print(f"\n{title}")
+    widths = [max(len(row[i]) for row in [heads, *rows]) for i in range(len(heads))]
+    for row in [heads, *rows]:
+        first, *rest = row
+        line = [first.ljust(widths[0])] + [text.rjust(w) for text, w in zip(rest, widths[1:])]
+        print("  ".join(line).rstrip())
+
+
+def report(results: dict) -> None:
+    times, counts = results["times"], results["instructions"]
+    builds = [build.name for build in BUILDS]
+    for messages, title in [(FOUR, "the four messages"), (MESSAGES, "all seven messages")]:
+        rows = [[build] + [spread(ratios(times, build, cells(messages, ops)))
+                           for ops in [THREE, *([op] for op in OPERATIONS)]] for build in builds]
+        table(f"Time relative to the plain build, geometric mean over {title}: median [quartiles] "
+              f"of {len(times[BASE])} rounds", ["build", "encode+decode", *OPERATIONS], rows)
+
+    rows = []
+    for name in cells(MESSAGES, OPERATIONS):
+        base = statistics.median(round_[name] for round_ in times[BASE])
+        row = [name, f"{base:.0f}"]
+        for build in builds[1:]:
+            one = ratios(times, build, [name])
+            row.append(f"{statistics.median(one):.2f}" if one else "-")
+        rows.append(row)
+    table("Each cell: nanoseconds of the plain build, then the ratios to it",
+          ["cell", "ns", *builds[1:]], rows)
+
+    rows = []
+    for name in cells(MESSAGES, OPERATIONS):
+        base = counts[BASE][name]
+        rows.append([name, f"{base:.0f}"] + [
+            f"{counts[build][name] / base:.2f}" if name in counts[build] else "-"
+            for build in builds[1:]])
+    for messages, title in [(FOUR, "four messages, encode+decode"), (MESSAGES, "seven messages")]:
+        rows.append([title, ""] + [
+            f"{geometric_mean(counts[build][c] / counts[BASE][c] for c in cells(messages, THREE)):.2f}"
+            for build in builds[1:]])
+    table("Instructions: of the plain build, then the ratios to it",
+          ["cell", "plain", *builds[1:]], rows)
+
+    rows = [[build, *(f"{statistics.median(run[i] for run in runs):.1f}" for i in range(3))]
+            for build, runs in results["first_use"].items()]
+    table("First round trip of a calls list in a new process",
+          ["build", "first, us", "second, us", "page faults"], rows)
+
+    def middle(name: str) -> float:
+        return statistics.median(round_[name] for round_ in results["release"])
+
+    rows = []
+    names = list(results["release"][0])
+    for name in [n for n in names if n.startswith("growth/")]:
+        kind, operation, size, *threads = name.split("/")[1:]
+        per = "thread" if threads else "call" if kind == "calls" else "byte"
+        amount = threads[0].removeprefix("threads:") if threads else size
+        each = middle(name) / (1 if threads else int(size))
+        rows.append([f"{kind} {operation}", amount, f"{middle(name):.0f}", f"{each:.2f}", per])
+    table("Release build, as the work grows", ["work", "amount", "ns", "ns per", ""], rows)
+
+    groups = collections.defaultdict(list)
+    for name in [n for n in names if n.startswith("advice/")]:
+        topic, way, message = name.split("/")[1:]
+        groups[topic, message].append((way, middle(name)))
+    rows = [[topic, message, way, f"{ns:.0f}", f"{ns / ways[0][1]:.2f}"]
+            for (topic, message), ways in groups.items() for way, ns in ways]
+    table("Release build, ways to do the same thing; the factor is to the first way",
+          ["topic", "message", "way", "ns", "factor"], rows)
+
+
+def plot(results: dict, output: pathlib.Path) -> None:
+    """The ratios of encode, decode reused and decode fresh as bars."""
+    data = output / "ratios.dat"
+    with open(data, "w", encoding="ascii") as out:
+        for build in BUILDS[1:]:
+            label = build.name.replace(", ", ",\\n")
+            out.write(f'"{label}"')
+            for operation in THREE:
+                values = ratios(results["times"], build.name, cells(FOUR, [operation]))
+                low, middle, high = statistics.quantiles(values, n=4, method="inclusive")
+                out.write(f" {middle:.4f} {low:.4f} {high:.4f}")
+            out.write("\n")
+    bars = ", ".join(f'"{data}" using {2 + 3 * i}:{3 + 3 * i}:{4 + 3 * i}:xtic(1) '
+                     f'title "{operation.replace("_", " ")}"' for i, operation in enumerate(THREE))
+    script = f"""
+set terminal svg size 900,480 font "sans-serif,13" background "white"
+set output "{output}/ratios.svg"
+set title "Time relative to the plain build, four messages (bars: median, whiskers: quartiles)"
+set style data histograms
+set style histogram errorbars gap 2 lw 1
+set style fill solid 0.8 border -1
+set yrange [0:*]
+set grid ytics
+set key top right
+plot 1 notitle with lines dashtype 2 linecolor "black", {bars}
+"""
+    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+
+
+def main() -> None:
+    source, output, minutes = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), float(sys.argv[3])
+    deadline = time.monotonic() + 60 * minutes
+    results = {"times": collections.defaultdict(list), "instructions": {},
+               "first_use": collections.defaultdict(list), "release": []}
+    with tempfile.TemporaryDirectory() as scratch:
+        runner = Runner(source, pathlib.Path(scratch))
+        for build in BUILDS:
+            results["instructions"][build.name] = runner.instructions(build)
+        rounds = 0
+        while rounds < 3 or time.monotonic() < deadline:
+            for build in random.sample(BUILDS, len(BUILDS)):
+                times = runner.benchmarks(build, f"^{build.codec}/", 0.01)
+                results["times"][build.name].append({cell(n): ns for n, ns in times.items()})
+                if build.codec == "library" and build.program in ("plain", "release"):
+                    results["first_use"][build.name].append(runner.first_use(build))
+            if rounds % 3 == 0:
+                results["release"].append(
+                    runner.benchmarks(BUILDS[2], "^(growth|advice)/", 0.01))
+            rounds += 1
+            print(f"\rround {rounds}", end="", file=sys.stderr, flush=True)
+    print(file=sys.stderr)
+    results["conditions"] = {
+        "rounds": rounds, "processors": os.cpu_count(), "load": os.getloadavg(),
+        "processor": re.search("model name.*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())[1]}
+    output.mkdir(parents=True, exist_ok=True)
+    (output / "results.json").write_text(json.dumps(results, indent=1), encoding="ascii")
+    print(f"{results['conditions']['processor']}, {os.cpu_count()} processors, {rounds} rounds, "
+          f"load average {os.getloadavg()[0]:.1f}")
+    report(results)
+    plot(results, output)
+    print(f"\nRaw results: {output}/results.json; plot: {output}/ratios.svg")
+
+
+if __name__ == "__main__":
+    main()
