@@ -18,7 +18,7 @@
 namespace virtual_modem::testing {
 namespace {
 
-constexpr std::size_t kInputSize = 64 << 10;
+constexpr std::size_t kInputSize = 16 << 10;
 
 TEST(Bounds, HeapPerByteOfInput) {
   for (const MessageType& type : AllMessageTypes()) {

@@ -37,23 +37,27 @@ std::string EmptyParts(const MessageSchema& schema, bool strings) {
 
 class Collector {
  public:
-  void Add(const MessageSchema& schema, const std::string& path, const std::vector<int>& way) {
+  // `place` ends a description: " in `field` in `field`".
+  void Add(const MessageSchema& schema, const std::string& place, const std::vector<int>& way) {
+    const auto describe = [&place](std::string what, const std::string& more) {
+      return what.append(more).append(place);
+    };
     const auto add = [&](const std::string& what, std::string repeated) {
-      inputs_.emplace_back(what + path, std::move(repeated), way);
+      inputs_.emplace_back(describe(what, ""), std::move(repeated), way);
     };
     add("unknown varint fields", wire::VarintField(UnusedNumber(schema), 0));
     add("unknown groups", wire::GroupField(UnusedNumber(schema), ""));
     for (const FieldSchema& field : schema.fields) {
-      const std::string name = "`" + std::string(field.name) + "`";
+      const std::string name = std::string("`").append(field.name).append("`");
       std::vector<int> inner = way;
       inner.push_back(field.number);
       const bool repeated = field.label == Label::kRepeated;
       if (IsNumber(field)) {
         if (!repeated) continue;
         add("numbers in " + name, wire::VarintField(field.number, 1));
-        inputs_.emplace_back("packed numbers in " + name + path, "\1", inner);
+        inputs_.emplace_back(describe("packed numbers in ", name), "\1", inner);
       } else if (field.kind == Kind::kString) {
-        inputs_.emplace_back("one long " + name + path, "x", inner);
+        inputs_.emplace_back(describe("one long ", name), "x", inner);
         if (!repeated) continue;
         add("empty " + name, wire::BytesField(field.number, ""));
         add("16-byte " + name,
@@ -61,12 +65,17 @@ class Collector {
       } else {
         const MessageSchema& type = SchemaOf(field.type);
         if (repeated) {
+          const std::string messages = EmptyParts(type, false);
+          const std::string all = EmptyParts(type, true);
           add("empty " + name, wire::BytesField(field.number, ""));
-          add(name + " of empty sub-messages",
-              wire::BytesField(field.number, EmptyParts(type, false)));
-          add(name + " of empty strings", wire::BytesField(field.number, EmptyParts(type, true)));
+          if (!messages.empty()) {
+            add(name + " of empty sub-messages", wire::BytesField(field.number, messages));
+          }
+          if (all != messages) {
+            add(name + " of empty strings", wire::BytesField(field.number, all));
+          }
         }
-        Add(type, " in " + name + path, inner);
+        Add(type, describe(" in ", name), inner);
       }
     }
   }
