@@ -8,7 +8,7 @@ import json
 import re
 import sys
 
-FUNCTIONS = ("_InternalParse", "_InternalSerialize", "ByteSizeLong", "MergeImpl", "MergeFrom",
+FUNCTIONS = ("_InternalParse", "_InternalSerialize", "ByteSizeLong", "MergeFrom",
              "Clear", "InternalSwap", "IsInitialized")
 
 
