@@ -30,10 +30,10 @@ inline std::uint64_t Digest(const std::string& text) {
 #define FILL_SCALAR(name) message.set_##name(static_cast<decltype(message.name())>(name));
 #define FILL_TEXT(name) message.set_##name(name);
 #define FILL_TEXTS(name) \
-  for (const std::string& text : name) message.add_##name(text);
+  for (const std::string& text : (name)) message.add_##name(text);
 #define FILL_RECORD(name) name.Fill(*message.mutable_##name());
 #define FILL_RECORDS(name) \
-  for (const auto& element : name) element.Fill(*message.add_##name());
+  for (const auto& element : (name)) element.Fill(*message.add_##name());
 
 #define READ(kind, number, type, name) READ_##kind(type, name)
 #define READ_SCALAR(type, name) sum += Digest(static_cast<std::uint64_t>(message.name()));
