@@ -1,0 +1,415 @@
+#include "text/print.h"
+
+#include <array>
+#include <charconv>
+#include <string>
+
+namespace virtual_modem::text {
+namespace {
+
+constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its sign included
+
+// Below this number of messages, unknown bytes that read as a message are printed as one.
+constexpr int kUnknownDepth = 10;
+
+// What the escape of a byte is: itself (0), a letter behind a backslash, or three octal digits (1).
+constexpr std::array<char, 256> MakeEscapes() {
+  std::array<char, 256> escapes{};
+  for (std::size_t byte = 0; byte < escapes.size(); ++byte) {
+    escapes[byte] = byte < 0x20 || byte >= 0x7F ? 1 : 0;
+  }
+  escapes['\n'] = 'n';
+  escapes['\r'] = 'r';
+  escapes['\t'] = 't';
+  escapes['"'] = '"';
+  escapes['\''] = '\'';
+  escapes['\\'] = '\\';
+  return escapes;
+}
+constexpr std::array<char, 256> kEscapes = MakeEscapes();
+
+char* WriteNumber(std::uint64_t number, char* to) {
+  if (number < 10) {
+    *to = static_cast<char>('0' + number);
+    return to + 1;
+  }
+  return std::to_chars(to, to + kMaxDigits, number).ptr;
+}
+
+char* WriteNumber(std::uint32_t number, char* to) {
+  if (number < 10) {
+    *to = static_cast<char>('0' + number);
+    return to + 1;
+  }
+  return std::to_chars(to, to + kMaxDigits, number).ptr;
+}
+
+char* WriteNumber(std::int32_t number, char* to) {
+  if (number < 0) *to++ = '-';
+  const auto bits = static_cast<std::uint32_t>(number);
+  return WriteNumber(number < 0 ? 0 - bits : bits, to);
+}
+
+void AppendNumber(std::uint64_t number, Sink& sink) {
+  char scratch[kMaxDigits];
+  char* begin = sink.Begin(kMaxDigits, scratch);
+  sink.Commit(begin, WriteNumber(number, begin));
+}
+
+// The fields of a message that nobody declared, by the rules with which the runtime reads sets of
+// unknown fields: they differ from those of messages, tags may have ten bytes.
+class UnknownFields {
+ public:
+  UnknownFields(std::string_view bytes) : at_(bytes.data()), end_(at_ + bytes.size()) {}
+
+  struct Item {
+    std::uint32_t number;
+    WireType type;
+    std::uint64_t value;     // kVarint, kFixed32, kFixed64
+    std::string_view bytes;  // kLengthDelimited
+  };
+
+  bool AtEnd() const { return at_ == end_; }
+
+  // False when the bytes are none.
+  bool Next(Item& item) {
+    std::uint64_t tag = 0;
+    if (!ReadVarint(tag)) return false;
+    item.number = static_cast<std::uint32_t>(tag) >> 3U;
+    item.type = static_cast<WireType>(tag & 7U);
+    switch (item.type) {
+      case kVarint:
+        return item.number != 0 && ReadVarint(item.value);
+      case kFixed64:
+        return item.number != 0 && ReadFixed(8, item.value);
+      case kFixed32:
+        return item.number != 0 && ReadFixed(4, item.value);
+      case kLengthDelimited: {
+        std::uint64_t length = 0;
+        if (item.number == 0 || !ReadVarint(length)) return false;
+        const auto size = static_cast<std::uint32_t>(length);
+        if (size > static_cast<std::size_t>(end_ - at_)) return false;
+        item.bytes = {at_, size};
+        at_ += size;
+        return true;
+      }
+      case kStartGroup:
+        return item.number != 0;
+      case kEndGroup:
+        return true;
+    }
+    return false;
+  }
+
+ private:
+  bool ReadVarint(std::uint64_t& value) {
+    value = 0;
+    for (unsigned shift = 0; shift < 70; shift += 7) {
+      if (at_ == end_) return false;
+      const auto byte = static_cast<std::uint8_t>(*at_++);
+      value |= static_cast<std::uint64_t>(byte & 0x7FU) << shift;
+      if (byte < 0x80) return true;
+    }
+    return false;
+  }
+
+  bool ReadFixed(unsigned size, std::uint64_t& value) {
+    if (static_cast<std::size_t>(end_ - at_) < size) return false;
+    value = 0;
+    for (unsigned i = 0; i < size; ++i) {
+      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(at_[i])) << (8 * i);
+    }
+    at_ += size;
+    return true;
+  }
+
+  const char* at_;
+  const char* end_;
+};
+
+// Whether the fields up to the end of group (0: of the bytes) can be read, with at most budget
+// groups inside one another.
+bool AreFields(UnknownFields& fields, std::uint32_t group, int budget) {
+  while (!fields.AtEnd()) {
+    UnknownFields::Item item{};
+    if (!fields.Next(item)) return false;
+    if (item.type == kEndGroup) return group != 0 && item.number == group;
+    if (item.type == kStartGroup && (budget == 0 || !AreFields(fields, item.number, budget - 1))) {
+      return false;
+    }
+  }
+  return group == 0;
+}
+
+class Printer : public Handler {
+ public:
+  Printer(const Tables& tables, Show show, bool single_line, Sink& sink)
+      : tables_(tables),
+        sink_(sink),
+        show_(show),
+        single_line_(single_line),
+        separator_(single_line ? ' ' : '\n') {}
+
+  void Number(const Level& /*level*/, const Field& field, std::uint64_t value) {
+    Indent();
+    char scratch[kNameSpace + kMaxDigits + 1];
+    char* begin = sink_.Begin(sizeof scratch, scratch);
+    char* at = WriteName(field, begin);
+    if (IsMasked(field, field.repeated)) value = 0;
+    if (field.kind == FieldKind::kInt32) {
+      at = WriteNumber(static_cast<std::int32_t>(value), at);
+    } else if (field.kind == FieldKind::kUint32) {
+      at = WriteNumber(static_cast<std::uint32_t>(value), at);
+    } else {
+      const std::string_view word = value != 0 ? "true" : "false";
+      Sink::Copy(at, word.data(), word.size());
+      at += word.size();
+    }
+    *at++ = separator_;
+    sink_.Commit(begin, at);
+  }
+
+  void Enum(const Level& /*level*/, const Field& field, std::uint64_t /*value*/,
+            std::string_view name) {
+    Name(field);
+    sink_.Append(name);
+    sink_.Append(separator_);
+  }
+
+  void String(const Level& /*level*/, const Field& field, std::string_view bytes) {
+    Name(field);
+    sink_.Append('"');
+    if (IsMasked(field, true)) {
+      sink_.Fill('X', bytes.size());
+    } else {
+      AppendEscaped(bytes, sink_);
+    }
+    sink_.Append('"');
+    sink_.Append(separator_);
+  }
+
+  std::size_t Begin(const Level& /*level*/, const Field& field) {
+    Indent();
+    sink_.Append(tables_.NameOf(field));
+    Open();
+    return 0;
+  }
+  void End(const Level& /*level*/, const Field& /*field*/, std::size_t /*mark*/) { Close(); }
+
+  void Unknown(const Level& /*level*/, const Field* /*field*/, std::uint32_t number, WireType type,
+               std::string_view whole, std::string_view value) {
+    if (show_ != Show::kAll) {
+      ++hidden_;
+      hidden_bytes_ += whole.size();
+      return;
+    }
+    UnknownFields fields(type == kStartGroup ? value : whole);
+    if (type == kStartGroup) {
+      Group(number, fields, kUnknownDepth);
+    } else if (type == kVarint) {  // whole may be that of a packed list
+      UnknownNumber(number, value);
+    } else {
+      UnknownFields::Item item{};
+      fields.Next(item);
+      Print(item, fields, kUnknownDepth);
+    }
+  }
+
+  void Malformed(const Level& level, const Outcome& outcome) {
+    break_ = "# malformed at byte " + std::to_string(outcome.offset);
+    const std::string path = PathTo(tables_, level);
+    if (!path.empty()) break_ += " in " + path;
+    break_ += ": " + Explain(outcome);
+  }
+
+  // What stands behind the fields.
+  void Finish() {
+    if (hidden_ > 0) {
+      sink_.Append("# ");
+      AppendNumber(hidden_, sink_);
+      sink_.Append(hidden_ == 1 ? " unknown field, " : " unknown fields, ");
+      AppendNumber(hidden_bytes_, sink_);
+      sink_.Append(" bytes, not shown");
+      sink_.Append(separator_);
+    }
+    if (!break_.empty()) {
+      sink_.Append(break_);
+      sink_.Append(separator_);
+    }
+    if (single_line_) sink_.TakeBack(' ');
+  }
+
+ private:
+  bool IsMasked(const Field& field, bool in_shape) const {
+    if (show_ == Show::kAll) return false;
+    return field.subscriber_data || (in_shape && show_ == Show::kShape);
+  }
+
+  void Indent() {
+    if (!single_line_) sink_.Fill(' ', 2 * depth_);
+  }
+
+  // What the name of a field takes, with ": ".
+  static constexpr std::size_t kNameSpace = kNamePadding + 2;
+  char* WriteName(const Field& field, char* to) const {
+    const std::size_t size = field.name_size;
+    std::memcpy(to, tables_.names + field.name, kNamePadding);  // of a fixed size: no call
+    to[size] = ':';
+    to[size + 1] = ' ';
+    return to + size + 2;
+  }
+  void Name(const Field& field) {
+    Indent();
+    char scratch[kNameSpace];
+    char* begin = sink_.Begin(sizeof scratch, scratch);
+    sink_.Commit(begin, WriteName(field, begin));
+  }
+
+  void Open() {
+    sink_.Append(" {");
+    sink_.Append(separator_);
+    ++depth_;
+  }
+  void Close() {
+    --depth_;
+    Indent();
+    sink_.Append('}');
+    sink_.Append(separator_);
+  }
+
+  void UnknownNumber(std::uint32_t number, std::string_view varint) {
+    std::uint64_t value = 0;
+    unsigned shift = 0;
+    for (const char c : varint) {
+      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(c) & 0x7FU) << shift;
+      shift += 7;
+    }
+    Indent();
+    AppendNumber(std::uint64_t{number}, sink_);
+    sink_.Append(": ");
+    AppendNumber(value, sink_);
+    sink_.Append(separator_);
+  }
+
+  void Group(std::uint32_t number, UnknownFields& fields, int budget) {
+    Indent();
+    AppendNumber(std::uint64_t{number}, sink_);
+    Open();
+    PrintAll(fields, budget - 1);
+    Close();
+  }
+
+  // Up to the end of the group or of the bytes, which were read before.
+  void PrintAll(UnknownFields& fields, int budget) {
+    UnknownFields::Item item{};
+    while (!fields.AtEnd() && fields.Next(item) && item.type != kEndGroup) {
+      Print(item, fields, budget);
+    }
+  }
+
+  void Print(const UnknownFields::Item& item, UnknownFields& fields, int budget) {
+    if (item.type == kStartGroup) return Group(item.number, fields, budget);
+    Indent();
+    AppendNumber(item.number, sink_);
+    if (item.type == kLengthDelimited) {
+      UnknownFields inside(item.bytes);
+      if (!item.bytes.empty() && budget > 0 && AreFields(inside, 0, budget)) {
+        Open();
+        inside = UnknownFields(item.bytes);
+        PrintAll(inside, budget - 1);
+        return Close();
+      }
+      sink_.Append(": \"");
+      AppendEscaped(item.bytes, sink_);
+      sink_.Append('"');
+    } else if (item.type == kVarint) {
+      sink_.Append(": ");
+      AppendNumber(item.value, sink_);
+    } else {
+      sink_.Append(": 0x");
+      for (int shift = item.type == kFixed32 ? 28 : 60; shift >= 0; shift -= 4) {
+        sink_.Append("0123456789abcdef"[item.value >> static_cast<unsigned>(shift) & 0xFU]);
+      }
+    }
+    sink_.Append(separator_);
+  }
+
+  const Tables& tables_;
+  Sink& sink_;
+  const Show show_;
+  const bool single_line_;
+  const char separator_;
+  std::size_t depth_ = 0;
+  std::size_t hidden_ = 0;
+  std::size_t hidden_bytes_ = 0;
+  std::string break_;
+};
+
+// Whether one of eight bytes needs an escape, as all do but those from 0x20 to 0x7E, quotes and
+// backslashes apart. Works on all of them at once: the highest bit of a byte tells.
+bool NeedEscape(const char* from) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, from, sizeof bytes);
+  const auto zero = [](std::uint64_t word) { return (word - kOnes) & ~word; };
+  const std::uint64_t odd = bytes | (bytes - kOnes * 0x20) | (bytes + kOnes) |
+                            zero(bytes ^ kOnes * '"') | zero(bytes ^ kOnes * '\'') |
+                            zero(bytes ^ kOnes * '\\');
+  return (odd & kOnes * 0x80) != 0;
+}
+
+// False when a byte needs an escape; true when none was seen to.
+bool ArePlain(std::string_view bytes) {
+  if (bytes.size() < 8) {
+    for (const char c : bytes) {
+      if (kEscapes[static_cast<std::uint8_t>(c)] != 0) return false;
+    }
+    return true;
+  }
+  const char* last = bytes.data() + bytes.size() - 8;
+  for (const char* at = bytes.data(); at < last; at += 8) {
+    if (NeedEscape(at)) return false;
+  }
+  return !NeedEscape(last);
+}
+
+}  // namespace
+
+void Sink::AppendWhatFits(std::string_view text) {
+  const std::size_t fits = text.size() < Room() ? text.size() : Room();
+  std::memcpy(at_, text.data(), fits);
+  at_ += fits;
+  lost_ += text.size() - fits;
+}
+
+void AppendEscaped(std::string_view bytes, Sink& sink) {
+  if (ArePlain(bytes)) return sink.Append(bytes);
+  const char* plain = bytes.data();  // the beginning of what needs no escape
+  const char* end = plain + bytes.size();
+  for (const char* at = plain; at != end; ++at) {
+    const auto byte = static_cast<std::uint8_t>(*at);
+    const char escape = kEscapes[byte];
+    if (escape == 0) continue;
+    sink.Append({plain, static_cast<std::size_t>(at - plain)});
+    plain = at + 1;
+    sink.Append('\\');
+    if (escape != 1) {
+      sink.Append(escape);
+    } else {
+      sink.Append(static_cast<char>('0' + (byte >> 6U)));
+      sink.Append(static_cast<char>('0' + (byte >> 3U & 7U)));
+      sink.Append(static_cast<char>('0' + (byte & 7U)));
+    }
+  }
+  sink.Append({plain, static_cast<std::size_t>(end - plain)});
+}
+
+Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
+              bool single_line, Sink& sink) {
+  Printer printer(tables, show, single_line, sink);
+  const Outcome outcome = WalkMessage(tables, message, bytes, printer);
+  printer.Finish();
+  return outcome;
+}
+
+}  // namespace virtual_modem::text
