@@ -2,12 +2,9 @@
 // its end and answers each on stdout; peer.py speaks for the other side.
 //
 // Record: type name and bytes. Answer: a byte of flags (1 accepted, 2 accepted and initialized),
-// then the bytes that the library writes of what it read. Names and bytes are preceded by their
-// size (4 bytes, little-endian).
+// then the bytes that the library writes of what it read. Names and bytes are sized records.
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
-#include <array>
-#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -15,23 +12,10 @@
 #include <string>
 
 #include "support/message_types.h"
+#include "support/sized_records.h"
 
 namespace virtual_modem::testing {
 namespace {
-
-// Nothing at the end of the input.
-std::optional<std::string> ReadSized(std::istream& in) {
-  std::array<unsigned char, 4> size{};
-  if (!in.read(reinterpret_cast<char*>(size.data()), size.size())) return std::nullopt;
-  std::string bytes(size[0] | size[1] << 8 | size[2] << 16 | std::uint32_t{size[3]} << 24, '\0');
-  if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) return std::nullopt;
-  return bytes;
-}
-
-void WriteSized(std::ostream& out, const std::string& bytes) {
-  for (int shift = 0; shift < 32; shift += 8) out.put(static_cast<char>(bytes.size() >> shift));
-  out << bytes;
-}
 
 // Through a stream in pieces so small that every field crosses from one to the next.
 bool ParsesAlikeInPieces(const MessageType& type, const std::string& bytes, bool accepted,
