@@ -68,13 +68,23 @@ void WithBytes(const MessageLite& message, const Use& use) {
   use(buffer);
 }
 
-// Whether the bytes look like another type's.
-bool IsMisfit(const Outcome& outcome) { return !outcome.acceptable() || outcome.wrong_type > 0; }
+// Walks bytes for what is missing; paths may be null.
+Outcome Examine(unsigned index, std::string_view bytes, std::vector<std::string>* paths) {
+  struct Collector : text::Handler {
+    void Missing(const text::Level& level, const text::Field& field) {
+      if (paths != nullptr) paths->push_back(text::PathTo(kTables, level, field));
+    }
+    std::vector<std::string>* paths;
+  };
+  Collector collector;
+  collector.paths = paths;
+  return text::WalkMessage(kTables, index, bytes, collector);
+}
 
-// What to show of bytes that nobody vouches for.
+// What to show of bytes that nobody vouches for: when they do not fit, they may be another type's.
 Show ShowOf(unsigned index, std::string_view bytes) {
-  text::Handler none;
-  return IsMisfit(text::WalkMessage(kTables, index, bytes, none)) ? Show::kShape : Show::kMasked;
+  const Outcome outcome = Examine(index, bytes, nullptr);
+  return outcome.acceptable() && outcome.wrong_type == 0 ? Show::kMasked : Show::kShape;
 }
 
 }  // namespace
@@ -115,20 +125,12 @@ std::string ToText(std::string_view type, std::string_view bytes, const TextOpti
 }
 
 std::vector<std::string> MissingFields(const MessageLite& message) {
-  struct Collector : text::Handler {
-    void Missing(const text::Level& level, const text::Field& field) {
-      paths.push_back(text::PathTo(kTables, level, field));
-    }
-    std::vector<std::string> paths;
-  };
   const Type& type = TypeOf(message);
-  Collector collector;
+  std::vector<std::string> paths;
   if (type.prototype != nullptr && !message.IsInitialized()) {
-    WithBytes(message, [&](std::string_view bytes) {
-      text::WalkMessage(kTables, IndexOf(type), bytes, collector);
-    });
+    WithBytes(message, [&](std::string_view bytes) { Examine(IndexOf(type), bytes, &paths); });
   }
-  return std::move(collector.paths);
+  return paths;
 }
 
 std::string MaskedBytes(const MessageLite& message) {
