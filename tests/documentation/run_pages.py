@@ -105,8 +105,10 @@ def main() -> None:
                 print(f"documentation: {block.place}", flush=True)
                 counts["run"] += 1
                 if block.language == "sh":
-                    if run("set -eo pipefail\n" + text).returncode:
-                        fail(block, "a command failed")
+                    done = run("set -eo pipefail\n" + text, stdout=subprocess.PIPE,
+                               stderr=subprocess.STDOUT)
+                    if done.returncode:
+                        fail(block, f"status {done.returncode} from\n{text}\n{done.stdout}")
                     continue
                 for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
                     entered, _, shown = part.partition("\n")
