@@ -10,7 +10,7 @@
 
 namespace {
 
-using virtual_modem::bench::CurrentCallsRecord;
+using virtual_modem::bench::GetCurrentCallsResponseRecord;
 
 long PageFaults() {
   rusage usage{};
@@ -18,13 +18,13 @@ long PageFaults() {
   return usage.ru_minflt + usage.ru_majflt;
 }
 
-bool RoundTrip(const CurrentCallsRecord& record) {
+bool RoundTrip(const GetCurrentCallsResponseRecord& record) {
   GetCurrentCallsResponse sent;
   record.Fill(sent);
   std::string bytes;
   if (!sent.SerializeToString(&bytes)) return false;
   GetCurrentCallsResponse received;
-  return received.ParseFromString(bytes) && CurrentCallsRecord::Read(received) != 0;
+  return received.ParseFromString(bytes) && GetCurrentCallsResponseRecord::Read(received) != 0;
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ bool RoundTrip(const CurrentCallsRecord& record) {
 int main() {
   using Clock = std::chrono::steady_clock;
   using Microseconds = std::chrono::duration<double, std::micro>;
-  const CurrentCallsRecord record = virtual_modem::bench::MakeCurrentCalls();
+  const GetCurrentCallsResponseRecord record = virtual_modem::bench::MakeCurrentCalls();
   Clock::now();  // the clock's own first use
   const long faults_before = PageFaults();
   const auto start = Clock::now();

@@ -32,20 +32,20 @@ AppStatusRecord MakeApp(AppType type, const char* aid, const char* label) {
 
 }  // namespace
 
-NoResultRecord MakeNoResult() { return {QCOM, 4711, RADIO_E_SUCCESS}; }
+NoResultResponseRecord MakeNoResult() { return {QCOM, 4711, RADIO_E_SUCCESS}; }
 
 DialRecord MakeDial(std::size_t digits) {
   return {QCOM, 4711, std::string(digits, '5'), CLIR_DEFAULT};
 }
 
-CurrentCallsRecord MakeCurrentCalls(int calls) {
-  CurrentCallsRecord response{QCOM, 4711, RADIO_E_SUCCESS, {}};
+GetCurrentCallsResponseRecord MakeCurrentCalls(int calls) {
+  GetCurrentCallsResponseRecord response{QCOM, 4711, RADIO_E_SUCCESS, {}};
   for (int i = 1; i <= calls; ++i) response.calls.push_back(MakeCall<CallRecord>(i));
   return response;
 }
 
-SignalChangedRecord MakeSignalChanged() {
-  SignalChangedRecord indication;
+SignalStrengthChangedRecord MakeSignalChanged() {
+  SignalStrengthChangedRecord indication;
   indication.platformtype = QCOM;
   SignalStrengthRecord& report = indication.signalstrength;
   report.gsm = {99, 99, kNotMeasured};
@@ -58,8 +58,8 @@ SignalChangedRecord MakeSignalChanged() {
   return indication;
 }
 
-SetupDataCallRecord MakeSetupDataCall() {
-  SetupDataCallRecord response;
+SlaveSetupDataCallResponseRecord MakeSetupDataCall() {
+  SlaveSetupDataCallResponseRecord response;
   response.value1 = 0;
   response.value2 = -1;
   response.value3 = 5;
@@ -75,12 +75,12 @@ SetupDataCallRecord MakeSetupDataCall() {
   return response;
 }
 
-CardStatusRecord MakeCardStatus() {
-  CardStatusRecord response;
+IccCardStatusResponseRecord MakeCardStatus() {
+  IccCardStatusResponseRecord response;
   response.platformtype = QCOM;
   response.serial = 4711;
   response.error = RADIO_E_SUCCESS;
-  CardStatus12Record& card = response.cardstatus;
+  V1_2_CardStatusRecord& card = response.cardstatus;
   card.physicalslotid = 1;
   card.atr = "3B9F96801FC78031E073FE211B63F1028401018E";
   card.iccid = "89490200001234567890";
@@ -97,10 +97,10 @@ CardStatusRecord MakeCardStatus() {
   return response;
 }
 
-ImsCallsRecord MakeImsCalls() {
-  ImsCallsRecord indication{QCOM, 0, {}};
+ImsCallStateChangedRecord MakeImsCalls() {
+  ImsCallStateChangedRecord indication{QCOM, 0, {}};
   for (int i = 1; i <= 3; ++i) {
-    ImsCallRecord call = MakeCall<ImsCallRecord>(i);
+    QImsCallRecord call = MakeCall<QImsCallRecord>(i);
     call.state = i == 1 ? IMS_CALL_ACTIVE : IMS_CALL_HOLDING;
     call.audiocodec = QIMS_CODEC_AMR_WB;
     call.calltype = QIMS_VOICE;

@@ -5,12 +5,12 @@
 
 namespace virtual_modem::bench {
 
-NoResultRecord MakeNoResult();
+NoResultResponseRecord MakeNoResult();
 DialRecord MakeDial(std::size_t digits = 14);
-CurrentCallsRecord MakeCurrentCalls(int calls = 3);
-SignalChangedRecord MakeSignalChanged();
-SetupDataCallRecord MakeSetupDataCall();
-CardStatusRecord MakeCardStatus();
-ImsCallsRecord MakeImsCalls();
+GetCurrentCallsResponseRecord MakeCurrentCalls(int calls = 3);
+SignalStrengthChangedRecord MakeSignalChanged();
+SlaveSetupDataCallResponseRecord MakeSetupDataCall();
+IccCardStatusResponseRecord MakeCardStatus();
+ImsCallStateChangedRecord MakeImsCalls();
 
 }  // namespace virtual_modem::bench

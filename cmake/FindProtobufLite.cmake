@@ -10,6 +10,9 @@
 if(TARGET protobuf::libprotobuf-lite)
   get_target_property(ProtobufLite_INCLUDE_DIR protobuf::libprotobuf-lite
     INTERFACE_INCLUDE_DIRECTORIES)
+  # As a target of the same build has it.
+  string(REGEX REPLACE "[$]<BUILD_INTERFACE:([^>]*)>" "\\1"
+    ProtobufLite_INCLUDE_DIR "${ProtobufLite_INCLUDE_DIR}")
   set(ProtobufLite_LIBRARY protobuf::libprotobuf-lite)
 else()
   find_package(PkgConfig QUIET)
@@ -22,7 +25,8 @@ else()
   mark_as_advanced(ProtobufLite_INCLUDE_DIR ProtobufLite_LIBRARY)
 endif()
 
-# 3021012 in the header is 3.21.12.
+# 3021012 in the header is 3.21.12. A runtime that does not tell fits no request for a release.
+set(ProtobufLite_VERSION 0)
 foreach(_dir IN LISTS ProtobufLite_INCLUDE_DIR)
   if(EXISTS "${_dir}/google/protobuf/stubs/common.h")
     file(STRINGS "${_dir}/google/protobuf/stubs/common.h" _line
@@ -41,7 +45,7 @@ find_package_handle_standard_args(ProtobufLite
   REQUIRED_VARS ProtobufLite_LIBRARY ProtobufLite_INCLUDE_DIR
   VERSION_VAR ProtobufLite_VERSION
   REASON_FAILURE_MESSAGE
-    "the lite runtime is missing (Debian 12: apt-get install libprotobuf-dev)")
+    "the lite runtime of that release is missing (Debian 12 and 13: apt-get install libprotobuf-dev)")
 
 if(ProtobufLite_FOUND AND NOT TARGET protobuf::libprotobuf-lite)
   find_package(Threads REQUIRED)

@@ -4,8 +4,8 @@
 #   libvirtual-modem-protos-dev   component development: headers, schema, CMake and pkg-config files
 #   libvirtual-modem-protos-tools component tools: virtual-modem-inspect
 #
-# Configure with CMAKE_INSTALL_PREFIX=/usr (preset package): only then do files go to Debian's
-# multiarch folders. The packages need Debian's own lite runtime.
+# Included with VIRTUAL_MODEM_PACKAGES. Configure with CMAKE_INSTALL_PREFIX=/usr, as the preset does:
+# only then do files go to Debian's multiarch folders. The packages need Debian's own lite runtime.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "Virtual Modem")
@@ -29,6 +29,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvirtual-modem-protos)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+if(VIRTUAL_MODEM_LOADER_UNPACKS_RELOCATIONS AND VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
+  # dpkg-shlibdeps looks at symbols, not at the relocations that the loader must know.
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.36)")
+endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/package/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Typed telephony messages of a virtual modem
 Requests, responses and indications with which the processes of a virtual

@@ -6,32 +6,54 @@
 set(VIRTUAL_MODEM_RUNTIME system CACHE STRING
   "Lite runtime to build against: 'system' (its package) or 'source' (built along)")
 set_property(CACHE VIRTUAL_MODEM_RUNTIME PROPERTY STRINGS system source)
+if(NOT VIRTUAL_MODEM_RUNTIME MATCHES "^(system|source)$")
+  message(FATAL_ERROR
+    "VIRTUAL_MODEM_RUNTIME is '${VIRTUAL_MODEM_RUNTIME}'; it must be 'system' or 'source'.")
+endif()
 
 set(VIRTUAL_MODEM_PROTOBUF_RELEASE 3.21.12)
 
-find_program(VIRTUAL_MODEM_PROTOC protoc DOC "Protocol-buffer compiler of the build machine"
-  NO_CMAKE_FIND_ROOT_PATH)
+if(VIRTUAL_MODEM_RUNTIME STREQUAL "source")
+  include(ProtobufSource)
+endif()
+
+# ---- protoc ---------------------------------------------------------------------------------------
+function(virtual_modem_protoc_release result protoc)
+  execute_process(COMMAND ${protoc} --version
+    OUTPUT_VARIABLE release OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+  string(REGEX MATCH "[0-9]+(\\.[0-9]+)+" release "${release}")
+  set(${result} "${release}" PARENT_SCOPE)
+endfunction()
+function(virtual_modem_protoc_fits result protoc)
+  virtual_modem_protoc_release(release ${protoc})
+  if(NOT release VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
+    set(${result} FALSE PARENT_SCOPE)
+  endif()
+endfunction()
+
+find_program(VIRTUAL_MODEM_PROTOC protoc NO_CMAKE_FIND_ROOT_PATH
+  VALIDATOR virtual_modem_protoc_fits DOC "Protocol-buffer compiler of the build machine")
+if(NOT VIRTUAL_MODEM_PROTOC AND VIRTUAL_MODEM_RUNTIME STREQUAL "source")
+  include(ProtobufHostTools)
+endif()
 if(NOT VIRTUAL_MODEM_PROTOC)
   message(FATAL_ERROR
-    "protoc was not found. Install release ${VIRTUAL_MODEM_PROTOBUF_RELEASE} "
-    "(Debian 12: apt-get install protobuf-compiler) or set -DVIRTUAL_MODEM_PROTOC=/path/to/protoc.")
+    "No protoc of release ${VIRTUAL_MODEM_PROTOBUF_RELEASE} was found. Install it (Debian 12 and 13: "
+    "scripts/setup build, which is apt-get install protobuf-compiler), name one with "
+    "-D VIRTUAL_MODEM_PROTOC=/path/to/protoc, or have protoc and runtime built from their source with "
+    "-D VIRTUAL_MODEM_RUNTIME=source (README.md, \"Another protobuf, or none\").")
 endif()
-
-execute_process(COMMAND ${VIRTUAL_MODEM_PROTOC} --version
-  OUTPUT_VARIABLE _version OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
-string(REGEX MATCH "[0-9]+(\\.[0-9]+)+" _version "${_version}")
-if(NOT _version VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
+virtual_modem_protoc_release(_release ${VIRTUAL_MODEM_PROTOC})
+if(NOT _release VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
   message(FATAL_ERROR
-    "${VIRTUAL_MODEM_PROTOC} is release '${_version}', but this library is made with release "
+    "${VIRTUAL_MODEM_PROTOC} is release '${_release}', but this library is made with release "
     "${VIRTUAL_MODEM_PROTOBUF_RELEASE}: code from another release does not fit its runtime. "
-    "Set -DVIRTUAL_MODEM_PROTOC to a protoc of that release.")
+    "Set -D VIRTUAL_MODEM_PROTOC to a protoc of that release.")
 endif()
 
+# ---- Runtime --------------------------------------------------------------------------------------
 if(VIRTUAL_MODEM_RUNTIME STREQUAL "system")
   find_package(ProtobufLite ${VIRTUAL_MODEM_PROTOBUF_RELEASE} EXACT REQUIRED)
-elseif(VIRTUAL_MODEM_RUNTIME STREQUAL "source")
-  include(ProtobufRuntimeFromSource)
 else()
-  message(FATAL_ERROR
-    "VIRTUAL_MODEM_RUNTIME is '${VIRTUAL_MODEM_RUNTIME}'; it must be 'system' or 'source'.")
+  include(ProtobufRuntimeFromSource)
 endif()

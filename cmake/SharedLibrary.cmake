@@ -4,7 +4,21 @@
 # What each flag is worth is the median of scripts/bench and scripts/footprint with and without it,
 # on x86-64 with g++ 12: time of encode and decode over the four messages of docs/performance.md,
 # dlopen with all symbols bound, stripped size. That page also tells what was tried and is not here.
+include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
+
+# The loader must know them, which glibc does since 2.36. Leave them out of a library that is taken to
+# an older system than the one it is linked on.
+option(VIRTUAL_MODEM_PACK_RELOCATIONS
+  "Pack relocations as glibc 2.36 and newer read them (not used when cross compiling)" ON)
+if(VIRTUAL_MODEM_PACK_RELOCATIONS AND NOT CMAKE_CROSSCOMPILING)
+  check_cxx_source_compiles("#include <features.h>
+#if !__GLIBC_PREREQ(2, 36)
+#error
+#endif
+int main() {}" VIRTUAL_MODEM_LOADER_UNPACKS_RELOCATIONS)
+  check_linker_flag(CXX LINKER:-z,pack-relative-relocs VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
+endif()
 
 function(virtual_modem_tune_shared_library target)
   # Inline functions stay inside: the exports are the contract and no more (size -4 %).
@@ -13,37 +27,19 @@ function(virtual_modem_tune_shared_library target)
   # (dlopen -67 %, size -4 %). Functions only: with plain -Bsymbolic an executable's copy
   # relocation would give two copies of a default instance.
   target_link_options(${target} PRIVATE LINKER:-Bsymbolic-functions)
-
-  # The rest is for builds that are shipped; sanitizers and debuggers see the code as written.
-  if(NOT CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel)$")
-    return()
-  endif()
-  # The compiler may take it that nobody replaces a function of the library (time -6 %).
-  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
-  # The hot loops do not move when code before them grows or shrinks (time -2 %, size +2.5 %).
-  # Android's build is for size.
-  if(NOT ANDROID)
-    target_compile_options(${target} PRIVATE -falign-functions=32)
-  endif()
-  # Calls into the runtime and the C library go through the table of addresses and not through a stub
-  # as well (time -1.5 %, with the runtime built from source -3.5 %). Elsewhere than on x86-64 the
-  # stub is the shorter code.
-  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-    target_compile_options(${target} PRIVATE -fno-plt)
-  endif()
-  # A smaller hash table of symbols (size -0.5 %), and not a second one in the old form, which clang
-  # would add (size -2 %).
-  target_link_options(${target} PRIVATE LINKER:-O1 LINKER:--hash-style=gnu)
   # The functions of the runtime that are called are bound at load: no slower to load, no lookup at
   # the first call, and the table of addresses is read-only afterwards.
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
-  # Relocations that only add the load address take a bit each, not 24 bytes (size -3 %). The loader
-  # must know them: glibc 2.36. A cross build's own linker flags decide for its target.
-  if(NOT CMAKE_CROSSCOMPILING)
-    check_linker_flag(CXX LINKER:-z,pack-relative-relocs VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
-    if(VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
-      target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
-    endif()
+  # No second hash table of symbols in the old form, which clang would add (size -2 %).
+  target_link_options(${target} PRIVATE LINKER:--hash-style=gnu)
+  # The compiler may take it that nobody replaces a function of the library (time -6 %). Only in
+  # builds that are shipped; sanitizers and debuggers see the code as written.
+  target_compile_options(${target} PRIVATE
+    $<$<CONFIG:Release,MinSizeRel>:-fno-semantic-interposition>)
+  # Relocations that only add the load address take a bit each, not 24 bytes (size -3 %). A cross
+  # build's own linker flags decide for its target.
+  if(VIRTUAL_MODEM_LOADER_UNPACKS_RELOCATIONS AND VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
+    target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
   endif()
 
   if(ANDROID)

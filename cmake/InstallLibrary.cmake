@@ -1,0 +1,39 @@
+# Install rules that the libraries share. Nothing is installed without VIRTUAL_MODEM_INSTALL, which is
+# off in a project that takes this one as a part of itself.
+set(virtual_modem_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VirtualModemProtos)
+
+# Installs a shared library with its file set HEADERS and exports it in the CMake package.
+function(virtual_modem_install_library target)
+  if(VIRTUAL_MODEM_INSTALL)
+    install(TARGETS ${target} EXPORT VirtualModemProtosTargets
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+      FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  endif()
+endfunction()
+
+# Installs cmake/NAME.pc.in. It is relocatable as far as the folders are: an absolute
+# CMAKE_INSTALL_LIBDIR or CMAKE_INSTALL_INCLUDEDIR stays where it is.
+function(virtual_modem_install_pkgconfig name)
+  if(NOT VIRTUAL_MODEM_INSTALL)
+    return()
+  endif()
+  foreach(folder IN ITEMS LIBDIR INCLUDEDIR)
+    set(path ${CMAKE_INSTALL_${folder}})
+    if(NOT IS_ABSOLUTE "${path}")
+      string(PREPEND path "\${prefix}/")
+    endif()
+    set(pc_${folder} ${path})
+  endforeach()
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+  else()
+    file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${pc_prefix}")
+  endif()
+  foreach(path IN ITEMS pc_prefix pc_LIBDIR pc_INCLUDEDIR)
+    string(REPLACE " " "\\ " ${path} "${${path}}")
+  endforeach()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${name}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endfunction()

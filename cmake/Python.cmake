@@ -1,0 +1,43 @@
+# Python 3 with google.protobuf, which the generators and some tests use: VIRTUAL_MODEM_PYTHON.
+#
+# Any release of google.protobuf will do. Where there is none, one is made of the source that the
+# runtime is built from (VIRTUAL_MODEM_RUNTIME=source).
+
+function(virtual_modem_reads_protobuf result python)
+  execute_process(COMMAND ${python} -c "import google.protobuf.descriptor_pb2"
+    RESULT_VARIABLE failure OUTPUT_QUIET ERROR_QUIET)
+  if(failure)
+    set(${result} FALSE PARENT_SCOPE)
+  endif()
+endfunction()
+
+# /usr/bin/python3 is the one that distributions install google.protobuf for.
+find_program(VIRTUAL_MODEM_PYTHON python3 PATHS /usr/bin NO_CMAKE_FIND_ROOT_PATH
+  VALIDATOR virtual_modem_reads_protobuf DOC "Python 3 that can import google.protobuf")
+if(NOT VIRTUAL_MODEM_PYTHON AND VIRTUAL_MODEM_RUNTIME STREQUAL "source")
+  find_program(VIRTUAL_MODEM_BARE_PYTHON python3 NO_CMAKE_FIND_ROOT_PATH REQUIRED
+    DOC "Python 3, given google.protobuf out of the source")
+  mark_as_advanced(VIRTUAL_MODEM_BARE_PYTHON)
+  set(_modules ${PROJECT_BINARY_DIR}/python)
+  file(COPY ${protobuf_SOURCE_DIR}/python/google DESTINATION ${_modules})
+  execute_process(
+    COMMAND ${VIRTUAL_MODEM_PROTOC} --proto_path=${protobuf_SOURCE_DIR}/src --python_out=${_modules}
+      google/protobuf/descriptor.proto
+    COMMAND_ERROR_IS_FATAL ANY)
+  file(CONFIGURE OUTPUT ${_modules}/python3 CONTENT [[#!/bin/sh
+PYTHONPATH='@_modules@' PYTHONDONTWRITEBYTECODE=1 exec '@VIRTUAL_MODEM_BARE_PYTHON@' "$@"
+]] @ONLY)
+  file(CHMOD ${_modules}/python3 PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set(VIRTUAL_MODEM_PYTHON ${_modules}/python3)
+endif()
+
+set(_reads_protobuf TRUE)
+if(VIRTUAL_MODEM_PYTHON)
+  virtual_modem_reads_protobuf(_reads_protobuf ${VIRTUAL_MODEM_PYTHON})
+endif()
+if(NOT VIRTUAL_MODEM_PYTHON OR NOT _reads_protobuf)
+  message(FATAL_ERROR
+    "No Python 3 that can import google.protobuf (VIRTUAL_MODEM_PYTHON is '${VIRTUAL_MODEM_PYTHON}'). "
+    "Install one (Debian: scripts/setup build, which is apt-get install python3-protobuf) or name it "
+    "with -D VIRTUAL_MODEM_PYTHON=/path/to/python3.")
+endif()
