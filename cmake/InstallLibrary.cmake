@@ -2,11 +2,13 @@
 # off in a project that takes this one as a part of itself.
 set(virtual_modem_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VirtualModemProtos)
 
-# Installs a shared library with its file set HEADERS and exports it in the CMake package.
-function(virtual_modem_install_library target)
+# Installs a shared library, in a component of its own, with its file set HEADERS, and exports it in
+# the CMake package.
+function(virtual_modem_install_library target component)
   if(VIRTUAL_MODEM_INSTALL)
     install(TARGETS ${target} EXPORT VirtualModemProtosTargets
-      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT ${component} NAMELINK_COMPONENT development
       FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   endif()
 endfunction()

@@ -1,6 +1,7 @@
 # Debian packages: `cpack --preset package`, or scripts/package, which also checks them.
 #
 #   libvirtual-modem-protos       component runtime: the shared library and the descriptor set
+#   libvirtual-modem-text1        component text: the companion library
 #   libvirtual-modem-protos-dev   component development: headers, schema, CMake and pkg-config files
 #   libvirtual-modem-protos-tools component tools: virtual-modem-inspect
 #
@@ -16,7 +17,7 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/package/compress_manual.cmake)
-set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_ALL runtime text development)
 if(TARGET virtual-modem-inspect)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
@@ -40,9 +41,23 @@ modem exchange telephony operations: message classes for the lite runtime of
 Protocol Buffers, and the schema as one descriptor set for programs that read
 it when they run.")
 
+set(CPACK_DEBIAN_TEXT_PACKAGE_NAME libvirtual-modem-text${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_TEXT_PACKAGE_SECTION libs)
+# Its tables are those of this very release.
+set(CPACK_DEBIAN_TEXT_PACKAGE_DEPENDS "libvirtual-modem-protos (= ${PROJECT_VERSION})")
+if(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS)
+  string(APPEND CPACK_DEBIAN_TEXT_PACKAGE_DEPENDS ", ${CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS}")
+endif()
+set(CPACK_DEBIAN_TEXT_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/package/triggers)
+set(CPACK_COMPONENT_TEXT_DESCRIPTION "Text and captures of the telephony messages of a virtual modem
+Prints the messages of libvirtual-modem-protos with subscriber data masked or
+shown, names what they lack, finds their types by name, and records them as
+captures that Wireshark reads.")
+
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvirtual-modem-protos-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libvirtual-modem-protos (= ${PROJECT_VERSION}), \
+libvirtual-modem-text${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), \
 libprotobuf-dev (>= ${VIRTUAL_MODEM_PROTOBUF_RELEASE}), libprotobuf-dev (<< 3.22)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Typed telephony messages of a virtual modem, for developers
 Headers, CMake package and pkg-config file to build with the message classes,
