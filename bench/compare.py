@@ -52,6 +52,9 @@ BUILDS = [
     Build("straight-line codec", "release", "release", "straight_line"),
 ]
 BASE = BUILDS[0].name
+# Messages as text; the first is what the second is compared with.
+TEXT = [Build("full runtime", "release", "text-full", "text"),
+        Build("companion library", "release", "text-release", "text")]
 
 
 class Runner:
@@ -189,6 +192,18 @@ def report(results: dict) -> None:
     table("First round trip of a calls list in a new process",
           ["build", "first, us", "second, us", "page faults"], rows)
 
+    full, ours = (results["text"][build.name] for build in TEXT)
+    rows = []
+    for name in MESSAGES:
+        rows.append([name, *(f"{statistics.median(run[name] for run in runs):.0f}"
+                             for runs in (full, ours)),
+                     spread([mine[name] / theirs[name] for mine, theirs in zip(ours, full)])])
+    rows.append(["geometric mean", "", "", spread(
+        [geometric_mean(mine[name] / theirs[name] for name in MESSAGES)
+         for mine, theirs in zip(ours, full)])])
+    table("A message as one line of text", ["message", *(f"{build.name}, ns" for build in TEXT),
+                                            "ratio: median [quartiles]"], rows)
+
     def least(name: str) -> float:
         return min(round_[name] for round_ in results["release"])
 
@@ -245,7 +260,8 @@ def main() -> None:
     source, output, minutes = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), float(sys.argv[3])
     deadline = time.monotonic() + 60 * minutes
     results = {"times": collections.defaultdict(list), "instructions": {},
-               "first_use": collections.defaultdict(list), "release": []}
+               "first_use": collections.defaultdict(list), "release": [],
+               "text": collections.defaultdict(list)}
     with tempfile.TemporaryDirectory() as scratch:
         runner = Runner(source, pathlib.Path(scratch))
         for build in BUILDS:
@@ -253,6 +269,12 @@ def main() -> None:
         rounds = 0
         while rounds < 3 or time.monotonic() < deadline:
             passes = collections.defaultdict(list)
+            texts = collections.defaultdict(list)
+            for build in (b for _ in range(PASSES) for b in random.sample(TEXT, len(TEXT))):
+                times = runner.benchmarks(build, "^text/", 0.005)
+                texts[build.name].append({cell(n): ns for n, ns in times.items()})
+            for name, runs in texts.items():
+                results["text"][name].append({c: min(run[c] for run in runs) for c in runs[0]})
             for build in (b for _ in range(PASSES) for b in random.sample(BUILDS, len(BUILDS))):
                 times = runner.benchmarks(build, f"^{build.codec}/", 0.005)
                 passes[build.name].append({cell(n): ns for n, ns in times.items()})
