@@ -28,6 +28,34 @@ constexpr std::array<char, 256> MakeEscapes() {
 }
 constexpr std::array<char, 256> kEscapes = MakeEscapes();
 
+// Whether one of eight bytes needs an escape, as all do but those from 0x20 to 0x7E, quotes and
+// backslashes apart. Works on all of them at once: the highest bit of a byte tells.
+bool NeedEscape(const char* from) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, from, sizeof bytes);
+  const auto zero = [](std::uint64_t word) { return (word - kOnes) & ~word; };
+  const std::uint64_t odd = bytes | (bytes - kOnes * 0x20) | (bytes + kOnes) |
+                            zero(bytes ^ kOnes * '"') | zero(bytes ^ kOnes * '\'') |
+                            zero(bytes ^ kOnes * '\\');
+  return (odd & kOnes * 0x80) != 0;
+}
+
+// False when a byte needs an escape; true when none was seen to.
+bool ArePlain(std::string_view bytes) {
+  if (bytes.size() < 8) {
+    for (const char c : bytes) {
+      if (kEscapes[static_cast<std::uint8_t>(c)] != 0) return false;
+    }
+    return true;
+  }
+  const char* last = bytes.data() + bytes.size() - 8;
+  for (const char* at = bytes.data(); at < last; at += 8) {
+    if (NeedEscape(at)) return false;
+  }
+  return !NeedEscape(last);
+}
+
 char* WriteNumber(std::uint64_t number, char* to) {
   if (number < 10) {
     *to = static_cast<char>('0' + number);
@@ -161,9 +189,8 @@ class Printer : public Handler {
     } else if (field.kind == FieldKind::kUint32) {
       at = WriteNumber(static_cast<std::uint32_t>(value), at);
     } else {
-      const std::string_view word = value != 0 ? "true" : "false";
-      Sink::Copy(at, word.data(), word.size());
-      at += word.size();
+      std::memcpy(at, value != 0 ? "true\0\0\0" : "false\0\0", 8);  // of a fixed size: no call
+      at += value != 0 ? 4 : 5;
     }
     *at++ = separator_;
     sink_.Commit(begin, at);
@@ -171,15 +198,39 @@ class Printer : public Handler {
 
   void Enum(const Level& /*level*/, const Field& field, std::uint64_t /*value*/,
             std::string_view name) {
+    Indent();
+    if (char* at = Space(name.size())) {
+      at = WriteName(field, at);
+      Sink::Copy(at, name.data(), name.size());
+      at += name.size();
+      *at++ = separator_;
+      return sink_.Commit(sink_.at(), at);
+    }
     Name(field);
     sink_.Append(name);
     sink_.Append(separator_);
   }
 
   void String(const Level& /*level*/, const Field& field, std::string_view bytes) {
+    const bool masked = IsMasked(field, true);
+    Indent();
+    char* at = Space(bytes.size());
+    if (at != nullptr && (masked || ArePlain(bytes))) {
+      at = WriteName(field, at);
+      *at++ = '"';
+      if (masked) {
+        std::memset(at, 'X', bytes.size());
+      } else {
+        Sink::Copy(at, bytes.data(), bytes.size());
+      }
+      at += bytes.size();
+      *at++ = '"';
+      *at++ = separator_;
+      return sink_.Commit(sink_.at(), at);
+    }
     Name(field);
     sink_.Append('"');
-    if (IsMasked(field, true)) {
+    if (masked) {
       sink_.Fill('X', bytes.size());
     } else {
       AppendEscaped(bytes, sink_);
@@ -249,6 +300,10 @@ class Printer : public Handler {
     if (!single_line_) sink_.Fill(' ', 2 * depth_);
   }
 
+  // Where a field with a value of that size can be written in one go; null where the end is near.
+  char* Space(std::size_t size) const {
+    return sink_.Room() >= kNameSpace + size + 3 ? sink_.at() : nullptr;
+  }
   // What the name of a field takes, with ": ".
   static constexpr std::size_t kNameSpace = kNamePadding + 2;
   char* WriteName(const Field& field, char* to) const {
@@ -259,7 +314,6 @@ class Printer : public Handler {
     return to + size + 2;
   }
   void Name(const Field& field) {
-    Indent();
     char scratch[kNameSpace];
     char* begin = sink_.Begin(sizeof scratch, scratch);
     sink_.Commit(begin, WriteName(field, begin));
@@ -344,34 +398,6 @@ class Printer : public Handler {
   std::size_t hidden_bytes_ = 0;
   std::string break_;
 };
-
-// Whether one of eight bytes needs an escape, as all do but those from 0x20 to 0x7E, quotes and
-// backslashes apart. Works on all of them at once: the highest bit of a byte tells.
-bool NeedEscape(const char* from) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  std::uint64_t bytes = 0;
-  std::memcpy(&bytes, from, sizeof bytes);
-  const auto zero = [](std::uint64_t word) { return (word - kOnes) & ~word; };
-  const std::uint64_t odd = bytes | (bytes - kOnes * 0x20) | (bytes + kOnes) |
-                            zero(bytes ^ kOnes * '"') | zero(bytes ^ kOnes * '\'') |
-                            zero(bytes ^ kOnes * '\\');
-  return (odd & kOnes * 0x80) != 0;
-}
-
-// False when a byte needs an escape; true when none was seen to.
-bool ArePlain(std::string_view bytes) {
-  if (bytes.size() < 8) {
-    for (const char c : bytes) {
-      if (kEscapes[static_cast<std::uint8_t>(c)] != 0) return false;
-    }
-    return true;
-  }
-  const char* last = bytes.data() + bytes.size() - 8;
-  for (const char* at = bytes.data(); at < last; at += 8) {
-    if (NeedEscape(at)) return false;
-  }
-  return !NeedEscape(last);
-}
 
 }  // namespace
 

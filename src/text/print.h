@@ -43,6 +43,8 @@ class Sink {
     }
   }
 
+  std::size_t Room() const { return static_cast<std::size_t>(end_ - at_); }
+  char* at() const { return at_; }
   // For writers of a few bytes: where size of them can be written, in the buffer when there is
   // room, else in scratch; and how many were.
   char* Begin(std::size_t size, char* scratch) { return size <= Room() ? at_ : scratch; }
@@ -85,7 +87,6 @@ class Sink {
     std::memcpy(to + size - Width, last, Width);
   }
 
-  std::size_t Room() const { return static_cast<std::size_t>(end_ - at_); }
   __attribute__((noinline, cold)) void AppendWhatFits(std::string_view text);
 
   char* begin_;

@@ -233,20 +233,13 @@ class Walk {
       const Field* field = tables_.Find(state.row, number);
       state.field = field;
       if (field == nullptr) {
-        state.unknown = true;
         ++outcome_.unknown;
         if (!ReadUnknown(state, number, wire_type, start)) return false;
       } else if (field->kind == FieldKind::kMessage && wire_type == kLengthDelimited) {
         Keep(state, number);
         if (!ReadBelow(state, start)) return false;
-      } else {
-        const std::uint32_t not_kept = outcome_.undeclared + outcome_.wrong_type;
-        if (!ReadField(state, wire_type, start)) return false;
-        if (outcome_.undeclared + outcome_.wrong_type == not_kept) {
-          Keep(state, number);
-        } else {
-          state.unknown = true;  // the field itself is still absent
-        }
+      } else if (!ReadField(state, wire_type, start)) {
+        return false;
       }
     }
     state.field = nullptr;
@@ -279,21 +272,21 @@ class Walk {
     return {place, static_cast<std::size_t>(reader_.at() - place)};
   }
 
-  bool ReadUnknown(const State& state, std::uint32_t number, unsigned wire_type,
-                   const char* start) {
+  bool ReadUnknown(State& state, std::uint32_t number, unsigned wire_type, const char* start) {
     const char* value = reader_.at();
     if (!reader_.Skip(number, wire_type, start, depth_)) return false;
     if (wire_type == kLengthDelimited) {
       while (static_cast<signed char>(*value) < 0) ++value;  // the length, which was read
       ++value;
     }
+    state.unknown = true;
     handler_.Unknown(state.level, state.field, number, static_cast<WireType>(wire_type),
                      From(start), From(value));
     return true;
   }
 
   // A declared field that is not a message, or is not sent as one.
-  bool ReadField(const State& state, unsigned wire_type, const char* start) {
+  bool ReadField(State& state, unsigned wire_type, const char* start) {
     const Field& field = *state.field;
     if (field.kind < FieldKind::kString) {
       if (wire_type == kVarint) return ReadNumber(state, start);
@@ -304,43 +297,45 @@ class Walk {
       const char* value = reader_.at();
       if (!reader_.SkipBytes(size)) return false;
       handler_.String(state.level, field, {value, size});
+      Keep(state, field.number);
       return true;
     }
     ++outcome_.wrong_type;
     return ReadUnknown(state, field.number, wire_type, start);
   }
 
-  bool ReadNumber(const State& state, const char* start) {
+  bool ReadNumber(State& state, const char* start) {
     const Field& field = *state.field;
     const char* begin = reader_.at();
     std::uint64_t value = 0;
     if (!reader_.ReadVarint(kMaxVarintBytes, "varint", value)) return false;
     if (field.kind != FieldKind::kEnum) {
       handler_.Number(state.level, field, value);
+      Keep(state, field.number);
       return true;
     }
     const std::string_view name =
         tables_.enum_name(tables_.context, field.below, static_cast<std::int32_t>(value));
     if (name.empty()) {
       ++outcome_.undeclared;
+      state.unknown = true;  // the field itself is still absent
       handler_.Unknown(state.level, &field, field.number, kVarint, From(start), From(begin));
     } else {
       handler_.Enum(state.level, field, value, name);
+      Keep(state, field.number);
     }
     return true;
   }
 
   // Repeated numbers in one length-delimited field, all of them elements of the same list.
-  bool ReadPacked(const State& state, const char* start) {
+  bool ReadPacked(State& state, const char* start) {
     std::size_t size = 0;
     if (!reader_.ReadLength(size)) return false;
     if (size > reader_.Left()) return reader_.SkipBytes(size);
-    const std::uint32_t undeclared = outcome_.undeclared;
     const std::size_t around = reader_.Enter(size);
     bool read = true;
     while (read && !reader_.AtEnd()) read = ReadNumber(state, start);
     reader_.Leave(around);
-    if (outcome_.undeclared != undeclared) outcome_.canonical = false;
     return read;
   }
 
