@@ -14,6 +14,7 @@ import tempfile
 from google.protobuf import descriptor_pb2, descriptor_pool, message_factory
 
 CURRENT_CALLS, CALL_STATE_CHANGED, LAST_CALL_FAIL_CAUSE = 3, 4, 5
+PATIENCE = 30  # seconds for what the client has to do
 
 
 class Types:
@@ -104,9 +105,11 @@ def run(descriptor_set, command, script=play, **options):
         path = str(pathlib.Path(scratch, "modem"))
         listener.bind(path)
         listener.listen()
+        listener.settimeout(PATIENCE)
         with subprocess.Popen([command[0], path, *command[1:]], text=True, **options) as client:
             link, _ = listener.accept()
             with link:
+                link.settimeout(PATIENCE)
                 script(Modem(types, link))
             output, errors = client.communicate()
     return subprocess.CompletedProcess(command, client.returncode, output, errors)
