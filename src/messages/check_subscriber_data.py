@@ -11,21 +11,20 @@ import sys
 from google.protobuf import descriptor_pb2
 
 FieldProto = descriptor_pb2.FieldDescriptorProto
-NAMES_NO_ONE = {FieldProto.TYPE_BOOL, FieldProto.TYPE_ENUM}
-# A masked string is as long as before and a masked int32 is 0; nothing masks another type.
-MASKABLE = {FieldProto.TYPE_STRING, FieldProto.TYPE_INT32}
+# Flags and codes name no one; the fields of a message are decided one by one.
+NOT_DECIDED = {FieldProto.TYPE_BOOL, FieldProto.TYPE_ENUM, FieldProto.TYPE_MESSAGE}
 
 
-def fields_to_decide(descriptor_set: str) -> dict[str, int]:
-    """The type of every field that can hold subscriber data itself, by message.field."""
+def fields_to_decide(descriptor_set: str) -> set[str]:
+    """Every field that can hold subscriber data itself, as message.field."""
     with open(descriptor_set, "rb") as stream:
         files = descriptor_pb2.FileDescriptorSet.FromString(stream.read()).file
     return {
-        f"{file.package}.{message.name}.{field.name}".lstrip("."): field.type
+        f"{file.package}.{message.name}.{field.name}".lstrip(".")
         for file in files
         for message in file.message_type
         for field in message.field
-        if field.type not in NAMES_NO_ONE | {FieldProto.TYPE_MESSAGE}
+        if field.type not in NOT_DECIDED
     }
 
 
@@ -44,8 +43,6 @@ def main() -> None:
         faults += [f"{name}: no string or integer field ({path})" for name in names
                    if name not in fields]
         faults += [f"{name}: twice in {path}" for name in set(names) if names.count(name) > 1]
-    faults += [f"{name}: of a type that cannot be masked" for name in masked
-               if name in fields and fields[name] not in MASKABLE]
     if faults:
         sys.exit("decide in proto/virtual_modem/ what is subscriber data:\n  "
                  + "\n  ".join(sorted(faults)))
