@@ -32,8 +32,8 @@ function(virtual_modem_tune_shared_library target)
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
   # No second hash table of symbols in the old form, which clang would add (size -2 %).
   target_link_options(${target} PRIVATE LINKER:--hash-style=gnu)
-  # The compiler may take it that nobody replaces a function of the library (time -6 %). Only in
-  # builds that are shipped; sanitizers and debuggers see the code as written.
+  # The compiler may assume no function is interposed (time -6 %). Only in builds that are shipped;
+  # sanitizers and debuggers see the code as written.
   target_compile_options(${target} PRIVATE
     $<$<CONFIG:Release,MinSizeRel>:-fno-semantic-interposition>)
   # Relocations that only add the load address take a bit each, not 24 bytes (size -3 %). A cross

@@ -41,7 +41,7 @@ FILE_MESSAGE, FILE_ENUM, FILE_SYNTAX = 4, 5, 12
 MESSAGE_FIELD, ENUM_VALUE = 2, 2
 
 SECTION_RULE = re.compile(r"^ ?-{3,} (?P<title>.+?) -{3,}$")
-KIND = re.compile(r"(?:^|[.;] )(Request|Response|Indication|Record)\b")
+KIND = re.compile(r"\s*(Request|Response|Indication|Record)\b")
 
 
 class MissingComments(Exception):
@@ -80,8 +80,8 @@ class Message:
 
     @property
     def kind(self):
-        """Request, response, indication or record; None when the comment names no kind."""
-        match = KIND.search(" ".join(self.comment.split()))
+        """Request, response, indication or record: the first word of the comment, else None."""
+        match = KIND.match(self.comment)
         return match[1].lower() if match else None
 
 

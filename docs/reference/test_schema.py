@@ -29,7 +29,7 @@ enum Kind {
 
 // ---- Messages ----
 
-// Something held. Record carried by Ask.
+// Record of something held, carried by Ask. Request is no kind here.
 message Held {
   required float level = 1;  // Level.
 }

@@ -8,7 +8,7 @@
   data_share: 11 messages, 0 enumerations
   $ inspect describe 11002
   LastCallFailCause: CAUSE_VIRTUAL_MODEM_CALL_CAPABILITY_UNAVALIBLE = 11002  on the wire fa55
-        Virtual modem: the remote device cannot carry calls. The spelling is part of the contract.
+        Virtual modem: the call is refused because the remote device cannot carry calls. The spelling is part of the contract.
   $ inspect describe 0xF001
   LastCallFailCause: OEM_CAUSE_1 = 61441  on the wire 81e003
         Platform-specific cause 1 (0xF001).
@@ -19,7 +19,7 @@
         The card is busy; retry later.
   $ inspect describe Hangup
   message Hangup  (unit radio)
-    Request to end one call. Sent by the telephony side.
+    Request to end one call. Sent by the telephony side. Its response is agreed between the sides.
     Same bytes as IntParmRequest.
     Same bytes as ImsCallRatIndicationInd.
     Same bytes as ImsRegistrationInfoInd.

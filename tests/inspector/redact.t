@@ -23,46 +23,6 @@ Masked are strings and numbers, at any depth; left out is what nobody knows:
   # callinfotype: declared as enum, came as length-delimited; kept as unknown field 2 (byte 7)
   # callinfotype: declared as enum, came as length-delimited; kept as unknown field 2 (byte 10)
 
-Strings that are not subscriber data. Whoever adds a string field decides: here, or in the list.
-
-  $ /usr/bin/python3 - <<'PYTHON'
-  > import os
-  > from google.protobuf import descriptor_pb2
-  > data = os.environ["BUILD"] + "/share/virtual-modem-protos/"
-  > files = descriptor_pb2.FileDescriptorSet.FromString(
-  >     open(data + "virtual-modem-protos.binpb", "rb").read())
-  > listed = {line.strip() for line in open(data + "subscriber_data.txt")}
-  > for file in files.file:
-  >     for message in file.message_type:
-  >         name = ".".join(filter(None, (file.package, message.name)))
-  >         for field in message.field:
-  >             if field.type == field.TYPE_STRING and f"{name}.{field.name}" not in listed:
-  >                 print(f"{name}.{field.name}")
-  > PYTHON
-  Version.versionname
-  EmergencyDial.urns
-  EmergencyNumber.number
-  EmergencyNumber.mcc
-  EmergencyNumber.mnc
-  EmergencyNumber.urns
-  AppStatus.aid
-  AppStatus.applabel
-  V1_2_CardStatus.atr
-  RadioSimIccIoRequest.path
-  RadioSimIccIoRequest.aid
-  CellIdentityOperatorNames.alphalong
-  CellIdentityOperatorNames.alphashort
-  OperatorResponse.alphalong
-  OperatorResponse.alphashort
-  OperatorResponse.numeric
-  RegistrationResponse.registeredplmn
-  XuiIndication.broadcastflag
-  ImsIncomingCallIndication.callid
-  ImsIncomingCallIndication.type
-  ImsIncomingCallIndication.callmode
-  ImsIncomingCallIndication.seqno
-  EconfResultIndication.joinedcallid
-
 Without the list there is no masking by mistake, and an entry that names no field is an error:
 
   $ mkdir data && cp "$BUILD"/share/virtual-modem-protos/*.binpb data

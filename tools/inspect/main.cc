@@ -1,5 +1,4 @@
-// virtual-modem-inspect: the command line. What it says in --help is all that the manual page and
-// the completion know of options, so keep the three together.
+// virtual-modem-inspect: the command line. Keep --help, the manual page and the completion in sync.
 #include <google/protobuf/stubs/logging.h>
 
 #include <CLI/CLI.hpp>
@@ -109,7 +108,7 @@ class CommandLine {
     command->add_flag("--json", decode_.json, "JSON; findings go to standard error");
     command->add_flag("--redact", decode_.redact, "Mask subscriber data");
     command->add_flag("--delimited", decode_.delimited,
-                      "The input is a stream: messages, each behind its length as a varint");
+                      "The input is a stream: messages, each preceded by its length as a varint");
   }
 
   void AddEncode() {

@@ -6,7 +6,9 @@
 
 namespace virtual_modem::exchange {
 
-inline constexpr int kMaxCalls = 7;         // TS 22.083: one active, one held, five in a conference
+// One active and one held (TS 22.083), one of them a multiparty call of up to five (TS 22.084), and
+// one that waits.
+inline constexpr int kMaxCalls = 7;
 inline constexpr int kUnknownNumber = 129;  // type of address, TS 24.008 10.5.4.7
 inline constexpr int kInternationalNumber = 145;
 

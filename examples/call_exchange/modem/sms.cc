@@ -19,7 +19,9 @@ void Modem::operator()(const SendGSMSms& request) {
   endpoint_.Send(FillResult(Answer<SendGsmSmsResponse>(request.serial()), ++sms_reference_));
 }
 
-// The party reached over CDMA answers at once: its message comes in from the same address.
+// That the response of the format answers an ImsSmsMessage is agreed between this example's sides;
+// the schema leaves it open. The party reached over CDMA replies at once: its message comes in from
+// the same address.
 void Modem::operator()(const ImsSmsMessage& request) {
   if (request.tech() == THREE_GPP) {
     if (!request.has_gsmmessage()) return Decline(request, RADIO_E_INVALID_SMS_FORMAT);

@@ -1,0 +1,128 @@
+#!/usr/bin/python3
+"""The client of docs/integration.md against its modem, and the page against the client.
+
+Usage: integration_test.py DESCRIPTOR_SET CLIENT
+"""
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "examples"))
+import integration_modem as modem  # pylint: disable=wrong-import-position
+
+DESCRIPTOR_SET, CLIENT = sys.argv[1:]
+NUMBER = "+861012345678"
+
+
+def run(*arguments, script=modem.play):
+    return modem.run(DESCRIPTOR_SET, [CLIENT, *arguments], script,
+                     stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+class Call(unittest.TestCase):
+    """The modem's whole play; it takes as long as the client waits for a response."""
+
+    @classmethod
+    def setUpClass(cls):
+        with tempfile.TemporaryDirectory() as scratch:
+            path = pathlib.Path(scratch, "call.pcap")
+            cls.done = run(NUMBER, path)
+            cls.capture = path.read_bytes()
+
+    def test_page_shows_the_client_and_its_output(self):
+        self.assertEqual((self.done.returncode, self.done.stderr), (0, ""))
+        self.assertIn("     lacks causecode\n     lacks vendorcause\n     not usable as the response\n",
+                      self.done.stdout)
+        page = (ROOT / "docs/integration.md").read_text(encoding="utf-8")
+        client = (ROOT / "examples/integration_client.cc").read_text(encoding="utf-8")
+        for language, source in (("cpp", client), ("text", self.done.stdout)):
+            blocks = re.findall(f"```{language}\n(.*?)```", page, re.DOTALL)
+            self.assertTrue(blocks)
+            for block in blocks:
+                self.assertIn(block, source)
+
+    def test_capture_holds_every_message_masked(self):
+        at, types = 24, []
+        while at < len(self.capture):
+            size = struct.unpack_from("<I", self.capture, at + 8)[0]
+            frame = self.capture[at + 16 + 28:at + 16 + size]  # behind the IPv4 and UDP headers
+            types.append(frame[8:8 + frame[3]].decode())
+            at += 16 + size
+        for unread in ("AddedLater", "RadioCallRing"):  # recorded, though the log has no line
+            types.remove(unread)
+        self.assertEqual(types, re.findall(r"^(?:->|<-) (\w+)", self.done.stdout, re.MULTILINE))
+        for trace in (self.capture, self.done.stdout.encode()):
+            self.assertNotIn(NUMBER[1:].encode(), trace)
+
+
+class Client(unittest.TestCase):
+    def test_serials_wrap_to_one(self):
+        def two_requests(link):
+            link.receive("Dial")
+            link.send("NoResultIndication", modem.CALL_STATE_CHANGED)
+            serial = link.receive("NoParmRequest", modem.CURRENT_CALLS).serial
+            link.send("GetCurrentCallsResponse", serial=serial, error=1)
+        done = run(NUMBER, "/dev/null", str(2**31 - 1), script=two_requests)
+        self.assertEqual(re.findall(r"^-> .*serial: (-?\d+)", done.stdout, re.MULTILINE),
+                         [str(2**31 - 1), "1"])
+
+    def test_a_failure_is_not_an_empty_list(self):
+        def refuse_list(link):
+            link.send("NoResultResponse", serial=link.receive("Dial").serial, error=0)
+            link.send("NoResultIndication", modem.CALL_STATE_CHANGED)
+            serial = link.receive("NoParmRequest", modem.CURRENT_CALLS).serial
+            link.send("GetCurrentCallsResponse", serial=serial, error=1)
+        self.assertIn("== the state of the call is not known", run(NUMBER, script=refuse_list).stdout)
+
+    def test_a_response_of_another_type_is_not_believed(self):
+        def mix_up(link):
+            link.send("LastCallFailureCauseResponse", serial=link.receive("Dial").serial, error=0,
+                      causecode=16, vendorcause="")
+            serial = link.receive("NoParmRequest", modem.CURRENT_CALLS).serial
+            link.send("GetCurrentCallsResponse", serial=serial, error=1)
+        self.assertIn("     not usable as the response\n", run(NUMBER, script=mix_up).stdout)
+
+    def test_lost_connection_ends_with_an_error(self):
+        def nothing(link):
+            link.receive("Dial")
+        def no_frame(link):
+            link.receive("Dial")
+            link.link.send(b"no frame")
+        def byte_behind(link):
+            link.receive("Dial")
+            link.link.send(b"VM\0\4\0\0\0\0Dial" + b"x")
+        def too_large(link):  # as much as the client reads at once would do for a frame
+            link.receive("Dial")
+            link.link.send(b"VM\0\xff\0\0\x80\0" + bytes(255 + 32768 + 1))
+        for script, why in ((nothing, "the modem closed it"), (no_frame, "a packet is no frame"),
+                            (byte_behind, "a packet is no frame"),
+                            (too_large, "a packet is no frame")):
+            with self.subTest(script=script):
+                done = run(NUMBER, script=script)
+                self.assertEqual(done.returncode, 1)
+                self.assertEqual(done.stderr, f"integration_client: the connection ends: {why}\n")
+                self.assertIn("request 1 is lost", done.stdout)
+
+    def test_bad_input(self):
+        for arguments, status, why in [
+                (["socket"], 2, "usage: "),
+                (["socket", NUMBER, "/dev/null", "0"], 2, "usage: "),
+                (["socket", NUMBER, "/dev/null", "1x"], 2, "usage: "),
+                (["/nowhere", NUMBER], 1, "/nowhere: No such file or directory"),
+                (["/" * 200, NUMBER], 1, "File name too long"),
+                (["socket", NUMBER, "/nowhere/file"], 1, "/nowhere/file"),
+        ]:
+            with self.subTest(arguments):
+                done = subprocess.run([CLIENT, *arguments], capture_output=True, text=True,
+                                      check=False)
+                self.assertEqual(done.returncode, status)
+                self.assertIn(why, done.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
