@@ -2,15 +2,24 @@
 # off in a project that takes this one as a part of itself.
 set(virtual_modem_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VirtualModemProtos)
 
-# Installs a shared library, in a component of its own, with its file set HEADERS, and exports it in
-# the CMake package.
+# Installs a shared library as part of a component, with its public headers, and exports it in the CMake
+# package.
 function(virtual_modem_install_library target component)
-  if(VIRTUAL_MODEM_INSTALL)
-    install(TARGETS ${target} EXPORT VirtualModemProtosTargets
-      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        COMPONENT ${component} NAMELINK_COMPONENT development
-      FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  if(NOT VIRTUAL_MODEM_INSTALL)
+    return()
   endif()
+  get_target_property(header_sets ${target} INTERFACE_HEADER_SETS)
+  set(headers "")
+  foreach(header_set IN LISTS header_sets)
+    if(header_set)
+      list(APPEND headers FILE_SET ${header_set}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+    endif()
+  endforeach()
+  install(TARGETS ${target} EXPORT VirtualModemProtosTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      COMPONENT ${component} NAMELINK_COMPONENT development
+    ${headers})
 endfunction()
 
 # Installs cmake/NAME.pc.in. It is relocatable as far as the folders are: an absolute

