@@ -35,7 +35,7 @@ class Printer {
 };
 #else
 struct Printer {
-  static std::string Print(const google::protobuf::MessageLite& message) {
+  std::string Print(const google::protobuf::MessageLite& message) const {
     return ToText(message, {true, true, 0});
   }
 };

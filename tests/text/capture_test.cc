@@ -256,6 +256,7 @@ TEST_F(Capture, EndsWithAWholeRecordWhenTheDiskIsFull) {
 TEST_F(Capture, TakesMessagesFromSeveralThreads) {
   ASSERT_TRUE(writer_.Open(path_, {true, 0, false}));
   std::vector<std::thread> threads;
+  threads.reserve(8);
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([this, thread] {
       Dial dial = dial_;

@@ -232,6 +232,7 @@ TEST(MissingFields, AreNamedInTheOrderOfTheSchema) {
 TEST(Text, IsSafeToMakeFromSeveralThreads) {
   const Dial dial = MakeDial();
   std::vector<std::thread> threads;
+  threads.reserve(8);
   std::vector<std::string> texts(8);
   for (std::string& text : texts) {
     threads.emplace_back([&] {
