@@ -35,6 +35,9 @@ struct TextOptions {
 // holds no unknown field and was not cut. Masked text can be parsed as well. The message may lack
 // required fields. A message of another library has no text but a comment that says so.
 //
+// A parse that failed may leave half an unknown field in the message: there ends what this and the
+// functions below read of it.
+//
 // Linear in the size of the message: about 100 ns for a Dial. It takes no memory but the text's,
 // and 8 KiB of stack.
 std::string ToText(const google::protobuf::MessageLite& message, const TextOptions& options = {});

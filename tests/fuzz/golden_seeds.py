@@ -3,8 +3,8 @@
 
 Usage: golden_seeds.py MESSAGE_LIST SEEDS
 
-Writes SEEDS/message_fuzzer, SEEDS/frame_fuzzer and SEEDS/inspector_fuzzer; the sources of these
-targets say how their inputs look.
+Writes SEEDS/message_fuzzer, SEEDS/text_fuzzer, SEEDS/frame_fuzzer and SEEDS/inspector_fuzzer; the
+sources of these targets say how their inputs look.
 """
 import pathlib
 import re
@@ -15,6 +15,7 @@ sys.path.insert(0, str(GOLDEN))
 import samples  # noqa: E402
 
 CHUNK = 63  # bytes per chunk of a stream; any
+TEXT = b"\xc0"  # masked, on lines, cut in the middle
 DECODE, ENCODE = b"\x04", b"\x01"  # the inspector's commands, without options
 
 
@@ -27,6 +28,7 @@ def main() -> None:
             index = bytes([names.index(name)])
             file = f"golden-{name}-{sample.kind}"
             (seeds / "message_fuzzer" / file).write_bytes(index + bytes([CHUNK]) + data)
+            (seeds / "text_fuzzer" / file).write_bytes(index + TEXT + data)
             header = b"VM\0" + bytes([len(name)]) + len(data).to_bytes(4, "big")
             (seeds / "inspector_fuzzer" / file).write_bytes(index + DECODE + data)
             text = sample.text.encode("ascii")

@@ -1,5 +1,6 @@
-// A mutator that knows the schema: edits an input of message_fuzzer.cc field by field, so that most
-// of what it makes still parses. Linked into the structured variant of the target.
+// A mutator that knows the schema: edits an input of message_fuzzer.cc or text_fuzzer.cc field by
+// field, so that most of what it makes still parses. Linked into the structured variant of the
+// former.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -160,6 +161,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
   virtual_modem::testing::Mutator mutator(seed);
   // Plain mutations find what a field-wise editor cannot make.
   if (size < 2 || mutator.Below(4) == 0) return LLVMFuzzerMutate(data, size, max_size);
+  if (mutator.Below(16) == 0) data[1] = static_cast<std::uint8_t>(mutator.Below(256));
   if (mutator.Below(16) == 0) data[0] = static_cast<std::uint8_t>(mutator.Below(256));
   const auto& types = virtual_modem::testing::AllMessageTypes();
   const auto& schema = virtual_modem::testing::SchemaOf(types[data[0] % types.size()].name);

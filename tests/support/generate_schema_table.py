@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Writes schema_table.inc, the schema as rows of C++ data, from the descriptor set.
 
-Usage: generate_schema_table.py DESCRIPTOR_SET OUTPUT
+Usage: generate_schema_table.py DESCRIPTOR_SET SUBSCRIBER_DATA OUTPUT
 
-FIELD(message, number, name, label, kind, type): one per field, in number order.
+FIELD(message, number, name, label, kind, type, subscriber_data): one per field, in number order.
 VALUE(enum, name, number): one per value, in number order.
 The full runtime reads the descriptor set here, in a process of its own, so that the tests hold the
 library to something that was not made by the same generator.
@@ -29,10 +29,12 @@ KINDS = {
 
 
 def main() -> None:
-    source, target = sys.argv[1:]
+    source, subscriber_data, target = sys.argv[1:]
     files = FileDescriptorSet()
     with open(source, "rb") as stream:
         files.ParseFromString(stream.read())
+    with open(subscriber_data, encoding="ascii") as stream:
+        masked = {line.strip() for line in stream if "." in line and not line.startswith("#")}
 
     rows = []
     for file in files.file:
@@ -41,7 +43,8 @@ def main() -> None:
             for f in sorted(message.field, key=lambda f: f.number):
                 assert not f.options.packed, f"{message.name}.{f.name}: packed fields have no test"
                 rows.append(f'FIELD("{prefix}{message.name}", {f.number}, "{f.name}", '
-                            f'{LABELS[f.label]}, {KINDS[f.type]}, "{f.type_name.lstrip(".")}")')
+                            f'{LABELS[f.label]}, {KINDS[f.type]}, "{f.type_name.lstrip(".")}", '
+                            f'{str(f"{prefix}{message.name}.{f.name}" in masked).lower()})')
         for enum in file.enum_type:
             rows += [f'VALUE("{prefix}{enum.name}", "{v.name}", {v.number})'
                      for v in sorted(enum.value, key=lambda v: v.number)]

@@ -16,8 +16,8 @@ struct ValueRow {
   EnumValue value;
 };
 
-#define FIELD(message, number, name, label, kind, type) \
-  {message, {number, name, Label::label, Kind::kind, type}},
+#define FIELD(message, number, name, label, kind, type, subscriber_data) \
+  {message, {number, name, Label::label, Kind::kind, type, subscriber_data}},
 #define VALUE(enumeration, name, number)
 constexpr FieldRow kFields[] = {
 #include "schema_table.inc"
@@ -25,7 +25,7 @@ constexpr FieldRow kFields[] = {
 #undef FIELD
 #undef VALUE
 
-#define FIELD(message, number, name, label, kind, type)
+#define FIELD(message, number, name, label, kind, type, subscriber_data)
 #define VALUE(enumeration, name, number) {enumeration, {name, number}},
 constexpr ValueRow kValues[] = {
 #include "schema_table.inc"

@@ -17,6 +17,7 @@ struct FieldSchema {
   Label label;
   Kind kind;
   std::string_view type;  // full name of the message or enumeration, else empty
+  bool subscriber_data;   // listed in subscriber_data.txt
 };
 
 struct MessageSchema {
