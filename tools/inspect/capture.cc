@@ -206,7 +206,7 @@ bool CaptureReader::Next(Record& record) {
 
 std::string CaptureReader::PassedOver() const {
   if (foreign_ == 0) return "";
-  return std::to_string(foreign_) + " packets that are not between the ports of the messages";
+  return "packets between other ports: " + std::to_string(foreign_);
 }
 
 CaptureWriter::CaptureWriter(std::FILE* file, std::string name)

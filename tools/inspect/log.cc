@@ -186,7 +186,7 @@ class Log {
   }
 
   void ShowJson(const Record& record, const Glance& glance) {
-    out_.Append("{\"time\":\"").Append(Clock::Utc(record)).Append("\",\"direction\":\"");
+    out_.Append("{\"time\":").Append(JsonTime(Clock::Utc(record))).Append(",\"direction\":\"");
     out_.Append(record.direction == Direction::kToModem ? "to modem" : "to telephony").Append("\"");
     if (!record.name.empty()) out_.Append(",\"type\":\"").Append(record.name).Append("\"");
     if (record.type != nullptr) {
@@ -235,11 +235,16 @@ class Log {
   }
 
   void ShowPair(PairKind kind, const Half* request, const Half* response) {
-    const Half& first = request != nullptr ? *request : *response;
-    if (!first.wanted && (response == nullptr || !response->wanted)) return;
+    const bool by_response = request == nullptr || kind == PairKind::kAnsweredAgain;
+    const Half& first = by_response ? *response : *request;
+    if (!(request != nullptr && request->wanted) && (response == nullptr || !response->wanted))
+      return;
     ++pairs_.at(static_cast<std::size_t>(kind));
-    const std::int64_t latency = kind == PairKind::kAnswered ? response->time - request->time : 0;
-    if (kind == PairKind::kAnswered) {
+    const bool timed =
+        kind == PairKind::kAnswered && request->time != kNoTime && response->time != kNoTime;
+    const std::int64_t latency = timed ? response->time - request->time : 0;
+    if (timed) {
+      ++timed_;
       latency_sum_ += latency;
       longest_ = std::max(longest_, latency);
     }
@@ -247,7 +252,7 @@ class Log {
                                                    "no request"};
     const char* problem = kProblems.at(static_cast<std::size_t>(kind));
     if (options_.json) {
-      out_.Append("{\"time\":\"").Append(first.time_text).Append("\",\"serial\":");
+      out_.Append("{\"time\":").Append(JsonTime(first.time_text)).Append(",\"serial\":");
       out_.Append(first.serial);
       if (request != nullptr) out_.Append(",\"request\":\"").Append(request->type).Append("\"");
       if (response != nullptr) {
@@ -255,9 +260,9 @@ class Log {
         if (!response->error.empty())
           out_.Append(",\"error\":\"").Append(response->error).Append("\"");
       }
-      if (kind == PairKind::kAnswered) {
+      if (timed) {
         out_.Append(",\"latency_ms\":").Append(Milliseconds(latency));
-      } else {
+      } else if (kind != PairKind::kAnswered) {
         out_.Append(",\"problem\":\"").Append(problem).Append("\"");
       }
       out_.Append("}\n");
@@ -269,11 +274,9 @@ class Log {
       out_.Append(response->type);
       if (!response->error.empty()) out_.Append(" ").Append(response->error);
     }
-    if (kind == PairKind::kAnswered) {
-      out_.Append(" after ").Append(Milliseconds(latency)).Append(" ms\n");
-    } else {
-      out_.Append(": ").Append(problem).Append("\n");
-    }
+    if (timed) out_.Append(" after ").Append(Milliseconds(latency)).Append(" ms");
+    if (kind != PairKind::kAnswered) out_.Append(": ").Append(problem);
+    out_.Append("\n");
   }
 
   void ShowTotals() {
@@ -302,6 +305,10 @@ class Log {
     out_.Append("  ").Append(type).Append(error.empty() ? "" : "  ").Append(error).Append("\n");
   }
 
+  static std::string JsonTime(const std::string& text) {
+    return text == "-" ? "null" : "\"" + text + "\"";
+  }
+
   static std::string Milliseconds(std::int64_t nanoseconds) {
     std::string text = nanoseconds < 0 ? "-" : "";
     const std::int64_t microseconds = (nanoseconds < 0 ? -nanoseconds : nanoseconds) / 1000;
@@ -321,6 +328,7 @@ class Log {
   Pairing pairing_;
   std::map<std::pair<std::string, std::string>, std::int64_t> counts_;
   std::array<std::int64_t, static_cast<std::size_t>(PairKind::kKinds)> pairs_{};
+  std::int64_t timed_ = 0;  // pairs whose latency is known
   std::int64_t latency_sum_ = 0;
   std::int64_t longest_ = 0;
   std::int64_t messages_ = 0;
@@ -352,7 +360,7 @@ Status LogCommand(Schema& schema, const LogOptions& options) {
   const std::string passed_over = traffic->PassedOver();
   if (log.messages() == 0) {
     throw Error(stream.name() + ": no message in it" +
-                (passed_over.empty() ? "" : ", but " + passed_over));
+                (passed_over.empty() ? "" : "; " + passed_over));
   }
   if (!passed_over.empty()) Note(stream.name() + ": passed over " + passed_over);
   return kOk;

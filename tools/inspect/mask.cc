@@ -52,8 +52,8 @@ Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& 
   const std::string left_out = reader.PassedOver();
   if (!left_out.empty()) Note(stream.name() + ": left out " + left_out);
   if (emptied != 0) {
-    Note(stream.name() + ": left out the bytes of " + std::to_string(emptied) +
-         " frames whose type the schema does not have");
+    Note(stream.name() + ": left out the bytes of frames whose type the schema does not have: " +
+         std::to_string(emptied));
   }
   return kOk;
 }

@@ -17,6 +17,8 @@ namespace {
 
 constexpr std::size_t kShortestRun = 4;  // bytes: clock times and process numbers are shorter
 
+constexpr std::size_t kShortestRow = 6;  // the same for a row of groups of several bytes
+
 bool IsWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
@@ -140,6 +142,7 @@ std::string ParseString(std::string_view text, std::string& note) {
     std::string_view rest = Trim(text);
     const std::size_t begin = std::min(rest.find('\\'), rest.size());
     rest.remove_prefix(begin);
+    if (rest.empty()) throw Error("no string with escapes");
     while (!rest.empty()) {
       if (!TakeCharacter(rest, bytes)) RefuseEscape();
     }
@@ -247,6 +250,7 @@ Run TakeGroup(std::string_view line, std::size_t at) {
 Run TakeRun(std::string_view line, std::size_t at) {
   Run run = TakeGroup(line, at);
   if (run.end == 0 || run.digits % 2 != 0) return run;
+  const Run first = run;
   const std::size_t group_digits = run.digits;
   std::size_t last_digits = group_digits;
   char separator = '\0';
@@ -270,7 +274,9 @@ Run TakeRun(std::string_view line, std::size_t at) {
     run.digits += group.digits;
     last_digits = group.digits;
   }
-  return run;
+  // A few wider groups may be any numbers.
+  const bool bytes = group_digits == 2 || run.digits >= 2 * kShortestRow;
+  return bytes ? run : first;
 }
 
 // The first line with a run of hex; other lines must have none.

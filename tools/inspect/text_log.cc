@@ -31,8 +31,8 @@ int TwoDigits(std::string_view text) { return (text[0] - '0') * 10 + (text[1] - 
 
 // The first time of day in the line, with the date before it if there is one.
 void FindTime(std::string_view line, Record& record) {
-  record.time = 0;
-  record.time_text = {};
+  record.time = kNoTime;
+  record.time_text = "-";
   for (std::size_t at = 0; at < line.size(); ++at) {
     if (!Looks(line.substr(at), "00:00:00") || (at > 0 && IsDigit(line[at - 1]))) continue;
     std::size_t end = at + 8;
@@ -209,7 +209,7 @@ bool TextLogReader::ReadText(const TypeInfo& type, std::string_view text, Record
 
 std::string TextLogReader::PassedOver() const {
   if (other_lines_ == 0) return "";
-  return std::to_string(other_lines_) + " lines without the type and the content of a message";
+  return "lines without the type and the content of a message: " + std::to_string(other_lines_);
 }
 
 }  // namespace virtual_modem::inspect

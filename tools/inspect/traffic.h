@@ -13,11 +13,13 @@ namespace virtual_modem::inspect {
 
 enum class Direction : std::uint8_t { kToModem, kToTelephony };
 
+constexpr std::int64_t kNoTime = -1;
+
 // One message. What it refers to is valid until the next one is read.
 struct Record {
   std::int64_t number = 0;     // of the packet or line, from 1
-  std::int64_t time = 0;       // nanoseconds since 1970, or since some midnight; see time_text
-  std::string_view time_text;  // as a log writes it, empty in captures
+  std::int64_t time = 0;       // nanoseconds since 1970, in logs without a date since midnight
+  std::string_view time_text;  // as a log writes it, "-" when it does not; empty in captures
   Direction direction = Direction::kToModem;
   unsigned operation = 0;  // of the frame, 0 in logs
   std::string_view name;   // of the type; not to be trusted when type is null
@@ -31,7 +33,7 @@ class Traffic {
   virtual ~Traffic() = default;
   // False at the end. Throws Error.
   virtual bool Next(Record& record) = 0;
-  // What was passed over, such as "3 packets", with the reason; empty for nothing.
+  // What was passed over, and how much of it; empty for nothing.
   virtual std::string PassedOver() const = 0;
 };
 
