@@ -92,14 +92,14 @@ Who answered whom, and how often what came:
   09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 250.000 ms
   09-09 01:47:41.000000 #2 NoParmRequest > GetCurrentCallsResponse RADIO_E_SUCCESS after 1.000 ms
   09-09 01:47:43.000000 #9 NoResultResponse RADIO_E_SIM_BUSY: no request
-  09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
+  09-09 01:47:44.000000 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
   09-09 01:47:45.000000 #7 GetVoiceRadioTechResponse RADIO_E_SUCCESS: no request
   09-09 01:47:42.000000 #3 Hangup: no response
   09-09 01:47:49.000000 #4 Dial: no response
   # 2 answered after 125.500 ms on average, 250.000 ms at most; 2 not answered, 1 answered again, 2 responses without a request
   $ inspect log --pairs --type Hangup --type Dial log.pcap 2>/dev/null
   09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 250.000 ms
-  09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
+  09-09 01:47:44.000000 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
   09-09 01:47:42.000000 #3 Hangup: no response
   09-09 01:47:49.000000 #4 Dial: no response
   # 1 answered after 250.000 ms on average, 250.000 ms at most; 2 not answered, 1 answered again, 0 responses without a request

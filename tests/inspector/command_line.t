@@ -92,24 +92,7 @@ The manual page knows every option:
   >   inspect $command --help | grep -o -e '--[a-z-]*' | sort -u >"options.$command"
   >   sed 's/^-/Fl /' "options.$command" | grep -vxFf <(grep -o 'Fl -[a-z-]*' "$SOURCE/tools/virtual-modem-inspect.1")
   > done
-  Fl -hex
-  Fl -trust-type
-  Fl -count
-  Fl -follow
-  Fl -grep
-  Fl -incomplete
-  Fl -kind
-  Fl -pairs
-  Fl -serial
-  Fl -type
-  Fl -unit
-  Fl -unknown
-  Fl -trust-type
-  Fl -type
-  Fl -capture
-  Fl -skeleton
-  Fl -hex
-  Fl -trust-type
+  [1]
 
 Completion:
 

@@ -15,7 +15,7 @@
   virtual-modem-inspect: secret.pcap: left out the bytes of frames whose type the schema does not have: 2
   $ inspect log masked.pcap
   09-09 01:46:40.000001 > Dial #1 14 B platformtype: UNKNOW serial: 1 address: "XXXXXX" clir: CLIR_DEFAULT
-  09-09 01:46:41.000000 < CellIndentityLte - 10 B ci: 0 pci: 301 tac: 0 earfcn: 1850
+  09-09 01:46:41.000000 < CellIndentityLte - 9 B ci: 0 pci: 0 tac: 0 earfcn: 1850
   09-09 01:46:42.000000 < EmergencyNumber - 10 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # missing required number; missing required mcc; missing required sources
   09-09 01:46:43.000000 > Nonesuch - 0 B  # the schema has no such type
   09-09 01:46:46.000000 < IccCardStatusResponse #7 27 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS cardstatus { base { cardstate: CARD_PRESENT universalpinstate: PIN_UNKNOWN gsmumtssubscriptionappindex: 0 cdmasubscriptionappindex: -1 } } # missing required cardstatus.base.imssubscriptionappindex; missing required cardstatus.physicalslotid; missing required cardstatus.atr; missing required cardstatus.iccid

@@ -31,4 +31,4 @@
   virtual-modem-inspect: standard input: no message in it; lines without the type and the content of a message: 1
   [1]
   $ printf 'Hangup 0800102a1801' | inspect log --json
-  {"time":"-","direction":"to modem","type":"Hangup","unit":"radio","kind":"request","serial":42,"size":6,"message":{"platformtype":"UNKNOW","serial":42,"gsmindex":1}}
+  {"time":null,"direction":"to modem","type":"Hangup","unit":"radio","kind":"request","serial":42,"size":6,"message":{"platformtype":"UNKNOW","serial":42,"gsmindex":1}}
