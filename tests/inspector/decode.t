@@ -119,3 +119,51 @@ What cannot be:
   # malformed at byte 1 in platformtype: 4 bytes announced, 1 left before the end of the input
   # malformed at byte 0: a tag is longer than 5 bytes
   # malformed at byte 1 in address: a length is over 2 GiB
+
+Negative numbers take ten bytes; those of an enumeration and of a list too:
+
+  $ echo 'serial: -2' | inspect encode --partial --to hex Hangup 2>/dev/null
+  10feffffffffffffffff01
+  $ echo '0801 10feffffffffffffffff01 18ffffffff0f' | inspect decode Hangup
+  platformtype: QCOM
+  serial: -2
+  gsmindex: -1
+
+Of many findings the first hundred are told, all are counted, and the last one never gets lost:
+
+  $ (printf '08011001180148%.0s01' 1; printf '4801%.0s' {2..99}) | inspect decode Hangup | tail -n 1
+  # unknown field 9 at byte 202, varint, 2 bytes with its tag
+  $ (printf '080110011801'; printf '4801%.0s' {1..101}; printf 10) | inspect decode Hangup 2>&1 | tail -n 3
+  # malformed at byte 209 in serial: the input ends inside a varint
+  # only the first 100 findings are shown
+  virtual-modem-inspect: standard input: not a valid Hangup (malformed, unknown fields: 101)
+
+The limits of a receiver are those of the inspector:
+
+  $ groups() { printf '080110011801'; printf '4b%.0s' $(seq $1); printf '4c%.0s' $(seq $1); }
+  $ groups 100 | inspect decode Hangup | tail -n 1
+  # unknown field 9 at byte 6, group, 200 bytes with its tag
+  $ groups 101 | inspect decode Hangup 2>&1 | tail -n 1
+  virtual-modem-inspect: standard input: not a valid Hangup (malformed)
+
+Fields out of order, twice and packed are printed as a receiver has them:
+
+  $ echo '1801 1002 0800 1803 20 00' | inspect decode Hangup
+  platformtype: UNKNOW
+  serial: 2
+  gsmindex: 3
+  4: 0
+  # unknown field 4 at byte 8, varint, 2 bytes with its tag
+  $ echo '0801 1801 2a03 010203 2801 2001 1001' | inspect decode --json --redact CdmaSmsAddress 2>&1
+  {
+   "digitmode": "DIGIT_MODE_EIGHT_BIT",
+   "isnumbermodedatanetwork": true,
+   "numbertype": "NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP",
+   "numberplan": "NUMBER_PLAN_TELEPHONY",
+   "digits": [
+    0,
+    0,
+    0,
+    0
+   ]
+  }

@@ -52,10 +52,44 @@
     optional string joinedcallid = 6  tag 32
         Identifier of the call that joined the conference, as text; "-1" when none. While absent it reads as "-1" and is not serialized; clearing it brings "-1" back.
 
+In the words of a log, and as bytes of the wire:
+
+  $ for what in 'LastCallFailCause 17' Dial.clir=2 0x2af9 fa55 'fa 55' 'cause 17' 'error: RADIO_E_SIM_BUSY' serial=4 'clir 1' RADIO_NOT_REGISTERED; do
+  >   inspect describe $what | head -n 6
+  > done
+  LastCallFailCause: BUSY = 17  on the wire 11
+        Q.850 17: the called party is busy.
+  Clir: CLIR_SUPPRESSION = 2  on the wire 02
+        CLIR is suppressed: the number is shown.
+  LastCallFailCause: CAUSE_VIRTUAL_MODEM_SESSION_UNAVALIBLE = 11001  on the wire f955
+        Virtual modem: the call is refused because there is no session to the remote device. The spelling is part of the contract.
+  LastCallFailCause: CAUSE_VIRTUAL_MODEM_CALL_CAPABILITY_UNAVALIBLE = 11002  on the wire fa55
+        Virtual modem: the call is refused because the remote device cannot carry calls. The spelling is part of the contract.
+  LastCallFailCause: CAUSE_VIRTUAL_MODEM_CALL_CAPABILITY_UNAVALIBLE = 11002  on the wire fa55
+        Virtual modem: the call is refused because the remote device cannot carry calls. The spelling is part of the contract.
+  LastCallFailCause: BUSY = 17  on the wire 11
+        Q.850 17: the called party is busy.
+  RegistrationFailCause: NETWORK_FAILURE = 17  on the wire 11
+        Fault in the network.
+  QtiCallFailCause: VIR_BUSY = 17  on the wire 11
+        Q.850 17: the called party is busy.
+  Radio_Errno: RADIO_E_SIM_BUSY = 51  on the wire 33
+        The card is busy; retry later.
+  field NoResultResponse.serial
+    required int32 serial = 2  tag 10
+        Serial of the request answered.
+  field BoolResultResponse.serial
+    required int32 serial = 2  tag 10
+        Serial of the request answered.
+  Clir: CLIR_INVOCATION = 1  on the wire 01
+        CLIR is invoked: the number is hidden.
+  RadioPrlIndicator: RADIO_NOT_REGISTERED = -1  on the wire ffffffffffffffffff01
+        Not registered. A negative number: ten bytes on the wire.
+
 What there is none of:
 
-  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz; do
-  >   inspect describe "$what"
+  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz Dial.clr 'Dial.clir 9' 'Clir CLIR_INVOKATION' 'LastCallFale 17' '[' 'Dial[.clir' 0x-1 '- 5' 2147483648 -2147483648 fa80; do
+  >   inspect describe -- "$what"
   > done
   virtual-modem-inspect: nothing is called RADIO_E_SIM_BUZY; did you mean RADIO_E_SIM_BUSY, RADIO_E_SIM_FULL or RADIO_E_SIM_PUK2?
   virtual-modem-inspect: nothing is called Dail; did you mean Call, Dial or aid?
@@ -63,8 +97,19 @@ What there is none of:
   virtual-modem-inspect: -7 is a value of none of the 53 enumerations
   virtual-modem-inspect: nothing is called 99999999999
   virtual-modem-inspect: nothing is called Dial.nosuch
-  virtual-modem-inspect: nothing is called Dial.; did you mean Dial?
+  virtual-modem-inspect: nothing is called Dial.; did you mean Dial, Dial.address or Dial.clir?
   virtual-modem-inspect: nothing is called zzzzzzzzzz
+  virtual-modem-inspect: nothing is called Dial.clr; did you mean Dial.clir?
+  virtual-modem-inspect: 9 is not a value of Clir
+  virtual-modem-inspect: CLIR_INVOKATION is not a value of Clir; did you mean CLIR_INVOCATION?
+  virtual-modem-inspect: nothing is called LastCallFale; did you mean LastCallFailCause?
+  virtual-modem-inspect: nothing is called [
+  virtual-modem-inspect: nothing is called Dial[.clir; did you mean Dial.clir?
+  virtual-modem-inspect: nothing is called 0x-1
+  virtual-modem-inspect: nothing is called -
+  virtual-modem-inspect: nothing is called 2147483648
+  virtual-modem-inspect: -2147483648 is a value of none of the 53 enumerations
+  virtual-modem-inspect: nothing is called fa80
   [1]
 
 Lists, complete:

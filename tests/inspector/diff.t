@@ -20,9 +20,57 @@
   virtual-modem-inspect: only one side can be read from -
   [1]
 
-An element more, with subscriber data in it, and an unknown field:
+An element more, with subscriber data in it, and an unknown field, which only trust in the type shows:
 
-  $ inspect diff --redact Dial <(echo 0800) <(echo 0800 2a07 08011a03 414243 9a3e03 414243)
+  $ inspect diff --redact Dial <(echo 0800) <(echo 0800)
+  virtual-modem-inspect: /dev/fd/63: not shown, as it does not fit Dial (required fields missing: 3); --trust-type compares it all the same
+  [1]
+  $ inspect diff --redact --trust-type Dial <(echo 0800) <(echo 0800 2a07 08011a03 414243 9a3e03 414243)
   added: 995[0]: (redacted)
   added: uusinfo[0]: { uustype: TYPE1_REQUIRED uusdata: "XXX" }
   [3]
+
+Two recordings: their messages are matched by type, direction and serial.
+
+  $ "$TESTDIR/make_capture.py" >left.pcap <<'PACKETS'
+  > 1000000000 > Dial 080010011a033131322000
+  > 1000000001 > Hangup 080010021801
+  > 1000000002 < NoResultResponse 080010011800
+  > 1000000003 > Nonesuch 00
+  > PACKETS
+  $ "$TESTDIR/make_capture.py" >right.pcap <<'PACKETS'
+  > 1000000000 < NoResultResponse 080010011801
+  > 1000000001 > Dial 080010011a033131332000
+  > 1000000002 > Dial 080010011a033131322000
+  > 1000000003 > Nonesuch 01
+  > PACKETS
+  $ inspect diff left.pcap right.pcap
+  # NoResultResponse #1, message 3 and 1
+  modified: error: RADIO_E_SUCCESS -> RADIO_E_RADIO_NOT_AVAILABLE
+  # Dial #1, message 1 and 2
+  modified: address: "112" -> "113"
+  # only right: Dial #1, message 3
+  # Nonesuch, message 4 and 4
+  modified: bytes of a type that the schema does not have
+  # only left: Hangup #2, message 2
+  [3]
+  $ inspect diff --redact left.pcap right.pcap | head -n 4
+  # NoResultResponse #1, message 3 and 1
+  modified: error: RADIO_E_SUCCESS -> RADIO_E_RADIO_NOT_AVAILABLE
+  # Dial #1, message 1 and 2
+  modified: address: (redacted) -> (redacted)
+  $ inspect diff left.pcap left.pcap
+  $ inspect diff left.pcap card.bin
+  virtual-modem-inspect: card.bin: no message in it (two messages need their TYPE)
+  [1]
+
+  $ for serial in 1 2 3; do echo "platformtype: UNKNOW serial: $serial gsmindex: 1" | inspect encode --delimited Hangup; done >left
+  $ for serial in 3 1; do echo "platformtype: UNKNOW serial: $serial gsmindex: $serial" | inspect encode --delimited Hangup; done >right
+  $ inspect diff --delimited Hangup left right
+  # Hangup #3, message 2 and 0
+  modified: gsmindex: 1 -> 3
+  # only left: Hangup #2, message 1
+  [3]
+  $ inspect diff --delimited left right
+  virtual-modem-inspect: two streams need their TYPE
+  [1]

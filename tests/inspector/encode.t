@@ -40,7 +40,7 @@ So is what cannot be read, in one line whatever it holds:
   virtual-modem-inspect: standard input: line 2, column 1: Unknown enumeration value of "9" for field "platformtype".
   virtual-modem-inspect: standard input: line 1, column 9: Integer out of range (3000000000)
   virtual-modem-inspect: standard input: line 1, column 1: Expected identifier, got: {
-  virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: "?[31m"
+  virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: "\x1b[31m"
   [1]
   $ for text in 'serial: 1' '{"serial": "1", "nosuch": 2}' '{"serial": 3000000000}'; do
   >   echo "$text" | inspect encode --json Hangup
@@ -52,3 +52,35 @@ So is what cannot be read, in one line whatever it holds:
   $ printf '{"serial":%.0s' {1..200} | inspect encode --json Hangup
   virtual-modem-inspect: standard input: JSON: Message too deep. Max recursion depth reached for key 'serial'
   [1]
+
+A message to begin with, for every type:
+
+  $ inspect encode --skeleton Dial
+  platformtype: UNKNOW  # UNKNOW, QCOM, MTK
+  serial: 0
+  address: ""
+  clir: CLIR_DEFAULT  # CLIR_DEFAULT, CLIR_INVOCATION, CLIR_SUPPRESSION
+  # uusinfo {}  # repeated UusInfo
+  $ inspect encode --skeleton IccCardStatusResponse | sed -n '/base/,/applications/p'
+    base {
+      cardstate: CARD_ABSENT  # CARD_ABSENT, CARD_PRESENT, CARD_ERROR, CARD_RESTRICTED
+      universalpinstate: PIN_UNKNOWN  # PIN_UNKNOWN, PIN_ENABLED_NOT_VERIFIED, PIN_ENABLED_VERIFIED, PIN_DISABLED, PIN_ENABLED_BLOCKED, PIN_ENABLED_PERM_BLOCKED
+      gsmumtssubscriptionappindex: 0
+      cdmasubscriptionappindex: 0
+      imssubscriptionappindex: 0
+      # applications {}  # repeated AppStatus
+  $ for type in $(inspect list | cut -d' ' -f1); do
+  >   inspect encode --skeleton $type | inspect encode $type >/dev/null || echo $type
+  > done
+
+Into a capture, in the direction of its kind:
+
+  $ inspect encode --capture hangup.pcap Hangup hangup.txt && inspect log hangup.pcap | sed 's/.*\([<>] H\)/way \1/'
+  way > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  $ inspect encode --capture card.pcap IccCardStatusResponse card.txt && inspect log card.pcap | cut -c 23-54
+  < IccCardStatusResponse #7 105 B
+  $ inspect encode --capture card.pcap StringParmRequest <(echo "platformtype: QCOM serial: 1 parmdata: \"$(head -c 66000 /dev/zero | tr '\0' a)\"")
+  virtual-modem-inspect: /dev/fd/63: line 1, column 38: Message type "StringParmRequest" has no field named "parmdata".
+  [1]
+  $ inspect log card.pcap | wc -l
+  1

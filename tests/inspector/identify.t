@@ -40,3 +40,8 @@ Here a value is out of the range of most, and bytes that nothing fits are ranked
   $ : | inspect identify
   virtual-modem-inspect: standard input: there are no bytes to identify
   [1]
+
+Bytes that the library would not write speak against a type:
+
+  $ echo 0800 1085808000 1803 | inspect identify | sed -n 2p
+     initialized, not the bytes that the library writes, 3 of 3 fields present

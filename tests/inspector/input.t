@@ -7,7 +7,35 @@ Every form that the common tools write is found out:
   same
   $ od -v -tx1 card.bin | same
   same
-  $ od -v -Ax -tx1z card.bin | sed 's/>.*//' | same
+  $ od -v -Ax -tx1z card.bin | same
+  same
+  $ od -An -v -tx1z card.bin | same
+  same
+  $ od -v -Ad -tx1 card.bin | same
+  same
+  $ od -v -b card.bin | same
+  same
+  $ hexdump -v -C card.bin | same
+  same
+  $ xxd card.bin | same
+  same
+  $ xxd -i card.bin | same
+  virtual-modem-inspect: standard input: took the list of 105 bytes at column 28 and left out what is around
+  same
+  $ for words in 'od -v' 'od -v -x' 'od -v -tx4' 'od -v -tx8' 'hexdump -v' 'hexdump -v -x' 'hexdump -v -o'; do $words card.bin | same 2>&1; done
+  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 4 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 8 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+  same
+  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
   same
   $ base64 card.bin | same
   same
@@ -21,8 +49,49 @@ Every form that the common tools write is found out:
   same
   $ sed 's/../0x&, /g; s/^/{/; s/$/};/' card.hex | same
   same
-  $ sed 's/../&:/g' card.hex | same
+  $ for separator in ' ' ':' ',' ';' '-' ', ' ' : ' $'\t' $'\r'; do sed "s/../&$separator/g" card.hex | same; done
   same
+  same
+  same
+  same
+  same
+  same
+  same
+  same
+  same
+  $ for around in '[]' '{}' '()' '""' "''"; do echo "${around:0:1}0800102A, 1801${around:1}" | inspect decode Hangup | tail -n 1; done
+  gsmindex: 1
+  gsmindex: 1
+  gsmindex: 1
+  gsmindex: 1
+  gsmindex: 1
+  $ sed 's/../0X&/g' card.hex | same
+  same
+  $ echo 0x8 0x0 0x10 0x2a 0x18 0x5 | inspect decode Hangup | tail -n 1
+  gsmindex: 5
+  $ echo 0x0800102a1801 | inspect decode Hangup | tail -n 1
+  gsmindex: 1
+  $ inspect decode IccCardStatusResponse --hex "$(cat card.hex)" | diff card.txt - && echo same
+  same
+  $ /usr/bin/python3 -c 'print(open("card.bin", "rb").read())' | same
+  same
+  $ /usr/bin/python3 -c 'print(list(open("card.bin", "rb").read()))' | same
+  same
+  $ /usr/bin/python3 -c 'print([b - b // 128 * 256 for b in open("card.bin", "rb").read()])' | same
+  same
+  $ sed 's/../\\x&/g; s/.*/"&"/' card.hex | same
+  same
+  $ od -An -v -to1 card.bin | tr -d '\n' | sed 's/ /\\/g; s/.*/"&"/' | same
+  same
+  $ printf '"\\10\\0\\20\\3\\32\\r" "+86101\\t\\"\\\\4567 "\n"\\0";' | inspect decode Dial
+  platformtype: UNKNOW
+  serial: 3
+  address: "+86101\t\"\\4567"
+  clir: CLIR_DEFAULT
+  $ printf '0x7ffe8:\t0x08\t0x00\n0x7ffea:\t0x10\t0x2a\t0x18\t0x03\n' | inspect decode Hangup | tail -n 1
+  gsmindex: 3
+  $ printf '0000000000a0: 0800 102a\n0000000000a4: 1803\n' | inspect decode Hangup | tail -n 1
+  gsmindex: 3
 
 Dumps with the characters at the right, which may look like hex, and such as begin elsewhere:
 
@@ -42,12 +111,94 @@ Dumps with the characters at the right, which may look like hex, and such as beg
   serial: 42
   gsmindex: 3
 
+Within other text, what was taken is said:
+
+  $ taken() { inspect decode Hangup "$@" 2>&1 | sed -n '1p; $p'; }
+  $ echo '11-21 18:07:01.123  1234  5678 D RILJ : > Hangup 0800102a1801 (sent)' | taken
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 50 to 61, and left out what is around
+  gsmindex: 1
+  $ echo '18:07:01 Hangup 08 00 10 2a 18 01 deadbeef' | taken
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
+  gsmindex: 1
+  $ echo '18:07:01 Hangup 08:00:10:2a:18:01 12:34' | taken
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
+  gsmindex: 1
+  $ echo 'Hangup 0x08, 0x00, 0x10, 0x2a, 0x18, 0x01 end' | taken
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 41, and left out what is around
+  gsmindex: 1
+  $ echo 'write(3, "\10\0\20*\30\1", 6) = 6' | taken
+  virtual-modem-inspect: standard input: took the string of 6 bytes at column 10 and left out what is around
+  gsmindex: 1
+  $ echo "data='\\x08\\x00\\x10*\\x18\\x01' of 'x'" | taken
+  virtual-modem-inspect: standard input: took the string of 6 bytes at column 6 and left out what is around
+  gsmindex: 1
+  $ echo 'sent [8, 0, 16, 42, 24, 1] to 7' | taken
+  virtual-modem-inspect: standard input: took the list of 6 bytes at column 6 and left out what is around
+  gsmindex: 1
+  $ printf '%s\n' 'first line' 'Hangup <0800102a1801>' 'at 18:07:01 by 1234 5678' | taken
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 2, columns 9 to 20, and left out what is around
+  gsmindex: 1
+
+What cannot be told for sure is refused, with the way out:
+
+  $ while read -r text; do printf '%b\n' "$text" | inspect decode Hangup; done <<'TEXTS'
+  > 0800102a180
+  > 08 00 10 2a 1
+  > 0000: 08 00 10 2\n
+  > Hangup 0800102a180
+  > 0800102a 0800102b at 0800102a 0800102c
+  > Hangup 0800102a1801\nHangup 0800102b1801
+  > [10, 20, 30]
+  > [8, 0, 16, 300, 24, 1]
+  > "\\10\\0\\20"...
+  > "\\10\\q"
+  > 0x0008 0x2a10 0x0118
+  > 00000000: 2a100008     0118
+  > 0000000 00010 10768
+  > 0000000  \\b  \\0 020
+  > 0000000 0800 102a 18
+  > Hangup at 18:07:01.123 by 1234
+  > TEXTS
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 11: half a byte
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 13: half a byte
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "2" is neither bytes in hex nor in octal
+  virtual-modem-inspect: standard input: the longest run of hex, at column 8, has 11 digits: half a byte is missing
+  virtual-modem-inspect: standard input: two runs of hex of 8 bytes in one line; give the one that is meant (--hex)
+  virtual-modem-inspect: standard input: lines 1 and 2 both have hex; give the bytes of one message (--hex), or read all lines with the command log
+  virtual-modem-inspect: standard input: a list whose numbers can be decimal or hex: say --from array or --from hex
+  virtual-modem-inspect: standard input: a list of numbers in which 300 is no byte
+  virtual-modem-inspect: standard input: the string was cut where "..." stands (strace -s 65536 shows all of it)
+  virtual-modem-inspect: standard input: a string with an escape that stands for no byte; \ooo and \xhh do
+  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes behind each 0x, in an order that the text does not tell
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: numbers of 4 bytes, in an order that the dump does not tell (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "00010" is neither bytes in hex nor in octal
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "\b" is neither bytes in hex nor in octal
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: numbers of different sizes
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  [1]
+  $ for form in hex array; do echo '[10, 20, 30]' | inspect decode --from $form --json Hangup 2>&1 | tail -n 1; done
+  virtual-modem-inspect: standard input: not a valid Hangup (malformed, required fields missing: 2)
+  virtual-modem-inspect: standard input: not a valid Hangup (malformed, required fields missing: 3)
+  $ for form in string array log hex base64; do echo '!' | inspect decode --from $form Hangup; done
+  virtual-modem-inspect: standard input: no string with escapes
+  virtual-modem-inspect: standard input: not a list of the numbers of bytes in brackets or braces
+  virtual-modem-inspect: standard input: no line has 4 bytes of hex
+  virtual-modem-inspect: standard input: not hex: line 1, column 1
+  virtual-modem-inspect: standard input: not base64
+  [1]
+  $ inspect decode Hangup --hex 08001
+  virtual-modem-inspect: --hex: not hex: line 1, column 5: half a byte
+  [1]
+  $ inspect decode Hangup card.bin --hex 0800
+  virtual-modem-inspect: file excludes --hex (see --help)
+  [2]
+
 An offset that does not go on is no offset, and a line left out is an error:
 
   $ printf '0000: 08 00 10 2a\n0008: 18 03\n' | inspect decode Hangup 2>&1 | tail -n 1
-  virtual-modem-inspect: standard input: not a valid Hangup (malformed, required fields missing: 3)
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 2: the offset 0008 does not follow the 4 bytes before it
   $ printf '00000000  08 00 10 2a\n*\n00000020\n' | inspect decode Hangup --from hex
-  virtual-modem-inspect: standard input: not hex: line 2, column 1: repeated lines were left out of the dump; hexdump -v keeps them
+  virtual-modem-inspect: standard input: not hex: line 2: repeated lines were left out of the dump; hexdump -v keeps them
   [1]
 
 Text that happens to be a message has to be told to be one:
@@ -56,7 +207,7 @@ Text that happens to be a message has to be told to be one:
   participants {
   $ printf '\n  !!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!' >text
   $ inspect decode ConferenceParticipant text
-  virtual-modem-inspect: text: text that is neither hex (line 2, column 3) nor base64; if it is the message itself, say --from binary
+  virtual-modem-inspect: text: text that is neither hex (line 2, column 3) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
   [1]
   $ inspect decode --from binary ConferenceParticipant text 2>&1 | tail -n 1
   virtual-modem-inspect: text: not a valid ConferenceParticipant (malformed, wrong wire types: 3)
@@ -67,7 +218,13 @@ Text that happens to be a message has to be told to be one:
   virtual-modem-inspect: standard input: not hex: no digits
   [1]
   $ echo 080 | inspect decode --from hex Hangup
-  virtual-modem-inspect: standard input: not hex: line 1, column 3
+  virtual-modem-inspect: standard input: not hex: line 1, column 3: half a byte
+  [1]
+
+Read errors:
+
+  $ inspect decode Hangup .
+  virtual-modem-inspect: .: Is a directory
   [1]
 
 Bytes of a string are shown in text and replaced in JSON:
@@ -86,3 +243,29 @@ Bytes of a string are shown in text and replaced in JSON:
    "clir": "CLIR_INVOCATION"
   }
   # Dial.address: not UTF-8; "?" stands for each byte that is not (the text output shows them)
+
+Also in lists and in messages below, once for each list; what acts on a terminal is escaped:
+
+  $ echo '0801 1201ff 120141 1202fe42' | inspect decode --json ImsCallInfoIndicationInd 2>&1
+  {
+   "platformtype": "QCOM",
+   "info": [
+    "?",
+    "A",
+    "?B"
+   ]
+  }
+  # ImsCallInfoIndicationInd.info: not UTF-8; "?" stands for each byte that is not (the text output shows them)
+  $ echo '2203 4a01ff 2203 4a01fe' | inspect decode --json GetCurrentCallsResponse 2>&1 | grep -e number.: -e UTF
+     "number": "?"
+     "number": "?"
+  # Call.number: not UTF-8; "?" stands for each byte that is not (the text output shows them)
+  virtual-modem-inspect: standard input: not a valid GetCurrentCallsResponse (required fields missing: 25, texts not UTF-8: 1)
+  $ printf 'platformtype: QCOM serial: 1 address: "a<\\"\\\\\\n\\001\\177\\302\\233\\342\\200\\256\\342\\201\\246\\303\\251\\363\\240\\200\\201" clir: CLIR_DEFAULT' | inspect encode Dial >dial.bin
+  $ inspect decode --json Dial dial.bin
+  {
+   "platformtype": "QCOM",
+   "serial": 1,
+   "address": "a\\u003c\\"\\\\\\n\\u0001\\u007f\\u009b\\u202e\\u2066\xc3\xa9\\udb40\\udc01", (esc)
+   "clir": "CLIR_DEFAULT"
+  }

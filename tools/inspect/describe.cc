@@ -3,8 +3,10 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/wire_format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -20,19 +22,7 @@ namespace {
 
 using google::protobuf::EnumValueDescriptor;
 
-// The comment of a declaration as one line.
-template <typename Declaration>
-std::string Comment(const Declaration& declaration) {
-  google::protobuf::SourceLocation location;
-  if (!declaration.GetSourceLocation(&location)) return "";
-  std::istringstream words(location.leading_comments + " " + location.trailing_comments);
-  std::string comment;
-  std::string word;
-  while (words >> word) comment += (comment.empty() ? "" : " ") + word;
-  return comment;
-}
-
-// Its first sentence, or sentence part.
+// The first sentence of its comment, or sentence part.
 template <typename Declaration>
 std::string Headline(const Declaration& declaration) {
   const std::string comment = Comment(declaration);
@@ -117,11 +107,29 @@ std::optional<std::int32_t> ParseNumber(std::string_view text) {
   if (negative) text.remove_prefix(1);
   const bool hex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
   if (hex) text.remove_prefix(2);
-  std::int32_t number = 0;
+  std::uint32_t number = 0;
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, number, hex ? 16 : 10);
   if (text.empty() || result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  return negative ? -number : number;
+  const std::int64_t value = negative ? -std::int64_t{number} : std::int64_t{number};
+  if (value < INT32_MIN || value > INT32_MAX) return std::nullopt;
+  return static_cast<std::int32_t>(value);
+}
+
+// A number as an enumeration has it on the wire, in hex.
+std::optional<std::int32_t> ParseWireNumber(const std::string& text) {
+  std::string bytes;
+  std::string ignored;
+  if (ParseHex(text, bytes, ignored, ignored) != HexResult::kRead || bytes.empty()) {
+    return std::nullopt;
+  }
+  google::protobuf::io::CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                            static_cast<int>(bytes.size()));
+  std::uint64_t value = 0;
+  if (!in.ReadVarint64(&value) || in.CurrentPosition() != static_cast<int>(bytes.size())) {
+    return std::nullopt;
+  }
+  return static_cast<std::int32_t>(value);
 }
 
 bool DescribeNumber(const Schema& schema, std::int32_t number) {
@@ -139,7 +147,9 @@ bool DescribeNumber(const Schema& schema, std::int32_t number) {
 // behind its type.
 const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
   for (std::size_t open = path.find('['); open != std::string::npos; open = path.find('[')) {
-    path.erase(open, path.find(']', open) - open + 1);
+    const std::size_t close = path.find(']', open);
+    if (close == std::string::npos) return nullptr;
+    path.erase(open, close - open + 1);
   }
   // The type may have a package, with dots of its own.
   for (std::size_t dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
@@ -175,6 +185,81 @@ bool DescribeBareName(const Schema& schema, const std::string& name) {
   return found;
 }
 
+bool DescribeName(const Schema& schema, const std::string& name) {
+  if (const Descriptor* message = schema.FindMessage(name)) {
+    PrintMessage(schema, *message);
+  } else if (const EnumDescriptor* type = schema.FindEnum(name)) {
+    PrintEnum(schema, *type);
+  } else if (const FieldDescriptor* field = FindPath(schema, name)) {
+    PrintField(*field);
+  } else {
+    return DescribeBareName(schema, name);
+  }
+  return true;
+}
+
+// The enumerations that a word of a log can mean: by their own name or that of a field, or by a
+// part of either when the word alone has no such value.
+std::vector<const EnumDescriptor*> FindEnums(
+    const Schema& schema, const std::string& name,
+    const std::function<bool(const EnumDescriptor&)>& fits) {
+  if (const EnumDescriptor* type = schema.FindEnum(name)) return {type};
+  if (const FieldDescriptor* field = FindPath(schema, name)) {
+    if (field->enum_type() != nullptr) return {field->enum_type()};
+    return {};
+  }
+  std::vector<const EnumDescriptor*> exact;
+  std::vector<const EnumDescriptor*> part;
+  const auto add = [](std::vector<const EnumDescriptor*>& types, const EnumDescriptor* type) {
+    if (std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
+  };
+  const std::string wanted = Lower(name);
+  for (const EnumDescriptor* type : schema.enums()) {
+    if (Lower(type->name()).find(wanted) != std::string::npos) add(part, type);
+  }
+  for (const Descriptor* message : schema.messages()) {
+    for (int i = 0; i < message->field_count(); ++i) {
+      const FieldDescriptor& field = *message->field(i);
+      if (field.enum_type() == nullptr) continue;
+      if (field.name() == wanted) add(exact, field.enum_type());
+      if (field.name().find(wanted) != std::string::npos) add(part, field.enum_type());
+    }
+  }
+  const bool found = std::any_of(exact.begin(), exact.end(),
+                                 [&](const EnumDescriptor* type) { return fits(*type); });
+  return found || part.empty() ? exact : part;
+}
+
+// A name with a value: cause 17, Dial.clir=2, error: RADIO_E_SIM_BUSY. False when there is no such
+// name; throws Error when the name has no such value.
+bool DescribePair(const Schema& schema, const std::string& name, const std::string& value) {
+  const std::optional<std::int32_t> number = ParseNumber(value);
+  const auto find = [&](const EnumDescriptor& type) {
+    return number ? type.FindValueByNumber(*number) : type.FindValueByName(value);
+  };
+  const std::vector<const EnumDescriptor*> types =
+      FindEnums(schema, name, [&](const EnumDescriptor& type) { return find(type) != nullptr; });
+  bool found = false;
+  std::vector<std::string> names;
+  for (const EnumDescriptor* type : types) {
+    const EnumValueDescriptor* which = find(*type);
+    if (which != nullptr) PrintValue(*which);
+    found = found || which != nullptr;
+    for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
+  }
+  if (found) return true;
+  if (types.size() == 1) {
+    throw Error(value + " is not a value of " + types.front()->full_name() +
+                (number ? "" : DidYouMean(value, names)));
+  }
+  if (!types.empty()) {
+    throw Error(value + " is a value of none of the " + std::to_string(types.size()) +
+                " enumerations that " + name + " can be" +
+                (number ? "" : DidYouMean(value, names)));
+  }
+  return DescribeName(schema, name);  // a field whose numbers have no names
+}
+
 void PrintOverview(const Schema& schema) {
   const google::protobuf::FileDescriptor* unit = nullptr;
   for (const Descriptor* message : schema.messages()) {
@@ -185,12 +270,18 @@ void PrintOverview(const Schema& schema) {
   }
 }
 
-std::vector<std::string> AllNames(const Schema& schema) {
+// Those that the name given can be meant for: behind a dot a field of a message, else anything.
+std::vector<std::string> NamesLike(const Schema& schema, const std::string& name) {
+  const bool path = name.find('.') != std::string::npos;
   std::vector<std::string> names;
   for (const Descriptor* message : schema.messages()) {
     names.push_back(message->name());
-    for (int i = 0; i < message->field_count(); ++i) names.push_back(message->field(i)->name());
+    for (int i = 0; i < message->field_count(); ++i) {
+      const std::string& field = message->field(i)->name();
+      names.push_back(path ? message->name() + "." + field : field);
+    }
   }
+  if (path) return names;
   for (const EnumDescriptor* type : schema.enums()) {
     names.push_back(type->name());
     for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
@@ -200,24 +291,30 @@ std::vector<std::string> AllNames(const Schema& schema) {
 
 }  // namespace
 
-Status DescribeCommand(const Schema& schema, const std::string& what) {
+Status DescribeCommand(const Schema& schema, const std::vector<std::string>& words) {
+  std::string what;
+  for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
   if (what.empty()) {
     PrintOverview(schema);
-  } else if (const Descriptor* message = schema.FindMessage(what)) {
-    PrintMessage(schema, *message);
-  } else if (const EnumDescriptor* type = schema.FindEnum(what)) {
-    PrintEnum(schema, *type);
-  } else if (const FieldDescriptor* field = FindPath(schema, what)) {
-    PrintField(*field);
-  } else if (const auto number = ParseNumber(what)) {
-    if (!DescribeNumber(schema, *number)) {
-      throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
-                  " enumerations");
-    }
-  } else if (!DescribeBareName(schema, what)) {
-    throw Error("nothing is called " + what + DidYouMean(what, AllNames(schema)));
+    return kOk;
   }
-  return kOk;
+  if (DescribeName(schema, what)) return kOk;
+  if (const auto number = ParseNumber(what)) {
+    if (DescribeNumber(schema, *number)) return kOk;
+    throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
+                " enumerations");
+  }
+  const auto wire_number = ParseWireNumber(what);
+  if (wire_number && DescribeNumber(schema, *wire_number)) return kOk;
+  constexpr std::string_view kBetween = " =:,;";
+  const std::string name = what.substr(0, what.find_first_of(kBetween));
+  const std::size_t begin = what.find_first_not_of(kBetween, name.size());
+  const std::size_t end = what.find_last_not_of(kBetween) + 1;
+  if (begin < end && !name.empty() && DescribePair(schema, name, what.substr(begin, end - begin))) {
+    return kOk;
+  }
+  const std::string unknown = begin < end ? name : what;
+  throw Error("nothing is called " + unknown + DidYouMean(unknown, NamesLike(schema, unknown)));
 }
 
 Status ListCommand(const Schema& schema, const std::string& what) {

@@ -8,15 +8,19 @@
 #include <google/protobuf/text_format.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
 
+#include "inspect/capture.h"
 #include "inspect/commands.h"
 #include "inspect/error.h"
+#include "inspect/file_to_write.h"
 #include "inspect/findings.h"
 #include "inspect/hex.h"
 #include "inspect/json.h"
+#include "inspect/skeleton.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -51,21 +55,41 @@ std::string ToText(const std::string& bytes, Encoding encoding) {
   }
 }
 
+// A capture of one message that was sent now, in the direction of its kind.
+void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::string& path) {
+  using std::chrono::nanoseconds;
+  Record record;
+  record.time =
+      std::chrono::duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+          .count();
+  record.direction = type.kind == Kind::kRequest ? Direction::kToModem : Direction::kToTelephony;
+  record.name = type.type->full_name();
+  FileToWrite file(path);
+  CaptureWriter writer(file.get(), path);
+  writer.Write(record, bytes);
+  writer.Finish();
+  file.Keep();
+}
+
 }  // namespace
 
 std::string EncodeMessage(std::string_view source, bool json, Message& message) {
-  if (json) return Json(*message.GetDescriptor()).Parse(source);
+  if (json) return JsonReader(*message.GetDescriptor()).Parse(source);
   FirstError errors;
   TextFormat::Parser parser;
   parser.RecordErrorsTo(&errors);
   parser.AllowPartialMessage(true);
-  parser.SetRecursionLimit(100);
   if (!parser.ParseFromString(std::string(source), &message)) throw Error(errors.text());
   return message.SerializePartialAsString();
 }
 
 Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
-  const std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(options.type));
+  const Descriptor& type = schema.GetMessage(options.type);
+  if (options.skeleton) {
+    std::cout << Skeleton(type);
+    return kOk;
+  }
+  const std::unique_ptr<Message> message = schema.NewMessage(type);
   const std::string name = DisplayName(options.file);
   std::string bytes;
   try {
@@ -74,13 +98,18 @@ Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
     throw Error(name + ": " + error.what());
   }
 
-  const Findings findings = ParseAndCheck(bytes, *message);
+  const Findings findings = ParseAndCheck(schema, bytes, *message);
   std::cerr << findings.Lines();
   if (!findings.empty() && !options.partial) {
     throw Error(name + ": not a valid " + options.type + " (" + findings.Summary() +
                 "); --partial writes it all the same");
   }
 
+  if (bytes.size() > kMaxMessageBytes) throw Error(name + ": the message is over 16 MiB");
+  if (!options.capture.empty()) {
+    WriteCapture(*schema.FindType(type.full_name()), bytes, options.capture);
+    return kOk;
+  }
   if (options.delimited) {
     std::string length;
     io::StringOutputStream stream(&length);

@@ -6,107 +6,133 @@
 #include <numeric>
 #include <unordered_set>
 
-#include "inspect/wire_walk.h"
+#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 namespace {
 
 using google::protobuf::FieldDescriptor;
-using google::protobuf::Message;
 using google::protobuf::Reflection;
 
 constexpr std::size_t kMaxTexts = 100;
 
-bool IsPresent(const Message& message, const std::vector<PathStep>& path) {
-  const Message* at = &message;
-  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
-    const Reflection& reflection = *at->GetReflection();
-    const auto& [field, index] = path[i];
-    if (index < 0) {
-      at = &reflection.GetMessage(*at, field);
-    } else if (index < reflection.FieldSize(*at, field)) {
-      at = &reflection.GetRepeatedMessage(*at, field, index);
-    } else {
-      return false;
-    }
+// Such as "varint".
+const char* WireTypeName(text::WireType wire_type) {
+  switch (wire_type) {
+    case text::kVarint:
+      return "varint";
+    case text::kFixed64:
+      return "64-bit";
+    case text::kLengthDelimited:
+      return "length-delimited";
+    case text::kStartGroup:
+      return "group";
+    case text::kFixed32:
+      return "32-bit";
+    default:
+      return "none";
   }
-  return at->GetReflection()->HasField(*at, path.back().field);
+}
+
+// The message at a level below the outermost one; null when the runtime has none there.
+const Message* At(const Message& outermost, const text::Level& level) {
+  if (level.above == nullptr) return &outermost;
+  const Message* above = At(outermost, *level.above);
+  if (above == nullptr) return nullptr;
+  const FieldDescriptor* field = above->GetDescriptor()->FindFieldByNumber(level.field->number);
+  const Reflection& reflection = *above->GetReflection();
+  if (level.index < 0) return &reflection.GetMessage(*above, field);
+  if (level.index >= reflection.FieldSize(*above, field)) return nullptr;
+  return &reflection.GetRepeatedMessage(*above, field, level.index);
+}
+
+const Descriptor* TypeAt(const Descriptor& outermost, const text::Level& level) {
+  if (level.above == nullptr) return &outermost;
+  return TypeAt(outermost, *level.above)->FindFieldByNumber(level.field->number)->message_type();
 }
 
 // Turns what the walk comes by into findings. The message was parsed from the same bytes.
-class Reporter : public WireVisitor {
+class Reporter : public text::Handler {
  public:
-  Reporter(const Message& message, Findings& findings) : message_(message), findings_(findings) {}
+  Reporter(const text::Tables& tables, std::string_view bytes, const Message& message,
+           Findings& findings)
+      : tables_(tables), bytes_(bytes), message_(message), findings_(findings) {}
 
-  void UndeclaredValue(const std::vector<PathStep>& path, std::int32_t number,
-                       std::size_t offset) override {
-    if (findings_.full()) return findings_.Add(Findings::kUndeclared, "");
-    findings_.Add(Findings::kUndeclared, ToString(path) + ": " + std::to_string(number) +
-                                             " is not a " + path.back().field->enum_type()->name() +
-                                             Consequence(path, offset));
+  void Unknown(const text::Level& level, const text::Field* row, std::uint32_t number,
+               text::WireType wire_type, std::string_view whole, std::string_view value) {
+    const auto offset = std::to_string(whole.data() - bytes_.data());
+    if (row == nullptr) {
+      if (findings_.full()) return findings_.Add(Findings::kUnknown, "");
+      const std::string path = text::PathTo(tables_, level);
+      findings_.Add(Findings::kUnknown, path + (path.empty() ? "" : ": ") + "unknown field " +
+                                            std::to_string(number) + " at byte " + offset + ", " +
+                                            WireTypeName(wire_type) + ", " +
+                                            std::to_string(whole.size()) + " bytes with its tag");
+      return;
+    }
+    const FieldDescriptor& field =
+        *TypeAt(*message_.GetDescriptor(), level)->FindFieldByNumber(static_cast<int>(number));
+    const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
+    const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
+    if (findings_.full()) return findings_.Add(kind, "");
+    const std::string path = text::PathTo(tables_, level, *row);
+    const std::string consequence = Consequence(level, field, path, offset);
+    if (undeclared) {
+      findings_.Add(kind, path + ": " + std::to_string(static_cast<std::int32_t>(NumberIn(value))) +
+                              " is not a " + field.enum_type()->name() + consequence);
+    } else {
+      findings_.Add(kind, path + ": declared as " + field.type_name() + ", came as " +
+                              WireTypeName(wire_type) + consequence);
+    }
   }
 
-  void UnknownField(const std::vector<PathStep>& path, int number, int wire_type,
-                    std::size_t offset, std::size_t size) override {
-    if (findings_.full()) return findings_.Add(Findings::kUnknown, "");
-    const std::string where = path.empty() ? "" : ToString(path) + ": ";
-    findings_.Add(Findings::kUnknown, where + "unknown field " + std::to_string(number) +
-                                          " at byte " + std::to_string(offset) + ", " +
-                                          WireTypeName(wire_type) + ", " + std::to_string(size) +
-                                          " bytes with its tag");
+  void Malformed(const text::Level& level, const text::Outcome& outcome) {
+    const std::string path = text::PathTo(tables_, level);
+    ReportMalformed(outcome.offset, path.empty() ? "" : " in " + path, text::Explain(outcome));
   }
 
-  void WrongWireType(const std::vector<PathStep>& path, int wire_type,
-                     std::size_t offset) override {
-    if (findings_.full()) return findings_.Add(Findings::kWireType, "");
-    findings_.Add(Findings::kWireType, ToString(path) + ": declared as " +
-                                           path.back().field->type_name() + ", came as " +
-                                           WireTypeName(wire_type) + Consequence(path, offset));
-  }
-
-  void Malformed(const std::vector<PathStep>& path, std::size_t offset,
-                 const std::string& why) override {
-    const std::string where = path.empty() ? "" : " in " + ToString(path);
+  void ReportMalformed(std::size_t offset, const std::string& where, const std::string& why) {
     findings_.Add(Findings::kMalformed,
                   "malformed at byte " + std::to_string(offset) + where + ": " + why);
   }
 
   // Names the required fields that are absent in the message and below, unless a line above did.
-  void ReportMissing(const Message& message, std::vector<PathStep>& path) {
+  void ReportMissing(const Message& message, const std::string& path) {
     const Reflection& reflection = *message.GetReflection();
     for (int i = 0; i < message.GetDescriptor()->field_count(); ++i) {
       const FieldDescriptor* field = message.GetDescriptor()->field(i);
-      path.push_back({field, -1});
+      const bool is_message = field->message_type() != nullptr;
+      if (!field->is_required() && !is_message) continue;
       if (field->is_required() && !reflection.HasField(message, field)) {
-        const std::string name = findings_.full() ? "" : ToString(path);
+        const std::string name = findings_.full() ? "" : path + field->name();
         const bool told = name.empty() || told_.count(name) != 0;
         findings_.Add(Findings::kMissing, told ? "" : "missing required " + name);
-      } else if (field->message_type() != nullptr && field->is_repeated()) {
+      } else if (field->is_repeated()) {
         for (int n = 0; n < reflection.FieldSize(message, field); ++n) {
-          path.back().index = n;
-          ReportMissing(reflection.GetRepeatedMessage(message, field, n), path);
+          ReportMissing(reflection.GetRepeatedMessage(message, field, n),
+                        path + field->name() + "[" + std::to_string(n) + "].");
         }
-      } else if (field->message_type() != nullptr && reflection.HasField(message, field)) {
-        ReportMissing(reflection.GetMessage(message, field), path);
+      } else if (is_message && reflection.HasField(message, field)) {
+        ReportMissing(reflection.GetMessage(message, field), path + field->name() + ".");
       }
-      path.pop_back();
     }
   }
 
  private:
   // What became of a field whose value the message could not take.
-  std::string Consequence(const std::vector<PathStep>& path, std::size_t offset) {
-    const FieldDescriptor& field = *path.back().field;
-    std::string text = "; kept as unknown field " + std::to_string(field.number()) + " (byte " +
-                       std::to_string(offset) + ")";
-    if (!field.is_repeated() && !IsPresent(message_, path)) {
-      text += std::string(", so ") + (field.is_required() ? "required " : "") + field.name() +
-              " is absent";
-      told_.insert(ToString(path));
-    }
-    return text;
+  std::string Consequence(const text::Level& level, const FieldDescriptor& field,
+                          const std::string& path, const std::string& offset) {
+    std::string text =
+        "; kept as unknown field " + std::to_string(field.number()) + " (byte " + offset + ")";
+    if (field.is_repeated()) return text;
+    const Message* message = At(message_, level);
+    if (message != nullptr && message->GetReflection()->HasField(*message, &field)) return text;
+    told_.insert(path);
+    return text + ", so " + (field.is_required() ? "required " : "") + field.name() + " is absent";
   }
 
+  const text::Tables& tables_;
+  const std::string_view bytes_;
   const Message& message_;
   Findings& findings_;
   std::unordered_set<std::string> told_;  // absent fields that were explained
@@ -123,6 +149,16 @@ bool Findings::full() const { return texts_.size() >= kMaxTexts; }
 
 bool Findings::empty() const {
   return std::all_of(counts_.begin(), counts_.end(), [](std::size_t n) { return n == 0; });
+}
+
+std::uint64_t NumberIn(std::string_view varint) {
+  std::uint64_t value = 0;
+  unsigned shift = 0;
+  for (const char c : varint) {
+    value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(c) & 0x7FU) << shift;
+    shift += 7;
+  }
+  return value;
 }
 
 std::string Findings::Lines() const {
@@ -147,18 +183,18 @@ std::string Findings::Summary() const {
   return summary;
 }
 
-Findings ParseAndCheck(std::string_view bytes, Message& message) {
+Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
   message.Clear();
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   Findings findings;
-  Reporter reporter(message, findings);
-  const bool walked = WalkWire(bytes, *message.GetDescriptor(), reporter);
+  Reporter reporter(schema.tables(), bytes, message, findings);
+  const text::Outcome outcome =
+      text::WalkMessage(schema.tables(), schema.IndexOf(*message.GetDescriptor()), bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.
-  if (walked && !parsed) reporter.Malformed({}, bytes.size(), "the runtime refuses these bytes");
-  if (!message.IsInitialized()) {
-    std::vector<PathStep> path;
-    reporter.ReportMissing(message, path);
+  if (!outcome.malformed() && !parsed) {
+    reporter.ReportMalformed(bytes.size(), "", "the runtime refuses these bytes");
   }
+  if (!message.IsInitialized()) reporter.ReportMissing(message, "");
   return findings;
 }
 

@@ -1,14 +1,14 @@
 // What an encoded message holds, or lacks, beyond what its fields show.
 #pragma once
 
-#include <google/protobuf/message.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "inspect/schema.h"
 
 namespace virtual_modem::inspect {
 
@@ -31,9 +31,15 @@ class Findings {
 
   std::size_t count(Kind kind) const { return counts_.at(kind); }
   bool empty() const;
+  // The bytes look like those of another type.
+  bool misfit() const {
+    return !acceptable() || count(kUndeclared) + count(kWireType) + count(kUnknown) != 0;
+  }
   // A receiver takes the message: it parses and has every required field.
   bool acceptable() const { return count(kMalformed) + count(kMissing) == 0; }
 
+  // What to tell of each, up to a hundred.
+  const std::vector<std::string>& texts() const { return texts_; }
   // One line each, behind "# ", which makes them comments of the text format.
   std::string Lines() const;
   // Such as "malformed, required fields missing: 2".
@@ -46,6 +52,9 @@ class Findings {
 
 // Parses the bytes into the message, whose old content is dropped, and tells what there is to tell.
 // What was read before a break stays in the message. Offsets count from the first byte.
-Findings ParseAndCheck(std::string_view bytes, google::protobuf::Message& message);
+Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message);
+
+// The number that the bytes of a varint stand for.
+std::uint64_t NumberIn(std::string_view varint);
 
 }  // namespace virtual_modem::inspect

@@ -1,15 +1,32 @@
 // Hex as people paste it: plain, with separators, with 0x or \x, or a dump with offsets.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace virtual_modem::inspect {
 
-// On failure why names the place, such as "line 2, column 7: 'g'".
-bool ParseHex(std::string_view text, std::string& bytes, std::string& why);
+enum class HexResult : std::uint8_t {
+  kRead,
+  kNotHex,  // the text is something else
+  kBroken,  // hex it is, but it does not say its bytes
+};
+
+// Unless kRead, why names the place and what stands there. note is set, else left alone, when a
+// dump was of words that had to be turned into bytes.
+HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why, std::string& note);
+
+// Whether the text is a dump with offsets, which is hex then and nothing else.
+bool IsDump(std::string_view text);
+
+// -1 for what is no hex digit.
+int HexDigit(char c);
 
 // Lower case, without separators.
 std::string ToHex(std::string_view bytes);
+
+// The next line of the text, without its end; text becomes what follows.
+std::string_view TakeLine(std::string_view& text);
 
 }  // namespace virtual_modem::inspect

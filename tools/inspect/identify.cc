@@ -18,6 +18,8 @@ namespace {
 
 using google::protobuf::Reflection;
 
+constexpr std::size_t kMaxBytes = 256U << 10U;
+
 // How well a type fits the bytes.
 struct Candidate {
   const Descriptor* type = nullptr;
@@ -80,7 +82,7 @@ Candidate Try(Schema& schema, const Descriptor& type, const std::string& bytes) 
   const std::unique_ptr<Message> message = schema.NewMessage(type);
   Candidate candidate;
   candidate.type = &type;
-  candidate.findings = ParseAndCheck(bytes, *message);
+  candidate.findings = ParseAndCheck(schema, bytes, *message);
   std::vector<const FieldDescriptor*> fields;
   message->GetReflection()->ListFields(*message, &fields);
   candidate.present = static_cast<int>(fields.size());
@@ -129,8 +131,14 @@ void PrintRanking(const std::vector<Candidate>& candidates) {
 }  // namespace
 
 Status IdentifyCommand(Schema& schema, const IdentifyOptions& options) {
-  const std::string bytes = ReadBytes(options.file, options.from);
-  if (bytes.empty()) throw Error(DisplayName(options.file) + ": there are no bytes to identify");
+  const std::string bytes = ReadBytes(options.source);
+  const std::string name = DisplayName(options.source);
+  if (bytes.empty()) throw Error(name + ": there are no bytes to identify");
+  // Every type reads all of them.
+  if (bytes.size() > kMaxBytes) {
+    throw Error(name + ": " + std::to_string(bytes.size()) +
+                " bytes; types are tried on 256 KiB at most");
+  }
 
   std::vector<Candidate> candidates;
   for (const Descriptor* type : schema.messages()) {
@@ -139,7 +147,7 @@ Status IdentifyCommand(Schema& schema, const IdentifyOptions& options) {
     if (parsed && candidate.present != 0) candidates.push_back(std::move(candidate));
   }
   if (candidates.empty()) {
-    throw Error(DisplayName(options.file) + ": no message of the schema has these bytes");
+    throw Error(name + ": no message of the schema has these bytes");
   }
   std::stable_sort(candidates.begin(), candidates.end(),
                    [](const Candidate& a, const Candidate& b) { return a.Rank() < b.Rank(); });

@@ -1,35 +1,22 @@
 #include "inspect/input.h"
 
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/stubs/strutil.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <memory>
 
 #include "inspect/error.h"
-#include "inspect/hex.h"
+#include "inspect/terminal.h"
 
 namespace virtual_modem::inspect {
 namespace {
 
 // Room for a message of the largest size as a hex dump.
 constexpr std::size_t kMaxInputBytes = 6 * kMaxMessageBytes;
-
-bool IsText(std::string_view bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](char c) {
-    return (c >= ' ' && c <= '~') || c == '\t' || c == '\n' || c == '\r';
-  });
-}
-
-// Either alphabet, in lines or not.
-bool ParseBase64(std::string_view text, std::string& bytes) {
-  const google::protobuf::StringPiece piece(text.data(), text.size());
-  return google::protobuf::Base64Unescape(piece, &bytes) ||
-         google::protobuf::WebSafeBase64Unescape(piece, &bytes);
-}
+constexpr const char* kTooLarge =
+    ": over 16 MiB, too large for one message (a stream needs --delimited)";
 
 }  // namespace
 
@@ -49,63 +36,76 @@ std::string ReadAll(const std::string& path) {
     if (std::ferror(file.get()) != 0) throw Error(DisplayName(path) + ": " + std::strerror(errno));
     if (count == 0) return text;
     if (text.size() + count > kMaxInputBytes) {
-      throw Error(DisplayName(path) + ": too large for one message (a stream needs --delimited)");
+      throw Error(DisplayName(path) + kTooLarge);
     }
     text.append(block, 0, count);
   }
 }
 
-std::string Decode(std::string_view text, Encoding encoding) {
+std::string DisplayName(const Source& source) {
+  return source.hex.empty() ? DisplayName(source.file) : "--hex";
+}
+
+std::string ReadBytes(const Source& source) {
+  const std::string name = DisplayName(source);
+  const std::string text = source.hex.empty() ? ReadAll(source.file) : source.hex;
   std::string bytes;
-  std::string why_not_hex;
-  switch (encoding) {
-    case Encoding::kBinary:
-      bytes = text;
-      break;
-    case Encoding::kHex:
-      if (!ParseHex(text, bytes, why_not_hex)) throw Error("not hex: " + why_not_hex);
-      break;
-    case Encoding::kBase64:
-      if (!ParseBase64(text, bytes)) throw Error("not base64");
-      break;
-    case Encoding::kAuto:
-      if (!IsText(text)) {
-        bytes = text;
-      } else if (!ParseHex(text, bytes, why_not_hex) && !ParseBase64(text, bytes)) {
-        throw Error("text that is neither hex (" + why_not_hex +
-                    ") nor base64; if it is the message itself, say --from binary");
-      }
-      break;
+  std::string note;
+  try {
+    bytes = ParsePasted(text, source.hex.empty() ? source.from : Encoding::kHex, note);
+  } catch (const Error& error) {
+    throw Error(name + ": " + error.what());
   }
+  if (bytes.size() > kMaxMessageBytes) throw Error(name + kTooLarge);
+  if (!note.empty()) Note(name + ": " + note);
   return bytes;
 }
 
-std::string ReadBytes(const std::string& path, Encoding encoding) {
-  const std::string text = ReadAll(path);
-  try {
-    return Decode(text, encoding);
-  } catch (const Error& error) {
-    throw Error(DisplayName(path) + ": " + error.what());
-  }
+void Note(const std::string& text) {
+  std::cout.flush();
+  std::cerr << "virtual-modem-inspect: " << ForTerminal(text) << '\n';
 }
 
 std::string DisplayName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
+// Sees to it that so many bytes are in the buffer; false at the end of the stream.
+bool DelimitedReader::Fill(std::size_t size) {
+  if (end_ - begin_ >= size) return true;
+  std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+  end_ -= begin_;
+  begin_ = 0;
+  if (buffer_.size() < size) buffer_.resize(size);
+  while (end_ < size) {
+    const std::size_t count = stream_.Read(buffer_.data() + end_, buffer_.size() - end_);
+    if (count == 0) return false;
+    end_ += count;
+  }
+  return true;
+}
+
 bool DelimitedReader::Next() {
-  const std::int64_t start = stream_.ByteCount();
-  // One for each message: it counts to 2 GiB only.
-  google::protobuf::io::CodedInputStream in(&stream_);
-  const void* data = nullptr;
-  int available = 0;
-  if (!in.GetDirectBufferPointer(&data, &available)) return false;
-  int size = 0;
-  if (!in.ReadVarintSizeAsInt(&size) || static_cast<std::size_t>(size) > kMaxMessageBytes) {
-    throw Error(name_ + ": no length of a message at byte " + std::to_string(start) +
+  constexpr std::size_t kMaxLengthBytes = 5;
+  if (!Fill(1)) return false;
+  std::uint64_t size = 0;
+  std::size_t length = 0;
+  bool ends = false;
+  while (!ends && length < kMaxLengthBytes && Fill(length + 1)) {
+    const auto byte = static_cast<std::uint8_t>(buffer_[begin_ + length]);
+    size |= static_cast<std::uint64_t>(byte & 0x7FU) << (7 * length);
+    ends = byte < 0x80;
+    ++length;
+  }
+  if (!ends || size > kMaxMessageBytes) {
+    throw Error(stream_.name() + ": no length of a message at byte " + std::to_string(taken_) +
                 " (is this a stream of delimited messages?)");
   }
   size_ = static_cast<std::size_t>(size);
-  offset_ = start + in.CurrentPosition();
-  in.ReadString(&bytes_, size);
+  begin_ += length;
+  offset_ = taken_ + static_cast<std::int64_t>(length);
+  Fill(size_);
+  bytes_ = {buffer_.data() + begin_, std::min(size_, end_ - begin_)};
+  begin_ += bytes_.size();
+  taken_ = offset_ + static_cast<std::int64_t>(bytes_.size());
   return true;
 }
 

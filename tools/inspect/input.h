@@ -1,31 +1,39 @@
-// Bytes of messages as people have them: raw, as hex (dumps included) or as base64.
+// Bytes of messages out of files, whole or message by message.
 #pragma once
-
-#include <google/protobuf/io/zero_copy_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
+
+#include "inspect/byte_stream.h"
+#include "inspect/pasted.h"
 
 namespace virtual_modem::inspect {
 
-enum class Encoding : std::uint8_t { kAuto, kBinary, kHex, kBase64 };
-
-// A message of a telephony exchange has some hundred bytes; what is larger is something else.
+// A message of a telephony exchange has some hundred bytes; what is larger is something else, and
+// parsing it could take a hundred times its size of memory.
 constexpr std::size_t kMaxMessageBytes = 16U << 20U;
 
 // The whole of a file; "-" is standard input. Throws Error, also when there is too much of it.
 std::string ReadAll(const std::string& path);
 
-// The bytes that a text stands for. With kAuto: hex when all of it reads as hex, else base64 when
-// all of it reads as that, else the bytes themselves; text that is neither is refused.
-std::string Decode(std::string_view text, Encoding encoding);
+// Where the bytes of a message come from.
+struct Source {
+  std::string file = "-";
+  Encoding from = Encoding::kAuto;
+  std::string hex;  // the bytes themselves, when not empty; a file is not read then
+};
 
-// The bytes that a file stands for. Errors name it.
-std::string ReadBytes(const std::string& path, Encoding encoding);
+// How the source is called in messages for people.
+std::string DisplayName(const Source& source);
+
+// The bytes that a source stands for. What was left out or assumed is said on standard error.
+// Errors name the source; more than kMaxMessageBytes are one.
+std::string ReadBytes(const Source& source);
+
+// One line on standard error that is no error, with the program's name.
+void Note(const std::string& text);
 
 // How the input is called in messages for people.
 std::string DisplayName(const std::string& path);
@@ -33,24 +41,29 @@ std::string DisplayName(const std::string& path);
 // Messages one after the other, each behind its length as a varint.
 class DelimitedReader {
  public:
-  // The stream must outlive the reader; errors name it so.
-  DelimitedReader(google::protobuf::io::ZeroCopyInputStream& stream, std::string name)
-      : stream_(stream), name_(std::move(name)) {}
+  // The stream must outlive the reader; errors name it.
+  explicit DelimitedReader(ByteStream& stream) : stream_(stream) {}
 
   // Reads the next message; false at the end of the stream. Throws Error when there is no sensible
   // length. When the stream ends within the message, bytes() is what is there and cut() is true.
   bool Next();
 
-  const std::string& bytes() const { return bytes_; }
+  // Valid until the next call.
+  std::string_view bytes() const { return bytes_; }
   // Where the message begins, behind its length.
   std::int64_t offset() const { return offset_; }
   bool cut() const { return bytes_.size() < size_; }
   std::size_t size() const { return size_; }
 
  private:
-  google::protobuf::io::ZeroCopyInputStream& stream_;
-  const std::string name_;
-  std::string bytes_;
+  bool Fill(std::size_t size);
+
+  ByteStream& stream_;
+  std::string buffer_ = std::string(1U << 18U, '\0');
+  std::size_t begin_ = 0;  // of what is not taken yet
+  std::size_t end_ = 0;
+  std::int64_t taken_ = 0;
+  std::string_view bytes_;
   std::int64_t offset_ = 0;
   std::size_t size_ = 0;
 };

@@ -1,17 +1,20 @@
 // virtual-modem-inspect: the command line. Keep --help, the manual page and the completion in sync.
+#include <fcntl.h>
 #include <google/protobuf/stubs/logging.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "inspect/commands.h"
 #include "inspect/error.h"
+#include "inspect/terminal.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -19,12 +22,21 @@ namespace {
 constexpr const char* kProgram = "virtual-modem-inspect";
 
 // One line, whatever the input that it quotes holds.
-int Fail(std::string why, Status status) {
-  std::replace_if(
-      why.begin(), why.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+int Fail(const std::string& why, Status status) {
+  std::cout.exceptions(std::ios::goodbit);  // what was written before still belongs there
   std::cout.flush();
-  std::cerr << kProgram << ": " << why << '\n';
+  std::cerr << kProgram << ": " << ForTerminal(why) << '\n';
   return status;
+}
+
+// A file that is opened must not become one of the standard streams.
+bool StandardStreamsAreOpen() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) >= 0) continue;
+    if (fd == STDOUT_FILENO) return false;
+    open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDWR);
+  }
+  return true;
 }
 
 class CommandLine {
@@ -38,6 +50,8 @@ class CommandLine {
                     "VIRTUAL_MODEM_DESCRIPTOR_SET")
         ->type_name("FILE");
     AddDecode();
+    AddLog();
+    AddMask();
     AddEncode();
     AddIdentify();
     AddDescribe();
@@ -50,7 +64,11 @@ class CommandLine {
       app_.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
       // --help and --version come this way too.
-      if (error.get_exit_code() == 0) return app_.exit(error);
+      if (error.get_exit_code() == 0) {
+        app_.exit(error);
+        std::cout.flush();
+        return kOk;
+      }
       const bool no_command = app_.get_subcommands().empty() && !app_.remaining().empty();
       return Fail((no_command ? "there is no command " + app_.remaining().front() : error.what()) +
                       " (see --help)",
@@ -62,7 +80,7 @@ class CommandLine {
       status = runs_.at(command->get_name())(schema);
     }
     std::cout.flush();
-    return std::cout ? status : Fail("cannot write to standard output", kBadInput);
+    return status;
   }
 
  private:
@@ -78,37 +96,115 @@ class CommandLine {
   static void AddFile(CLI::App* command, std::string& file) {
     command->add_option("file", file, "Input; - or nothing is standard input")->type_name("FILE");
   }
+  // The names are those of the form's option in --help.
   static void AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
-                          const std::string& what) {
+                          const std::map<std::string, Encoding>& names, const std::string& what) {
+    std::string list;
+    for (const auto& [name, value] : names) list += (list.empty() ? "" : "|") + name;
     // Turns the word into the number that CLI11 reads an enumeration from.
-    const auto to_number = [](std::string& word) -> std::string {
-      static const std::map<std::string, Encoding> kNames{{"auto", Encoding::kAuto},
-                                                          {"binary", Encoding::kBinary},
-                                                          {"hex", Encoding::kHex},
-                                                          {"base64", Encoding::kBase64}};
-      const auto found = kNames.find(word);
-      if (found == kNames.end()) return word + " is not one of auto, binary, hex, base64";
+    const auto to_number = [names, list](std::string& word) -> std::string {
+      const auto found = names.find(word);
+      if (found == names.end()) return word + " is not one of " + list;
       word = std::to_string(static_cast<int>(found->second));
       return "";
     };
     command->add_option(option, encoding, what)
-        ->type_name("auto|binary|hex|base64")
+        ->type_name(list)
         ->transform(CLI::Validator(to_number, ""));
   }
   static void AddFrom(CLI::App* command, Encoding& from) {
-    AddEncoding(command, "--from", from, "Form of the input; auto finds out");
+    AddEncoding(command, "--from", from,
+                {{"auto", Encoding::kAuto},
+                 {"binary", Encoding::kBinary},
+                 {"hex", Encoding::kHex},
+                 {"base64", Encoding::kBase64},
+                 {"string", Encoding::kString},
+                 {"array", Encoding::kArray},
+                 {"log", Encoding::kLog}},
+                "Form of the input; auto finds out");
+  }
+  static void AddSource(CLI::App* command, Source& source) {
+    AddFile(command, source.file);
+    AddFrom(command, source.from);
+    command->add_option("--hex", source.hex, "The bytes themselves, instead of a file")
+        ->type_name("HEX")
+        ->excludes("file")
+        ->excludes("--from");
+  }
+  static void AddRedact(CLI::App* command, bool& redact, bool& trust_type) {
+    CLI::Option* option = command->add_flag(
+        "--redact", redact, "Mask subscriber data; refuse bytes that do not fit the type");
+    command
+        ->add_flag("--trust-type", trust_type,
+                   "Mask bytes that do not fit the type all the same: what is another type's shows")
+        ->needs(option);
   }
 
   void AddDecode() {
     CLI::App* command = Add("decode", "Print a message and what is wrong with it",
                             [this](Schema& schema) { return DecodeCommand(schema, decode_); });
     AddType(command, decode_.type);
-    AddFile(command, decode_.file);
-    AddFrom(command, decode_.from);
+    AddSource(command, decode_.source);
     command->add_flag("--json", decode_.json, "JSON; findings go to standard error");
-    command->add_flag("--redact", decode_.redact, "Mask subscriber data");
+    AddRedact(command, decode_.redact, decode_.trust_type);
     command->add_flag("--delimited", decode_.delimited,
                       "The input is a stream: messages, each preceded by its length as a varint");
+  }
+
+  void AddLog() {
+    CLI::App* command = Add("log", "Show a capture or a log, a line each message",
+                            [this](Schema& schema) { return LogCommand(schema, log_); });
+    command->add_option("file", log_.file, "Capture or log; - or nothing is standard input")
+        ->type_name("FILE");
+    command->add_option("--type", log_.types, "Only messages of this type; may be repeated")
+        ->type_name("TYPE")
+        ->allow_extra_args(false);
+    command->add_option("--unit", log_.units, "Only messages of this unit; may be repeated")
+        ->type_name("UNIT")
+        ->allow_extra_args(false);
+    command->add_option("--kind", log_.kinds, "Only messages of this kind; may be repeated")
+        ->type_name("request|response|indication|record")
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember({"request", "response", "indication", "record"}).description(""));
+    command->add_option("--serial", log_.serials, "Only messages of this serial; may be repeated")
+        ->type_name("NUMBER")
+        ->allow_extra_args(false);
+    command
+        ->add_option("--grep", log_.grep,
+                     "Only messages with the value in that field; FIELD~TEXT for a part of it")
+        ->type_name("FIELD=VALUE");
+    command->add_flag("--incomplete", log_.incomplete,
+                      "Only messages that lack something or break off");
+    command->add_flag("--unknown", log_.unknown,
+                      "Only messages with unknown fields or undeclared numbers");
+    CLI::Option* pairs =
+        command->add_flag("--pairs", log_.pairs, "Requests with their responses, by serial");
+    CLI::Option* count =
+        command->add_flag("--count", log_.count, "How many there are of each type and result")
+            ->excludes(pairs);
+    command->add_flag("--json", log_.json, "JSON, one object a line");
+    command->add_flag("--redact", log_.redact, "Mask subscriber data");
+    command->add_flag("--follow", log_.follow, "Wait for more at the end of the file")
+        ->excludes(count);
+  }
+
+  void AddMask() {
+    CLI::App* command = Add("mask", "Mask subscriber data in a capture or in one message",
+                            [this](Schema& schema) { return MaskCommand(schema, mask_); });
+    command->add_option("in", mask_.from, "Capture, or message with --type")
+        ->required()
+        ->type_name("IN");
+    command->add_option("out", mask_.to, "File to write; - is standard output")
+        ->required()
+        ->type_name("OUT");
+    CLI::Option* type =
+        command->add_option("--type", mask_.type, "The input is a message of this type")
+            ->type_name("TYPE");
+    AddFrom(command, mask_.encoding);
+    command
+        ->add_flag("--trust-type", mask_.trust_type,
+                   "Mask bytes that do not fit the type all the same: what is another type's shows")
+        ->needs(type);
   }
 
   void AddEncode() {
@@ -117,17 +213,29 @@ class CommandLine {
     AddType(command, encode_.type);
     AddFile(command, encode_.file);
     AddEncoding(command, "--to", encode_.to,
+                {{"auto", Encoding::kAuto},
+                 {"binary", Encoding::kBinary},
+                 {"hex", Encoding::kHex},
+                 {"base64", Encoding::kBase64}},
                 "Form of the output; auto: hex on a terminal, else binary");
     command->add_flag("--json", encode_.json, "The input is JSON");
+    command->add_flag("--skeleton", encode_.skeleton,
+                      "Print a message of the type as text, to be filled in and encoded");
     command->add_flag("--partial", encode_.partial, "Write it in spite of findings");
-    command->add_flag("--delimited", encode_.delimited, "Put its length before it, as in a stream");
+    CLI::Option* delimited = command->add_flag("--delimited", encode_.delimited,
+                                               "Put its length before it, as in a stream");
+    command
+        ->add_option("--capture", encode_.capture,
+                     "Write it into a capture of its own, which log and Wireshark read")
+        ->type_name("FILE")
+        ->excludes(delimited)
+        ->excludes("--to");
   }
 
   void AddIdentify() {
     CLI::App* command = Add("identify", "Rank the types that bytes of an unknown type can be",
                             [this](Schema& schema) { return IdentifyCommand(schema, identify_); });
-    AddFile(command, identify_.file);
-    AddFrom(command, identify_.from);
+    AddSource(command, identify_.source);
     command->add_flag("--all", identify_.all, "Show the types that fit badly too");
   }
 
@@ -135,9 +243,11 @@ class CommandLine {
     CLI::App* command = Add("describe", "Explain a message, enumeration, field, value or number",
                             [this](Schema& schema) { return DescribeCommand(schema, what_); });
     command
-        ->add_option("what", what_,
-                     "Such as Dial, Dial.clir, Clir, RADIO_E_SIM_BUSY or 11002; nothing: the units")
-        ->type_name("NAME|NUMBER");
+        ->add_option(
+            "what", what_,
+            "Such as Dial, Dial.clir, RADIO_E_SIM_BUSY, 11002, 0x2afa, fa55, Dial.clir=2 or "
+            "cause 17; nothing: the units")
+        ->type_name("WORDS");
   }
 
   void AddList() {
@@ -149,13 +259,25 @@ class CommandLine {
   }
 
   void AddDiff() {
-    CLI::App* command = Add("diff", "Compare two messages field by field",
-                            [this](Schema& schema) { return DiffCommand(schema, diff_); });
-    AddType(command, diff_.type);
-    command->add_option("left", diff_.left, "One message")->required()->type_name("FILE");
-    command->add_option("right", diff_.right, "The other message")->required()->type_name("FILE");
+    CLI::App* command = Add("diff", "Compare two messages or two recordings field by field",
+                            [this](Schema& schema) { return RunDiff(schema); });
+    command
+        ->add_option("what", diff_words_,
+                     "Two messages of a type, two streams of a type, or two captures or logs")
+        ->required()
+        ->expected(2, 3)
+        ->type_name("[TYPE] LEFT RIGHT");
+    command->add_flag("--delimited", diff_.delimited, "The two are streams of the type");
     AddFrom(command, diff_.from);
-    command->add_flag("--redact", diff_.redact, "Mask subscriber data");
+    AddRedact(command, diff_.redact, diff_.trust_type);
+  }
+
+  Status RunDiff(Schema& schema) {
+    if (diff_words_.size() == 3) diff_.type = diff_words_.front();
+    diff_.left = diff_words_[diff_words_.size() - 2];
+    diff_.right = diff_words_.back();
+    if (diff_.delimited && diff_.type.empty()) throw Error("two streams need their TYPE");
+    return DiffCommand(schema, diff_);
   }
 
   CLI::App app_{
@@ -165,10 +287,13 @@ class CommandLine {
   std::map<std::string, std::function<Status(Schema&)>> runs_;
   std::string schema_;
   DecodeOptions decode_;
+  LogOptions log_;
+  MaskOptions mask_;
   EncodeOptions encode_;
   IdentifyOptions identify_;
   DiffOptions diff_;
-  std::string what_;
+  std::vector<std::string> diff_words_;
+  std::vector<std::string> what_;
   std::string list_ = "messages";
 };
 
@@ -178,12 +303,18 @@ class CommandLine {
 int main(int argc, char** argv) {
   namespace inspect = virtual_modem::inspect;
   std::ios::sync_with_stdio(false);
+  if (!inspect::StandardStreamsAreOpen()) {
+    return inspect::Fail("standard output is closed", inspect::kBadInput);
+  }
+  std::cout.exceptions(std::ios::badbit | std::ios::failbit);  // ends the program where it fails
   // The runtime's own lines about strings that are not UTF-8 and the like: findings say it better.
   google::protobuf::SetLogHandler(nullptr);
   try {
     return inspect::CommandLine().Run(argc, argv);
   } catch (const std::bad_alloc&) {
     return inspect::Fail("out of memory", inspect::kBadInput);
+  } catch (const std::ios_base::failure&) {
+    return inspect::Fail("cannot write to standard output", inspect::kBadInput);
   } catch (const std::exception& error) {
     return inspect::Fail(error.what(), inspect::kBadInput);
   }

@@ -31,12 +31,6 @@ class FirstError : public google::protobuf::DescriptorPool::ErrorCollector {
   std::string text_;
 };
 
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return lower;
-}
-
 // Levenshtein distance.
 std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
@@ -75,6 +69,27 @@ Schema::Schema(const std::string& descriptor_set) {
   }
   ReadSubscriberData(
       std::filesystem::path(descriptor_set).replace_filename("subscriber_data.txt").string());
+  tables_.Fill(messages_, subscriber_data_);
+  FillTypes();
+}
+
+void Schema::FillTypes() {
+  for (const Descriptor* type : messages_) {
+    const FieldDescriptor* serial = type->FindFieldByName("serial");
+    const FieldDescriptor* error = type->FindFieldByName("error");
+    // The first word of the comment says the kind. Sets without comments leave it to the fields.
+    const std::string comment = Comment(*type);
+    Kind kind = serial == nullptr ? Kind::kIndication : Kind::kRequest;
+    if (serial != nullptr && error != nullptr) kind = Kind::kResponse;
+    for (const Kind each : {Kind::kRequest, Kind::kResponse, Kind::kIndication, Kind::kRecord}) {
+      const std::string_view name = KindName(each);
+      if (Lower(comment.substr(0, name.size())) == name) kind = each;
+    }
+    types_.push_back(
+        {type, UnitOf(*type->file()), kind, serial == nullptr ? 0 : serial->number(), error});
+    types_by_name_[type->full_name()] = types_.size() - 1;
+    types_by_name_.emplace(type->name(), types_.size() - 1);
+  }
 }
 
 void Schema::ReadSubscriberData(const std::string& path) {
@@ -97,12 +112,8 @@ void Schema::ReadSubscriberData(const std::string& path) {
 }
 
 const Descriptor* Schema::FindMessage(std::string_view name) const {
-  const Descriptor* found = nullptr;
-  for (const Descriptor* type : messages_) {
-    if (type->full_name() == name) return type;
-    if (type->name() == name) found = type;
-  }
-  return found;
+  const TypeInfo* found = FindType(name);
+  return found == nullptr ? nullptr : found->type;
 }
 
 const Descriptor& Schema::GetMessage(std::string_view name) const {
@@ -111,6 +122,11 @@ const Descriptor& Schema::GetMessage(std::string_view name) const {
   std::vector<std::string> names;
   for (const Descriptor* each : messages_) names.push_back(each->name());
   throw Error("there is no message " + std::string(name) + DidYouMean(name, names));
+}
+
+const TypeInfo* Schema::FindType(std::string_view name) const {
+  const auto found = types_by_name_.find(name);
+  return found == types_by_name_.end() ? nullptr : &types_[found->second];
 }
 
 const EnumDescriptor* Schema::FindEnum(std::string_view name) const {
@@ -127,6 +143,19 @@ std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) {
 void Schema::RequireSubscriberData() const {
   if (!subscriber_data_.empty()) return;
   throw Error("there is no subscriber_data.txt beside the descriptor set: nothing can be redacted");
+}
+
+std::string_view KindName(Kind kind) {
+  switch (kind) {
+    case Kind::kRequest:
+      return "request";
+    case Kind::kResponse:
+      return "response";
+    case Kind::kIndication:
+      return "indication";
+    default:
+      return "record";
+  }
 }
 
 std::string DefaultDescriptorSet() {
@@ -158,6 +187,12 @@ bool SameLayout(const Descriptor& left, const Descriptor& right) {
     }
   }
   return true;
+}
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower;
 }
 
 std::vector<std::string> NearestNames(std::string_view name,

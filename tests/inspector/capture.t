@@ -1,0 +1,166 @@
+  $ . "$TESTDIR/setup.sh"
+  $ export TZ=UTC
+  $ hex() { echo "platformtype: UNKNOW $2" | inspect encode --partial --to hex "$1" 2>/dev/null; }
+  $ call='state: RADIO_CALL_ACTIVE index: 1 toa: 129 ismpty: false ismt: true als: false isvoice: true isvoiceprivacy: false numberpresentation: 0 name: "" namepresentation: 0'
+  $ cat >packets <<PACKETS
+  > 1000000000.000001 > Dial $(hex Dial 'serial: 1 address: "112" clir: CLIR_DEFAULT')
+  > 1000000000.250001 < NoResultResponse $(hex NoResultResponse 'serial: 1 error: RADIO_E_SUCCESS')
+  > 1000000001.5 = - 00
+  > 1000000061 > NoParmRequest $(hex NoParmRequest 'serial: 2')
+  > 1000000061.001 < GetCurrentCallsResponse $(hex GetCurrentCallsResponse "serial: 2 error: RADIO_E_SUCCESS calls { $call number: \"5551\" } calls { $call number: \"5552\" }")
+  > 1000000062 > Hangup $(hex Hangup 'serial: 3 gsmindex: 1')
+  > 1000000063 < NoResultResponse $(hex NoResultResponse 'serial: 9 error: RADIO_E_SIM_BUSY')
+  > 1000000064 < NoResultResponse $(hex NoResultResponse 'serial: 1 error: RADIO_E_SIM_BUSY')
+  > 1000000065 < GetVoiceRadioTechResponse 0800100718002063
+  > 1000000066 < QServiceStatusInfoList 5001
+  > 1000000067 > Nonesuch 0800
+  > 1000000068 < NoResultIndication 00ff
+  > 1000000069 > Dial $(hex Dial 'serial: 4 address: "112" clir: CLIR_DEFAULT') 49
+  > 1000000070 > - 564d000500000001
+  > PACKETS
+  $ "$TESTDIR/make_capture.py" <packets >log.pcap
+  $ inspect log log.pcap
+  09-09 01:46:40.000001 > Dial #1 11 B platformtype: UNKNOW serial: 1 address: "112" clir: CLIR_DEFAULT
+  09-09 01:46:40.250001 < NoResultResponse #1 6 B platformtype: UNKNOW serial: 1 error: RADIO_E_SUCCESS
+  09-09 01:47:41.000000 > NoParmRequest #2 4 B platformtype: UNKNOW serial: 2
+  09-09 01:47:41.001000 < GetCurrentCallsResponse #2 68 B platformtype: UNKNOW serial: 2 error: RADIO_E_SUCCESS calls { state: RADIO_CALL_ACTIVE index: 1 toa: 129 ismpty: false ismt: true als: false isvoice: true isvoiceprivacy: false number: "5551" numberpresentation: 0 name: "" namepresentation: 0 } calls { state: RADIO_CALL_ACTIVE index: 1 toa: 129 ismpty: false ismt: true als: false isvoice: true isvoiceprivacy: false number: "5552" numberpresentation: 0 name: "" namepresentation: 0 }
+  09-09 01:47:42.000000 > Hangup #3 6 B platformtype: UNKNOW serial: 3 gsmindex: 1
+  09-09 01:47:43.000000 < NoResultResponse #9 6 B platformtype: UNKNOW serial: 9 error: RADIO_E_SIM_BUSY
+  09-09 01:47:44.000000 < NoResultResponse #1 6 B platformtype: UNKNOW serial: 1 error: RADIO_E_SIM_BUSY
+  09-09 01:47:45.000000 < GetVoiceRadioTechResponse #7 8 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS 4: 99 # rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent
+  09-09 01:47:46.000000 < QServiceStatusInfoList - 2 B 10: 1 # unknown field 10 at byte 0, varint, 2 bytes with its tag
+  09-09 01:47:47.000000 > Nonesuch - 2 B  # the schema has no such type
+  09-09 01:47:48.000000 < NoResultIndication - 2 B  # malformed at byte 0: a field has number 0; missing required platformtype
+  09-09 01:47:49.000000 > Dial #4 9 B platformtype: UNKNOW serial: 4 address: "112" # the capture keeps 21 of the frame's 23 bytes; missing required clir
+  09-09 01:47:50.000000 > ? - 0 B  # a frame that ends within the name of its type
+  virtual-modem-inspect: log.pcap: passed over packets between other ports: 1
+
+JSON, with the findings of what is odd:
+
+  $ inspect log --json log.pcap 2>/dev/null | sed -n '2p; 8,12p'
+  {"time":"2001-09-09T01:46:40.250001Z","direction":"to telephony","type":"NoResultResponse","unit":"radio","kind":"response","serial":1,"size":6,"message":{"platformtype":"UNKNOW","serial":1,"error":"RADIO_E_SUCCESS"}}
+  {"time":"2001-09-09T01:47:45.000000Z","direction":"to telephony","type":"GetVoiceRadioTechResponse","unit":"radio","kind":"response","serial":7,"size":8,"message":{"platformtype":"UNKNOW","serial":7,"error":"RADIO_E_SUCCESS","rat":99},"findings":["rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent"]}
+  {"time":"2001-09-09T01:47:46.000000Z","direction":"to telephony","type":"QServiceStatusInfoList","unit":"ims_service","kind":"indication","size":2,"message":{},"findings":["unknown field 10 at byte 0, varint, 2 bytes with its tag"]}
+  {"time":"2001-09-09T01:47:47.000000Z","direction":"to modem","type":"Nonesuch","size":2,"findings":["the schema has no such type"]}
+  {"time":"2001-09-09T01:47:48.000000Z","direction":"to telephony","type":"NoResultIndication","unit":"radio","kind":"indication","size":2,"message":{},"findings":["malformed at byte 0: a field has number 0","missing required platformtype"]}
+  {"time":"2001-09-09T01:47:49.000000Z","direction":"to modem","type":"Dial","unit":"radio","kind":"request","serial":4,"size":9,"message":{"platformtype":"UNKNOW","serial":4,"address":"112"},"findings":["the capture keeps 21 of the frame's 23 bytes","missing required clir"]}
+
+What is asked for, by any of the marks:
+
+  $ asked() { echo "$@:" $(inspect log log.pcap "$@" 2>/dev/null | sed 's/.* [<>] \([^ ]*\) \([^ ]*\).*/\1 \2/'); }
+  $ asked --type Dial --type Hangup
+  --type Dial --type Hangup: Dial #1 Hangup #3 Dial #4
+  $ asked --unit ims_service
+  --unit ims_service: QServiceStatusInfoList -
+  $ asked --kind indication
+  --kind indication: QServiceStatusInfoList - NoResultIndication -
+  $ asked --serial 2 --serial 9
+  --serial 2 --serial 9: NoParmRequest #2 GetCurrentCallsResponse #2 NoResultResponse #9
+  $ asked --incomplete
+  --incomplete: GetVoiceRadioTechResponse #7 Nonesuch - NoResultIndication - Dial #4 ? -
+  $ asked --unknown
+  --unknown: GetVoiceRadioTechResponse #7 QServiceStatusInfoList -
+  $ asked --grep calls.number=5552
+  --grep calls.number=5552: GetCurrentCallsResponse #2
+  $ asked --grep 'calls[0].number=5552'
+  --grep calls[0].number=5552:
+  $ asked --grep 'calls[1].number~55'
+  --grep calls[1].number~55: GetCurrentCallsResponse #2
+  $ asked --grep number=5552
+  --grep number=5552:
+  $ asked --grep error=RADIO_E_SIM_BUSY
+  --grep error=RADIO_E_SIM_BUSY: NoResultResponse #9 NoResultResponse #1
+  $ asked --grep calls.toa=129 --kind response
+  --grep calls.toa=129 --kind response: GetCurrentCallsResponse #2
+  $ asked --grep calls.ismt=true
+  --grep calls.ismt=true: GetCurrentCallsResponse #2
+  $ for wrong in '--type Dail' '--unit radoi' '--kind reply' '--grep numbr=1' '--grep calls' '--grep calls[x].number=1' '--count --pairs'; do
+  >   inspect log log.pcap $wrong
+  > done
+  virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
+  virtual-modem-inspect: there is no unit radoi; did you mean radio?
+  virtual-modem-inspect: --kind: reply not in {request,response,indication,record} (see --help)
+  virtual-modem-inspect: --grep: no message has a field numbr; did you mean number?
+  virtual-modem-inspect: --grep: calls is not FIELD=VALUE
+  virtual-modem-inspect: --grep: calls[x] is not a field and its place in a list
+  virtual-modem-inspect: --pairs excludes --count (see --help)
+  [2]
+
+Who answered whom, and how often what came:
+
+  $ inspect log --pairs log.pcap 2>/dev/null
+  09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 250.000 ms
+  09-09 01:47:41.000000 #2 NoParmRequest > GetCurrentCallsResponse RADIO_E_SUCCESS after 1.000 ms
+  09-09 01:47:43.000000 #9 NoResultResponse RADIO_E_SIM_BUSY: no request
+  09-09 01:47:44.000000 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
+  09-09 01:47:45.000000 #7 GetVoiceRadioTechResponse RADIO_E_SUCCESS: no request
+  09-09 01:47:42.000000 #3 Hangup: no response
+  09-09 01:47:49.000000 #4 Dial: no response
+  # 2 answered after 125.500 ms on average, 250.000 ms at most; 2 not answered, 1 answered again, 2 responses without a request
+  $ inspect log --pairs --type Hangup --type Dial log.pcap 2>/dev/null
+  09-09 01:46:40.000001 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 250.000 ms
+  09-09 01:47:44.000000 #1 Dial > NoResultResponse RADIO_E_SIM_BUSY: answered again
+  09-09 01:47:42.000000 #3 Hangup: no response
+  09-09 01:47:49.000000 #4 Dial: no response
+  # 1 answered after 250.000 ms on average, 250.000 ms at most; 2 not answered, 1 answered again, 0 responses without a request
+  $ inspect log --pairs --json log.pcap 2>/dev/null | head -n 3
+  {"time":"2001-09-09T01:46:40.000001Z","serial":1,"request":"Dial","response":"NoResultResponse","error":"RADIO_E_SUCCESS","latency_ms":250.000}
+  {"time":"2001-09-09T01:47:41.000000Z","serial":2,"request":"NoParmRequest","response":"GetCurrentCallsResponse","error":"RADIO_E_SUCCESS","latency_ms":1.000}
+  {"time":"2001-09-09T01:47:43.000000Z","serial":9,"response":"NoResultResponse","error":"RADIO_E_SIM_BUSY","problem":"no request"}
+  $ inspect log --count log.pcap 2>/dev/null
+         2  (unreadable)
+         2  Dial
+         1  GetCurrentCallsResponse  RADIO_E_SUCCESS
+         1  GetVoiceRadioTechResponse  RADIO_E_SUCCESS
+         1  Hangup
+         1  NoParmRequest
+         1  NoResultIndication
+         2  NoResultResponse  RADIO_E_SIM_BUSY
+         1  NoResultResponse  RADIO_E_SUCCESS
+         1  QServiceStatusInfoList
+  $ inspect log --count --json log.pcap 2>/dev/null | tail -n 1
+  {"type":"QServiceStatusInfoList","count":1}
+
+Masked, also where bytes do not fit their type; a filter sees the content all the same:
+
+  $ inspect log --redact --type Dial log.pcap 2>/dev/null
+  09-09 01:46:40.000001 > Dial #1 11 B platformtype: UNKNOW serial: 1 address: "XXX" clir: CLIR_DEFAULT
+  09-09 01:47:49.000000 > Dial #4 9 B platformtype: UNKNOW serial: 4 address: "XXX" # the capture keeps 21 of the frame's 23 bytes; missing required clir
+  $ printf '1000000000 < Call 1a03353535\n' | "$TESTDIR/make_capture.py" | inspect log --redact
+  09-09 01:46:40.000000 < Call - 5 B  # toa: declared as int32, came as length-delimited; kept as unknown field 3 (byte 0), so required toa is absent; missing required state; missing required index; missing required ismpty; missing required ismt; missing required als; missing required isvoice; missing required isvoiceprivacy; missing required number; missing required numberpresentation; missing required name; missing required namepresentation
+
+Packed, in pieces, through a pipe, while it grows, and broken:
+
+  $ inspect log log.pcap >plain 2>/dev/null
+  $ (head -c 99 log.pcap | gzip; tail -c +100 log.pcap | gzip) | inspect log 2>/dev/null | cmp - plain
+  $ gzip -c log.pcap | head -c 300 | inspect log >/dev/null
+  virtual-modem-inspect: standard input: the gzip file is cut
+  [1]
+  $ (gzip -c log.pcap | head -c 200; head -c 100 card.bin) | inspect log >/dev/null
+  virtual-modem-inspect: standard input: the gzip file is broken
+  [1]
+  $ head -c 500 log.pcap >cut.pcap
+  $ inspect log cut.pcap | wc -l
+  virtual-modem-inspect: cut.pcap: broken after packet 6: truncated dump file; tried to read 16 header bytes, only got 14
+  5
+  $ head -c 120 log.pcap >growing.pcap
+  $ mkfifo lines && { inspect log --follow growing.pcap >lines & } 2>/dev/null
+  $ exec 3<lines
+  $ head -n 1 <&3
+  09-09 01:46:40.000001 > Dial #1 11 B platformtype: UNKNOW serial: 1 address: "112" clir: CLIR_DEFAULT
+  $ tail -c +121 log.pcap >>growing.pcap
+  $ head -n 2 <&3 | tail -n 1 | cut -c 1-50
+  09-09 01:47:41.000000 > NoParmRequest #2 4 B platf
+  $ kill $! && exec 3<&-
+
+What is none:
+
+  $ printf '1000000001.5 = - 00\n' | "$TESTDIR/make_capture.py" | inspect log
+  virtual-modem-inspect: standard input: no message in it; packets between other ports: 1
+  [1]
+  $ head -c 24 log.pcap | sed 's/\x65/\x69/' | inspect log
+  virtual-modem-inspect: standard input: a capture of link type IEEE802_11, which does not carry the messages' datagrams
+  [1]
+  $ inspect log card.bin
+  virtual-modem-inspect: card.bin: no message in it; lines without the type and the content of a message: 3
+  [1]

@@ -1,0 +1,63 @@
+  $ . "$TESTDIR/setup.sh"
+  $ export TZ=UTC
+  $ cat >packets <<PACKETS
+  > 1000000000.000001 > Dial 080010011a0635353131323220009a3e03414243
+  > 1000000001 < CellIndentityLte $(echo 'ci: 27439873 pci: 301 tac: 23041 earfcn: 1850' | inspect encode --to hex CellIndentityLte)
+  > 1000000002 < EmergencyNumber 080010011a063535313132322001
+  > 1000000003 > Nonesuch 551122
+  > 1000000004 = - 353531313232
+  > 1000000005 > - 353531313232
+  > 1000000006 < IccCardStatusResponse $(inspect encode --to hex IccCardStatusResponse card.txt) 90
+  > PACKETS
+  $ "$TESTDIR/make_capture.py" <packets >secret.pcap
+  $ inspect mask secret.pcap masked.pcap
+  virtual-modem-inspect: secret.pcap: left out packets between other ports: 1
+  virtual-modem-inspect: secret.pcap: left out the bytes of frames whose type the schema does not have: 2
+  $ inspect log masked.pcap
+  09-09 01:46:40.000001 > Dial #1 14 B platformtype: UNKNOW serial: 1 address: "XXXXXX" clir: CLIR_DEFAULT
+  09-09 01:46:41.000000 < CellIndentityLte - 9 B ci: 0 pci: 0 tac: 0 earfcn: 1850
+  09-09 01:46:42.000000 < EmergencyNumber - 10 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # missing required number; missing required mcc; missing required sources
+  09-09 01:46:43.000000 > Nonesuch - 0 B  # the schema has no such type
+  09-09 01:46:46.000000 < IccCardStatusResponse #7 27 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS cardstatus { base { cardstate: CARD_PRESENT universalpinstate: PIN_UNKNOWN gsmumtssubscriptionappindex: 0 cdmasubscriptionappindex: -1 } } # missing required cardstatus.base.imssubscriptionappindex; missing required cardstatus.physicalslotid; missing required cardstatus.atr; missing required cardstatus.iccid
+  $ grep -c -a -e 551122 -e ABC -e 89882 masked.pcap
+  0
+  [1]
+  $ stat -c %a masked.pcap
+  600
+  $ inspect mask - - <secret.pcap 2>/dev/null | cmp - masked.pcap
+
+One message, in the form that it came in:
+
+  $ inspect mask --type IccCardStatusResponse card.bin masked.bin && inspect diff IccCardStatusResponse card.bin masked.bin
+  modified: cardstatus.iccid: "8988211000000123456" -> "XXXXXXXXXXXXXXXXXXX"
+  [3]
+  $ inspect encode --to hex IccCardStatusResponse card.txt | inspect mask --type IccCardStatusResponse - - | inspect decode IccCardStatusResponse | grep iccid
+    iccid: "XXXXXXXXXXXXXXXXXXX"
+
+What does not fit its type is not masked by it, and nothing is left half done:
+
+  $ echo kept >kept
+  $ echo 080010011a063535313132322000 | inspect mask --type EmergencyNumber - kept
+  virtual-modem-inspect: standard input: not masked, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it all the same, and what is another type's stays
+  [1]
+  $ inspect mask card.bin kept
+  virtual-modem-inspect: card.bin: not a capture; one message needs --type
+  [1]
+  $ head -c 110 secret.pcap | inspect mask - kept
+  virtual-modem-inspect: standard input: broken after packet 1: truncated dump file; tried to read 16 header bytes, only got 10
+  [1]
+  $ cat kept; ls
+  kept
+  card.bin
+  card.txt
+  kept
+  masked.bin
+  masked.pcap
+  packets
+  secret.pcap
+  $ inspect mask secret.pcap /nonexistent/out
+  virtual-modem-inspect: /nonexistent/out: No such file or directory
+  [1]
+  $ inspect mask secret.pcap /dev/full
+  virtual-modem-inspect: /dev/full: No space left on device
+  [1]

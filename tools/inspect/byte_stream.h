@@ -1,0 +1,57 @@
+// The bytes of a file, a pipe or standard input in order, unpacked where gzip packed them.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace virtual_modem::inspect {
+
+class ByteStream {
+ public:
+  // "-" is standard input. With follow, the end of a file is waited at for more. Throws Error.
+  explicit ByteStream(const std::string& path, bool follow = false);
+  // The bytes themselves, which must outlive the stream.
+  ByteStream(std::string_view bytes, std::string name);
+  ~ByteStream();
+  ByteStream(const ByteStream&) = delete;
+  ByteStream& operator=(const ByteStream&) = delete;
+
+  // Reads what is there, up to size bytes, and waits only when nothing is; 0 at the end. Throws
+  // Error.
+  std::size_t Read(char* to, std::size_t size);
+  // The next bytes, at most 8, without taking them; fewer at the end.
+  std::string_view Peek(std::size_t size);
+
+  // Called before every wait.
+  void BeforeWait(std::function<void()> call) { before_wait_ = std::move(call); }
+
+  // As errors call it.
+  const std::string& name() const { return name_; }
+  // Bytes read of the file so far and in all; 0 when that is not known.
+  std::int64_t position() const { return position_; }
+  std::int64_t size() const { return size_; }
+
+ private:
+  class Inflater;
+
+  std::size_t ReadRaw(char* to, std::size_t size);
+  std::size_t ReadUnpacked(char* to, std::size_t size);
+
+  std::string name_;
+  int fd_ = -1;
+  bool follow_ = false;
+  bool regular_ = false;
+  std::string_view memory_;
+  std::int64_t position_ = 0;
+  std::int64_t size_ = 0;
+  std::string ahead_;   // peeked at
+  std::string packed_;  // the same, for the inflater
+  bool begun_ = false;
+  std::unique_ptr<Inflater> inflater_;
+  std::function<void()> before_wait_;
+};
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,32 @@
+// A file that is there in whole or not at all.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace virtual_modem::inspect {
+
+// Writes beside the path and puts the result there in the end; "-" is standard output. Throws
+// Error.
+class FileToWrite {
+ public:
+  explicit FileToWrite(const std::string& path);
+  // Without Keep(), what is at the path stays as it was.
+  ~FileToWrite();
+  FileToWrite(const FileToWrite&) = delete;
+  FileToWrite& operator=(const FileToWrite&) = delete;
+
+  std::FILE* get() const { return file_; }
+  void Write(std::string_view bytes);
+  void Keep();
+
+ private:
+  [[noreturn]] void Fail() const;
+
+  const std::string path_;
+  std::string temporary_;  // empty for what is no regular file, and written in place
+  std::FILE* file_ = nullptr;
+};
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,51 @@
+// The tables of the walk over encoded bytes, filled from the schema at run time.
+#pragma once
+
+#include <google/protobuf/descriptor.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "text/tables.h"
+
+namespace virtual_modem::inspect {
+
+// Requires that the pool of the descriptors outlives it.
+class SchemaTables {
+ public:
+  // A message has the index in the tables that it has here. Throws Error for a field of a type that
+  // the messages of a virtual modem do not use.
+  void Fill(const std::vector<const google::protobuf::Descriptor*>& messages,
+            const std::unordered_set<const google::protobuf::FieldDescriptor*>& subscriber_data);
+
+  const text::Tables& tables() const { return tables_; }
+  unsigned IndexOf(const google::protobuf::Descriptor& type) const { return indexes_.at(&type); }
+
+ private:
+  // The names of an enumeration's numbers: by place where the numbers are few, else by search.
+  struct Names {
+    std::vector<std::string_view> from_zero;
+    std::vector<std::pair<std::int32_t, std::string_view>> others;  // in order
+  };
+
+  static std::string_view NameOf(const void* context, unsigned enumeration, std::int32_t number);
+  text::Field MakeField(const google::protobuf::FieldDescriptor& field);
+  std::uint16_t Place(const std::string& name);
+  std::uint16_t PlaceEnum(const google::protobuf::EnumDescriptor& type);
+
+  std::vector<text::Message> messages_;
+  std::vector<text::Field> fields_;
+  std::string names_;
+  std::vector<Names> enums_;
+  std::unordered_map<const google::protobuf::Descriptor*, unsigned> indexes_;
+  std::unordered_map<const google::protobuf::EnumDescriptor*, std::uint16_t> enum_indexes_;
+  std::unordered_map<std::string, std::uint16_t> places_;
+  text::Tables tables_{};
+};
+
+}  // namespace virtual_modem::inspect
