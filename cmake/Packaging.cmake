@@ -3,7 +3,7 @@
 #   libvirtual-modem-protos       component runtime: the shared library and the descriptor set
 #   libvirtual-modem-text1        component text: the companion library
 #   libvirtual-modem-protos-dev   component development: headers, schema, CMake and pkg-config files
-#   libvirtual-modem-protos-tools component tools: virtual-modem-inspect
+#   libvirtual-modem-protos-tools component tools: virtual-modem-inspect, the Wireshark dissector
 #
 # Included with VIRTUAL_MODEM_PACKAGES. Configure with CMAKE_INSTALL_PREFIX=/usr, as the preset does:
 # only then do files go to Debian's multiarch folders. The packages need Debian's own lite runtime.

@@ -20,13 +20,19 @@ class CheckSchema(unittest.TestCase):
         with tempfile.TemporaryDirectory() as scratch:
             proto = pathlib.Path(scratch) / "proto"
             shutil.copytree(ROOT / "proto", proto)
-            text = (proto / file).read_text(encoding="utf-8")
-            for pattern, new in replacements:
-                text, count = re.subn(pattern, new, text, flags=re.DOTALL)
-                self.assertEqual(count, 1, f"{pattern} has to stand once in {file}")
-            (proto / file).write_text(text, encoding="utf-8")
-            result = subprocess.run([ROOT / "scripts" / "check-schema", f"--proto={proto}"],
-                                    capture_output=True, text=True, check=False)
+            self.edit(proto / file, *replacements)
+            return self.run_on(proto)
+
+    def edit(self, path: pathlib.Path, *replacements: tuple[str, str]) -> None:
+        text = path.read_text(encoding="utf-8")
+        for pattern, new in replacements:
+            text, count = re.subn(pattern, new, text, flags=re.DOTALL)
+            self.assertEqual(count, 1, f"{pattern} has to stand once in {path}")
+        path.write_text(text, encoding="utf-8")
+
+    def run_on(self, proto: pathlib.Path, *options: str) -> str:
+        result = subprocess.run([ROOT / "scripts" / "check-schema", f"--proto={proto}", *options],
+                                capture_output=True, text=True, check=False)
         self.assertEqual(bool(result.stderr), result.returncode != 0)
         print(result.stderr, end="")
         return result.stderr
@@ -47,6 +53,10 @@ class CheckSchema(unittest.TestCase):
                  ("Clir clir = 4;", "Clir clir = 4; required bool added = 6;")),
                 ("enum SmsAckFailCause: first MEMORY_CAPACITY_EXCEEDED became ADDED",
                  ("enum SmsAckFailCause \\{", "enum SmsAckFailCause { ADDED = 5;")),
+                ("field UusInfo.uusdata: oneof none became data",
+                 ("optional string uusdata = 3;", "oneof data { string uusdata = 3; }")),
+                ("file virtual_modem/radio.proto: runtime lite_runtime became speed",
+                 ("option optimize_for = LITE_RUNTIME;", "")),
         ]:
             with self.subTest(words):
                 self.assertIn(words, self.check(*change))
@@ -55,6 +65,24 @@ class CheckSchema(unittest.TestCase):
         self.assertIn('joinedcallid: default -1 became 0',
                       self.check((r'\[default = "-1"\]', '[default = "0"]'),
                                  file="virtual_modem/conference.proto"))
+
+    def test_what_a_message_declares_inside_it(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            proto = pathlib.Path(scratch) / "proto"
+            proto.mkdir()
+            file = proto / "nested.proto"
+            file.write_text("""syntax = "proto2";
+message Outer {
+  message Inner { enum State { OFF = 0; ON = 1; } optional State state = 1; }
+  optional Inner inner = 1;
+}
+""", encoding="utf-8")
+            released = f"--released={scratch}/released.txt"
+            self.assertEqual(self.run_on(proto, released, "--accept"), "")
+            self.edit(file, ("state = 1", "state = 2"), ("ON = 1", "ON = 3"))
+            complaints = self.run_on(proto, released)
+        self.assertIn("field Outer.Inner.state: number 1 became 2", complaints)
+        self.assertIn("value Outer.Inner.State.ON: number 1 became 3", complaints)
 
     def test_additions_and_comments_pass(self):
         self.assertEqual(self.check(

@@ -16,7 +16,7 @@
   virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)
   [2]
   $ inspect list nosuch
-  virtual-modem-inspect: what: nosuch not in {messages,enums} (see --help)
+  virtual-modem-inspect: what: nosuch not in {messages,enums,fields,values} (see --help)
   [2]
   $ inspect decode Dail
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
@@ -93,30 +93,3 @@ The manual page knows every option:
   >   sed 's/^-/Fl /' "options.$command" | grep -vxFf <(grep -o 'Fl -[a-z-]*' "$SOURCE/tools/virtual-modem-inspect.1")
   > done
   [1]
-
-Completion:
-
-  $ . "$SOURCE/tools/virtual-modem-inspect.bash"
-  $ completions() {
-  >   COMP_WORDS=("$INSPECT" "$@") COMP_CWORD=$#
-  >   _virtual_modem_inspect "$INSPECT" "${@: -1}" "${COMP_WORDS[-2]}"
-  >   echo "${COMPREPLY[@]}"
-  > }
-  $ completions ''
-  decode log mask encode identify describe list diff
-  $ completions --
-  --help --version --schema
-  $ completions decode Hang
-  Hangup
-  $ completions decode --de
-  --delimited
-  $ completions decode --delimited Dial --from b
-  binary base64
-  $ completions decode --delimited DialX
-  
-  $ completions decode Dial fil
-  
-  $ completions describe CallR
-  CallRat
-  $ completions list e
-  enums

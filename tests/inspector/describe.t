@@ -118,5 +118,14 @@ Lists, complete:
   122
   $ inspect list enums | wc -l
   53
+  $ inspect list fields | wc -l
+  578
+  $ inspect list fields | grep virtualdata.proto.SlaveMasterShareData
+  virtualdata.proto.SlaveMasterShareDataChange.result  data_share  Meaning agreed between the devices
+  virtualdata.proto.SlaveMasterShareDataChange.text  data_share  Meaning agreed between the devices
+  $ inspect list values | wc -l
+  912
+  $ inspect list values | grep -w RADIO_E_SIM_BUSY
+  RADIO_E_SIM_BUSY  radio  The card is busy
   $ inspect list | grep -w Dial
   Dial  radio  Request to set up an outgoing call

@@ -322,10 +322,16 @@ Status ListCommand(const Schema& schema, const std::string& what) {
     std::cout << declaration.full_name() << "  " << UnitOf(*declaration.file()) << "  "
               << Headline(declaration) << '\n';
   };
-  if (what == "enums") {
-    for (const EnumDescriptor* type : schema.enums()) print(*type);
+  if (what == "enums" || what == "values") {
+    for (const EnumDescriptor* type : schema.enums()) {
+      if (what == "enums") print(*type);
+      for (int i = 0; what == "values" && i < type->value_count(); ++i) print(*type->value(i));
+    }
   } else {
-    for (const Descriptor* type : schema.messages()) print(*type);
+    for (const Descriptor* type : schema.messages()) {
+      if (what == "messages") print(*type);
+      for (int i = 0; what == "fields" && i < type->field_count(); ++i) print(*type->field(i));
+    }
   }
   return kOk;
 }

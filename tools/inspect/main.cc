@@ -251,11 +251,11 @@ class CommandLine {
   }
 
   void AddList() {
-    CLI::App* command = Add("list", "List the messages or the enumerations",
+    CLI::App* command = Add("list", "List the messages, the enumerations, or what is in them",
                             [this](Schema& schema) { return ListCommand(schema, list_); });
-    command->add_option("what", list_, "messages (default) or enums")
-        ->type_name("messages|enums")
-        ->check(CLI::IsMember({"messages", "enums"}).description(""));
+    command->add_option("what", list_, "messages (default), enums, fields or values")
+        ->type_name("messages|enums|fields|values")
+        ->check(CLI::IsMember({"messages", "enums", "fields", "values"}).description(""));
   }
 
   void AddDiff() {

@@ -1,0 +1,46 @@
+  $ . "$TESTDIR/setup.sh"
+
+Bash:
+
+  $ . "$SOURCE/tools/virtual-modem-inspect.bash"
+  $ completions() {
+  >   COMP_WORDS=("$INSPECT" "$@") COMP_CWORD=$#
+  >   _virtual_modem_inspect "$INSPECT" "${@: -1}" "${COMP_WORDS[-2]}"
+  >   echo "${COMPREPLY[@]}"
+  > }
+  $ completions '' | tr ' ' '\n' | grep -c -e decode -e encode
+  2
+  $ completions --
+  --help --version --schema
+  $ completions decode Hang
+  Hangup
+  $ completions decode --de
+  --delimited
+  $ completions decode --delimited Dial --from b
+  binary base64
+  $ completions --schema x decode --from hex Hang
+  Hangup
+  $ completions decode --from = he
+  hex
+  $ completions decode --from =
+  auto binary hex base64
+  $ completions decode --delimited DialX
+  
+  $ completions decode Dial Hang
+  
+  $ completions decode SlaveD
+  SlaveDeactivateDataCallRequest
+  $ completions decode virtualdata.proto.SlaveD
+  virtualdata.proto.SlaveDeactivateDataCallRequest
+  $ completions describe CallR
+  CallRat
+  $ completions describe RADIO_E_SIM_B
+  RADIO_E_SIM_BUSY
+  $ completions describe Dial.c
+  Dial.clir
+  $ completions describe SlaveMasterShareDataChange.r
+  SlaveMasterShareDataChange.result
+  $ completions describe Dial.clir = CLIR_S
+  CLIR_SUPPRESSION
+  $ completions list v
+  values
