@@ -27,6 +27,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# For the companion library; the message library's SONAME has no version that it could name.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvirtual-modem-protos)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -86,7 +88,11 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     DESTINATION ${doc_dir} COMPONENT ${component})
 endforeach()
 
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/package/libvirtual-modem-protos.lintian-overrides
-  DESTINATION share/lintian/overrides RENAME libvirtual-modem-protos COMPONENT runtime)
+foreach(component IN ITEMS RUNTIME TEXT)
+  set(package ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
+  string(TOLOWER ${component} lower)
+  install(FILES ${CMAKE_CURRENT_LIST_DIR}/package/${lower}.lintian-overrides
+    DESTINATION share/lintian/overrides RENAME ${package} COMPONENT ${lower})
+endforeach()
 
 include(CPack)

@@ -97,6 +97,8 @@ def main() -> None:
                 path.parent.mkdir(parents=True, exist_ok=True)
                 path.write_text(text, encoding="utf-8")
                 counts["files"] += 1
+            elif block.language in ("bash", "shell"):
+                fail(block, "call it sh or console")
             elif block.language not in ("sh", "console"):
                 continue
             elif kind == "not run":
@@ -110,6 +112,8 @@ def main() -> None:
                     if done.returncode:
                         fail(block, f"status {done.returncode} from\n{text}\n{done.stdout}")
                     continue
+                if not text.startswith("$ "):
+                    fail(block, "does not begin with a command")
                 for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
                     entered, _, shown = part.partition("\n")
                     printed = run(entered, stdout=subprocess.PIPE, stderr=subprocess.STDOUT).stdout
