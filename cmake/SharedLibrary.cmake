@@ -48,13 +48,7 @@ function(virtual_modem_tune_shared_library target)
     target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
   endif()
 
-  if(ANDROID)
-    # Footprint; what each is worth stands in docs/android.md.
-    target_compile_options(${target} PRIVATE
-      -fno-rtti -fno-exceptions -funwind-tables -ffunction-sections -fdata-sections -faddrsig)
-    target_link_options(${target} PRIVATE
-      LINKER:--icf=safe,--pack-dyn-relocs=android+relr)
-    # The loader has folders of its own, and the build's has no place in the file.
-    set_target_properties(${target} PROPERTIES SKIP_BUILD_RPATH TRUE)
+  if(VIRTUAL_MODEM_DEVICE)
+    virtual_modem_platform_flags(${target})
   endif()
 endfunction()

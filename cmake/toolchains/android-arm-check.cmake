@@ -10,10 +10,8 @@ set(CMAKE_CXX_COMPILER_TARGET armv7a-linux-androideabi35)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 
-# As the platform compiles its own code for this ABI.
-set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfloat-abi=softfp -mfpu=vfpv3-d16 -mthumb \
--fstack-protector-strong -ftrivial-auto-var-init=zero \
--no-canonical-prefixes -nostdinc++")
+include(${CMAKE_CURRENT_LIST_DIR}/armeabi-v7a.cmake)
+set(CMAKE_CXX_FLAGS_INIT "${VIRTUAL_MODEM_ARMEABI_V7A_FLAGS} -no-canonical-prefixes -nostdinc++")
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES
   /usr/lib/llvm-19/include/c++/v1
   ${CMAKE_CURRENT_LIST_DIR}/../android/include

@@ -1,15 +1,18 @@
 #!/usr/bin/python3
 """Checks shape and size of the library as built for Android, and prints what it costs.
 
-Usage: check_android.py LIBRARY HOST_LIBRARY BUDGETS
+Usage: check_android.py LIBRARY UNPACKED_LIBRARY HOST_LIBRARY BUDGETS
 
-HOST_LIBRARY is the same library built for the build machine: both must export the same contract.
+UNPACKED_LIBRARY is a link of the same objects whose relocations are not packed, HOST_LIBRARY the same
+library built for the build machine: it must export the same contract.
 """
 import re
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
+
+import elf_load
 
 NEEDED = ["libprotobuf-cpp-lite-21.12.so", "libc++.so", "libc.so", "libm.so", "libdl.so"]
 
@@ -74,11 +77,12 @@ def faults_of_shape(library: str) -> list[str]:
 
 
 def main() -> None:
-    library, host_library, budget_file = sys.argv[1:]
+    library, unpacked, host_library, budget_file = sys.argv[1:]
     with tempfile.TemporaryDirectory() as scratch:
         stripped = f"{scratch}/stripped.so"
         run("llvm-strip-19", "--strip-all", "-o", stripped, library)
         sizes = section_sizes(stripped)
+        loaded = elf_load.Library(stripped)
         stripped_bytes = Path(stripped).stat().st_size
     names, host_names = exports(library), exports(host_library)
     measured = {
@@ -87,11 +91,12 @@ def main() -> None:
         "relocation_bytes": sum(sizes.get(n, 0) for n in (".rel.dyn", ".relr.dyn", ".rel.plt")),
         "exports": len(run("llvm-nm-19", "-D", "--defined-only", library).splitlines()),
         "initializer_bytes": sizes.get(".init_array", 0),
+        "dirtied_pages": elf_load.dirtied_pages(loaded),
     }
     budgets = {line.split()[0]: int(line.split()[1])
                for line in Path(budget_file).read_text().splitlines() if not line.startswith("#")}
 
-    faults = faults_of_shape(library)
+    faults = faults_of_shape(library) + elf_load.faults(loaded, elf_load.Library(unpacked))
     for missing in sorted(contract(host_names) - contract(names)):
         faults.append(f"not exported, but on the host: {missing[1]}")
     for surplus in sorted(contract(names) - contract(host_names)):
@@ -105,8 +110,8 @@ def main() -> None:
         print(f"{name:<24}{measured[name]:>10,}{budget:>10,}{'  OVER' if over else ''}")
     print(f"{'contract, as on the host':<24}{len(contract(names)):>10,}{len(contract(host_names)):>10,}")
     print("\n".join(faults) if faults else
-          "ELF32 ARM softfp, SONAME, five NEEDED, no type information, no text relocation, "
-          "packed relocations, no absolute path: as required",
+          "ELF32 ARM softfp, SONAME, five NEEDED, no type information, no text relocation, no absolute "
+          f"path, segments,\n{len(loaded.relocations()):,} relocations, packed as unpacked: as required",
           file=sys.stderr if faults else sys.stdout)
     sys.exit(1 if faults else 0)
 
