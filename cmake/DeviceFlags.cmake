@@ -16,34 +16,38 @@ function(virtual_modem_platform_flags target)
   endif()
 endfunction()
 
-# Sets variable to the strings of a list of the library's module in Android.bp.
-function(_read_android_bp property variable)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Android.bp)
+# Sets variable to the strings of a list of a module in Android.bp.
+function(_read_android_bp module property variable)
   file(READ ${PROJECT_SOURCE_DIR}/Android.bp modules)
-  string(REGEX REPLACE ".*name: \"lib-virtual-modem-protos\"" "" module "${modules}")
-  if(NOT module MATCHES "\n    ${property}: \\[\n([^]]+)\\]")
-    message(FATAL_ERROR "Android.bp: no list '${property}' in module lib-virtual-modem-protos")
+  string(REGEX REPLACE ".*name: \"${module}\"" "" rest "${modules}")
+  string(REGEX REPLACE "\n}.*" "" rest "${rest}")
+  if(NOT rest MATCHES "\n    ${property}: \\[\n([^]]+)\\]")
+    message(FATAL_ERROR "Android.bp: no list '${property}' in module ${module}")
   endif()
   string(REGEX MATCHALL "\"[^\"]+\"" flags "${CMAKE_MATCH_1}")
   list(TRANSFORM flags REPLACE "\"(.*)\"" "\\1")
   set(${variable} "${flags}" PARENT_SCOPE)
 endfunction()
 
+# To measure what a flag is worth, name the others here.
+set(VIRTUAL_MODEM_DEVICE_CFLAGS "" CACHE STRING
+  "Compiler flags of the libraries for the device, instead of those of Android.bp")
 if(VIRTUAL_MODEM_DEVICE)
-  _read_android_bp(cflags _cflags)
-  _read_android_bp(ldflags VIRTUAL_MODEM_DEVICE_LDFLAGS)
-  # To measure what a flag is worth, name the others here.
-  set(VIRTUAL_MODEM_DEVICE_CFLAGS "" CACHE STRING
-    "The library's compiler flags for the device, instead of those of Android.bp")
-  if(NOT VIRTUAL_MODEM_DEVICE_CFLAGS)
-    set(VIRTUAL_MODEM_DEVICE_CFLAGS ${_cflags})
-  endif()
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Android.bp)
+  _read_android_bp(virtual-modem-defaults cflags device_cflags)
+  _read_android_bp(virtual-modem-defaults ldflags device_ldflags)
+  _read_android_bp(lib-virtual-modem-protos cflags device_message_cflags)
 endif()
 
+# Further arguments are flags of this target alone. The prefix keeps what stands twice, and splits "-include FILE".
 function(virtual_modem_device_flags target)
-  # The prefix keeps a flag that stands twice, and splits "-include FILE".
-  list(TRANSFORM VIRTUAL_MODEM_DEVICE_CFLAGS PREPEND "SHELL:" OUTPUT_VARIABLE cflags)
-  target_compile_options(${target} PRIVATE ${cflags})
-  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src/messages)
-  target_link_options(${target} PRIVATE ${VIRTUAL_MODEM_DEVICE_LDFLAGS})
+  if(VIRTUAL_MODEM_DEVICE)
+    set(cflags ${device_cflags} ${ARGN})
+    if(VIRTUAL_MODEM_DEVICE_CFLAGS)
+      set(cflags ${VIRTUAL_MODEM_DEVICE_CFLAGS})
+    endif()
+    list(TRANSFORM cflags PREPEND "SHELL:")
+    target_compile_options(${target} PRIVATE ${cflags})
+    target_link_options(${target} PRIVATE ${device_ldflags})
+  endif()
 endfunction()

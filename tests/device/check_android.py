@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Checks shape and size of the library as built for Android, and prints what it costs.
 
-Usage: check_android.py LIBRARY UNPACKED_LIBRARY HOST_LIBRARY BUDGETS
+Usage: check_android.py LIBRARY UNPACKED_LIBRARY HOST_LIBRARY TEXT_LIBRARY BUDGETS
 
 UNPACKED_LIBRARY is a link of the same objects whose relocations are not packed, HOST_LIBRARY the same
-library built for the build machine: it must export the same contract.
+library built for the build machine: it must export the same contract. TEXT_LIBRARY is the companion
+library, whose size is held to its budget.
 """
 import re
 import subprocess
@@ -77,13 +78,15 @@ def faults_of_shape(library: str) -> list[str]:
 
 
 def main() -> None:
-    library, unpacked, host_library, budget_file = sys.argv[1:]
+    library, unpacked, host_library, text_library, budget_file = sys.argv[1:]
     with tempfile.TemporaryDirectory() as scratch:
         stripped = f"{scratch}/stripped.so"
         run("llvm-strip-19", "--strip-all", "-o", stripped, library)
         sizes = section_sizes(stripped)
         loaded = elf_load.Library(stripped)
         stripped_bytes = Path(stripped).stat().st_size
+        run("llvm-strip-19", "--strip-all", "-o", stripped, text_library)
+        text_library_bytes = Path(stripped).stat().st_size
     names, host_names = exports(library), exports(host_library)
     measured = {
         "stripped_bytes": stripped_bytes,
@@ -92,6 +95,7 @@ def main() -> None:
         "exports": len(run("llvm-nm-19", "-D", "--defined-only", library).splitlines()),
         "initializer_bytes": sizes.get(".init_array", 0),
         "dirtied_pages": elf_load.dirtied_pages(loaded),
+        "text_library_bytes": text_library_bytes,
     }
     budgets = {line.split()[0]: int(line.split()[1])
                for line in Path(budget_file).read_text().splitlines() if not line.startswith("#")}
