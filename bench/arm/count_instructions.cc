@@ -16,8 +16,8 @@ void qemu_plugin_register_vcpu_tb_trans_cb(qemu_plugin_id_t id,
                                            void (*callback)(qemu_plugin_id_t, qemu_plugin_tb*));
 void qemu_plugin_register_vcpu_tb_exec_inline(qemu_plugin_tb* block, qemu_plugin_op op,
                                               void* counter, std::uint64_t immediate);
-void qemu_plugin_register_atexit_cb(qemu_plugin_id_t id,
-                                    void (*callback)(qemu_plugin_id_t, void*), void* data);
+void qemu_plugin_register_atexit_cb(qemu_plugin_id_t id, void (*callback)(qemu_plugin_id_t, void*),
+                                    void* data);
 std::size_t qemu_plugin_tb_n_insns(const qemu_plugin_tb* block);
 
 extern const int qemu_plugin_version;

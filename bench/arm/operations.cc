@@ -50,9 +50,8 @@ std::uint64_t Repeat(const Record& record, std::string_view operation, int times
 
 template <typename Record>
 auto Repeater(Record record) {
-  return [record](std::string_view operation, int times) {
-    return Repeat(record, operation, times);
-  };
+  return
+      [record](std::string_view operation, int times) { return Repeat(record, operation, times); };
 }
 
 const std::vector<std::function<std::uint64_t(std::string_view, int)>> kMessages = {

@@ -18,7 +18,8 @@
 #include <climits>
 #include <string>
 
-// clang-format off: the order matters
+// The order matters.
+// clang-format off
 #ifdef __clang__
 #pragma clang attribute push(__attribute__((always_inline)), apply_to = function)
 #endif
