@@ -33,6 +33,11 @@ if(NOT EXISTS ${_tools})
     endif()
   endforeach()
   file(REMOVE_RECURSE ${_tools}.build)
+  # Upstream's names another folder and, in four parts, another release.
+  file(WRITE ${_tools}.install/lib/pkgconfig/protobuf.pc
+    "Name: protobuf\nDescription: Full runtime, built along with protoc\n"
+    "Version: ${VIRTUAL_MODEM_PROTOBUF_RELEASE}\n"
+    "Libs: -L\${pcfiledir}/.. -lprotobuf -pthread\nCflags: -I\${pcfiledir}/../../include\n")
   file(RENAME ${_tools}.install ${_tools})
 endif()
 file(LOCK ${_tools}.lock RELEASE)
