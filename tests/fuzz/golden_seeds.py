@@ -8,6 +8,7 @@ sources of these targets say how their inputs look.
 """
 import pathlib
 import re
+import struct
 import sys
 
 GOLDEN = pathlib.Path(__file__).parent.parent / "golden"
@@ -16,7 +17,15 @@ import samples  # noqa: E402
 
 CHUNK = 63  # bytes per chunk of a stream; any
 TEXT = b"\xc0"  # masked, on lines, cut in the middle
-DECODE, ENCODE = b"\x04", b"\x01"  # the inspector's commands, without options
+DECODE, ENCODE, LOG = b"\x04", b"\x01", b"\x80"  # the inspector's commands, without options
+
+
+def capture(frame: bytes) -> bytes:
+    """Of one packet, as docs/captures.md has it."""
+    packet = struct.pack(">BBHHHBBHIIHHHH", 0x45, 0, 28 + len(frame), 0, 0, 64, 17, 0, 0x7F000001,
+                         0x7F000001, 47601, 47602, 8 + len(frame), 0) + frame
+    return struct.pack("<IHHiIIIIIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 101, 1, 2, len(packet),
+                       len(packet)) + packet
 
 
 def main() -> None:
@@ -33,7 +42,9 @@ def main() -> None:
             (seeds / "inspector_fuzzer" / file).write_bytes(index + DECODE + data)
             text = sample.text.encode("ascii")
             (seeds / "inspector_fuzzer" / f"{file}-text").write_bytes(index + ENCODE + text)
-            (seeds / "frame_fuzzer" / file).write_bytes(header + name.encode("ascii") + data)
+            frame = header + name.encode("ascii") + data
+            (seeds / "frame_fuzzer" / file).write_bytes(frame)
+            (seeds / "inspector_fuzzer" / f"{file}-capture").write_bytes(index + LOG + capture(frame))
 
 
 if __name__ == "__main__":

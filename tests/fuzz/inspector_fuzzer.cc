@@ -1,5 +1,6 @@
 // Fuzz target over the inspector's commands. Input: one byte that chooses the message type, one for
-// command and options, then the file; for diff two files of equal size.
+// command and options, then the file; for diff two files of equal size. log, mask and diff without
+// a type read captures and logs.
 #include <google/protobuf/stubs/logging.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -44,17 +45,61 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   const bool first = (choice & 0x10) != 0;
   const bool second = (choice & 0x20) != 0;
   const bool third = (choice & 0x40) != 0;
-  switch (choice & 3) {
+  const std::size_t half = bytes.size() / 2;
+  DecodeOptions decode;
+  decode.type = type;
+  decode.json = first;
+  decode.redact = second;
+  decode.delimited = third;
+  EncodeOptions encode;
+  encode.type = type;
+  encode.to = from;
+  encode.json = first;
+  encode.partial = second;
+  encode.delimited = third;
+  DiffOptions diff;
+  diff.type = type;
+  diff.from = from;
+  diff.redact = first;
+  diff.trust_type = second;
+  diff.delimited = third;
+  LogOptions log;
+  log.incomplete = (choice & 4) != 0;
+  log.redact = (choice & 8) != 0;
+  log.pairs = first;
+  log.count = second;
+  log.json = third;
+  log.grep = third ? "calls.number~1" : "";
+  switch (choice & 0x83) {
     case 0:
-      return DecodeCommand(schema, {type, file.Holding(bytes), from, first, second, third});
+      decode.source = {file.Holding(bytes), from, ""};
+      return DecodeCommand(schema, decode);
     case 1:
-      return EncodeCommand(schema, {type, file.Holding(bytes), from, first, second, third});
+      encode.file = file.Holding(bytes);
+      return EncodeCommand(schema, encode);
     case 2:
-      return IdentifyCommand(schema, {file.Holding(bytes), from, first});
+      return IdentifyCommand(schema, {{file.Holding(bytes), from, ""}, first});
+    case 3:
+      diff.left = file.Holding(bytes.substr(0, half));
+      diff.right = other.Holding(bytes.substr(half));
+      return DiffCommand(schema, diff);
+    case 0x80:
+      log.file = file.Holding(bytes);
+      return LogCommand(schema, log);
+    case 0x81:
+      return MaskCommand(schema,
+                         {file.Holding(bytes), "/dev/null", third ? type : "", from, first});
+    case 0x82:
+      diff.type.clear();
+      diff.delimited = false;
+      diff.left = file.Holding(bytes);
+      diff.right = file.Holding(bytes);
+      return DiffCommand(schema, diff);
     default: {
-      const std::size_t half = bytes.size() / 2;
-      const std::string& left = file.Holding(bytes.substr(0, half));
-      return DiffCommand(schema, {type, left, other.Holding(bytes.substr(half)), from, first});
+      constexpr Encoding kOthers[] = {Encoding::kString, Encoding::kArray, Encoding::kLog,
+                                      Encoding::kAuto};
+      decode.source = {file.Holding(bytes), kOthers[choice >> 2 & 3], ""};
+      return DecodeCommand(schema, decode);
     }
   }
 }
