@@ -17,13 +17,13 @@ Bash:
   $ completions decode --de
   --delimited
   $ completions decode --delimited Dial --from b
-  binary base64
+  base64 binary
   $ completions --schema x decode --from hex Hang
   Hangup
   $ completions decode --from = he
   hex
   $ completions decode --from =
-  auto binary hex base64
+  array auto base64 binary hex log string
   $ completions decode --delimited DialX
   
   $ completions decode Dial Hang
@@ -42,5 +42,17 @@ Bash:
   SlaveMasterShareDataChange.result
   $ completions describe Dial.clir = CLIR_S
   CLIR_SUPPRESSION
+  $ completions log --unit r
+  radio
+  $ completions log --kind = re
+  request response record
+  $ completions log --grep clir
+  clir
+  $ completions log --grep clir = CLIR_S
+  CLIR_SUPPRESSION
+  $ completions mask --trust-type --ty
+  --type
+  $ completions diff Hang
+  Hangup
   $ completions list v
   values
