@@ -54,18 +54,15 @@ void Channel::Wait(short events, const char* what) const {
       throw LinkError("the peer " + std::string(what) + " within " +
                       std::to_string(timeout_.count()) + " ms");
     }
-    if (errno != EINTR) throw Failure("poll");
+    if (errno != EINTR) throw Failure("poll");  // a signal: what is left of the time still counts
   }
 }
 
 void Channel::Send(const std::uint8_t* data, std::size_t size) {
   // MSG_NOSIGNAL: a peer that is gone is an error to report, not a SIGPIPE.
   while (send(fd_, data, size, MSG_NOSIGNAL) < 0) {
-    if (errno == EAGAIN) {
-      Wait(POLLOUT, "took nothing");
-    } else if (errno != EINTR) {
-      throw Failure("send");
-    }
+    if (errno != EAGAIN) throw Failure("send");
+    Wait(POLLOUT, "took nothing");
   }
 }
 
@@ -81,11 +78,8 @@ std::optional<std::string_view> Channel::Receive() {
       return std::string_view(reinterpret_cast<const char*>(buffer_.data()),
                               static_cast<std::size_t>(size));
     }
-    if (errno == EAGAIN) {
-      Wait(POLLIN, "sent nothing");
-    } else if (errno != EINTR) {
-      throw Failure("recv");
-    }
+    if (errno != EAGAIN) throw Failure("recv");
+    Wait(POLLIN, "sent nothing");
   }
 }
 

@@ -21,7 +21,7 @@ class LinkError : public std::runtime_error {
 
 class Channel {
  public:
-  // Takes over `fd`. `timeout` bounds each Send() and each Receive().
+  // Takes over `fd`, which must not block. `timeout` bounds each Send() and each Receive().
   Channel(int fd, std::chrono::milliseconds timeout);
   Channel(Channel&& other) noexcept;
   Channel(const Channel&) = delete;

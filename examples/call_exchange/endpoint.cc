@@ -1,9 +1,9 @@
 #include "call_exchange/endpoint.h"
 
+#include <virtual_modem/types.h>
+
 #include <string>
 #include <utility>
-
-#include "call_exchange/visit.h"
 
 namespace virtual_modem::exchange {
 
@@ -42,11 +42,11 @@ std::optional<Endpoint::Received> Endpoint::Receive() {
   if (const FrameFault fault = ReadFrame(*bytes, frame); fault != FrameFault::kNone) {
     throw LinkError("the frame " + std::string(Explain(fault)));
   }
-  const MessageLite* prototype = FindPrototype(frame.type);
-  if (prototype == nullptr) {
+  const Type* type = FindType(frame.type);
+  if (type == nullptr) {
     throw LinkError("the frame names the unknown type '" + std::string(frame.type) + "'");
   }
-  MessageLite& message = Reusable(received_, *prototype);
+  MessageLite& message = Reusable(received_, *type->prototype);
   // Partially: the full parse would write a line to stderr for each message that lacks a required
   // field, and such a message can still be answered.
   if (!message.ParsePartialFromArray(frame.payload.data(),

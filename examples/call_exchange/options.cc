@@ -20,8 +20,9 @@ constexpr const char* kUsage =
     "  --number NUMBER   number to dial (default +861012345678)\n"
     "  --clir MODE       default, invocation (hide the own number) or suppression\n"
     "  --timeout MS      longest wait for the other process (default 5000)\n"
+    "  --show            show subscriber data and unknown fields, here and in the capture\n"
     "  --hex             show the bytes of each message\n"
-    "  --pcap FILE       write the frames as a capture, for Wireshark\n"
+    "  --pcap FILE       write a capture, for Wireshark\n"
     "  --list            list the scenarios\n"
     "  --help            show this\n"
     "Exit status: 0 when all went well, 1 when the exchange failed, 2 when the command is wrong.\n";
@@ -31,10 +32,11 @@ constexpr const char* kUsage =
   std::exit(kUsageError);
 }
 
-// What can be dialed: an optional + and up to 40 of 0-9, * and #.
+// What can be dialed: an optional + and 1 to 20 of 0-9, * and #, as many as the address of a short
+// message holds (TS 23.040 9.1.2.5).
 std::string ParseNumber(const std::string& text) {
   const std::string digits = text.substr(text.rfind('+', 0) == 0 ? 1 : 0);
-  if (digits.empty() || digits.size() > 40 ||
+  if (digits.empty() || digits.size() > 20 ||
       digits.find_first_not_of("0123456789*#") != std::string::npos) {
     Reject("'" + text + "' is not a number to dial");
   }
@@ -79,10 +81,11 @@ void ListScenarios() {
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
-  enum { kNumber = 1, kClir, kTimeout, kHex, kPcap, kList, kHelp };
+  enum { kNumber = 1, kClir, kTimeout, kShow, kHex, kPcap, kList, kHelp };
   const option options[] = {{"number", required_argument, nullptr, kNumber},
                             {"clir", required_argument, nullptr, kClir},
                             {"timeout", required_argument, nullptr, kTimeout},
+                            {"show", no_argument, nullptr, kShow},
                             {"hex", no_argument, nullptr, kHex},
                             {"pcap", required_argument, nullptr, kPcap},
                             {"list", no_argument, nullptr, kList},
@@ -99,6 +102,9 @@ Options ParseOptions(int argc, char** argv) {
         break;
       case kTimeout:
         result.timeout = ParseTimeout(optarg);
+        break;
+      case kShow:
+        result.show = true;
         break;
       case kHex:
         result.hex = true;

@@ -23,7 +23,7 @@ void PlayDataShare(Telephony& telephony);
 inline constexpr std::array kScenarios{
     Scenario{"call", "register, dial, talk, hang up; a bad request; a newer peer", PlayCall},
     Scenario{"status", "the SIM card and the signal", PlayStatus},
-    Scenario{"sms", "a GSM message; a CDMA message over IMS and its acknowledgement", PlaySms},
+    Scenario{"sms", "a GSM message; a CDMA message over IMS, its reply acknowledged", PlaySms},
     Scenario{"ims", "an IMS call moves from LTE to Wi-Fi; a conference", PlayIms},
     Scenario{"data-share", "a master shares its connection (virtualdata.proto)", PlayDataShare},
 };

@@ -1,8 +1,8 @@
 #include "call_exchange/timeline.h"
 
-#include <string>
+#include <virtual_modem/text.h>
 
-#include "call_exchange/essentials.h"
+#include <string>
 
 namespace virtual_modem::exchange {
 namespace {
@@ -20,12 +20,10 @@ int Width(std::string_view text) { return static_cast<int>(text.size()); }
 
 }  // namespace
 
-Timeline::Timeline(std::FILE* out, bool color, bool hex) : out_(out), color_(color), hex_(hex) {}
-
 void Timeline::Title(std::string_view scenario, std::string_view what) {
   std::fprintf(out_, "%s%.*s: %.*s%s\n", Color(kBold), Width(scenario), scenario.data(),
                Width(what), what.data(), Color(kReset));
-  std::fprintf(out_, "%s     ms    type                      serial bytes  essentials%s\n",
+  std::fprintf(out_, "%s     ms    type                           bytes  fields%s\n",
                Color(kDim), Color(kReset));
 }
 
@@ -33,23 +31,22 @@ void Timeline::Message(Direction direction, const Frame& frame, const MessageLit
   const std::chrono::duration<double, std::milli> elapsed =
       std::chrono::steady_clock::now() - start_;
   const bool sent = direction == Direction::kSent;
-  const auto serial = SerialOf(message);
-  const std::string number = serial ? "#" + std::to_string(*serial) : "";
   const std::string_view type = ShortName(frame.type);
 
-  std::string essentials(OperationName(frame.operation));
-  if (const std::string more = Essentials(message); !more.empty()) {
-    essentials += (essentials.empty() ? "" : ": ") + more;
-  }
-  if (!message.IsInitialized()) essentials += " (incomplete)";
+  std::string text(OperationName(frame.operation));
+  if (!text.empty()) text += ": ";
+  TextOptions text_options;
+  text_options.show_subscriber_data = options_.show;
+  text += ToText(message, text_options);
+  for (const std::string& missing : MissingFields(message)) text += " (no " + missing + ")";
 
-  std::fprintf(out_, "%s%7.2f%s %s%s %-28.*s%s %4s %5zu  %s\n", Color(kDim), elapsed.count(),
+  std::fprintf(out_, "%s%7.2f%s %s%s %-30.*s%s %5zu  %s\n", Color(kDim), elapsed.count(),
                Color(kReset), Color(sent ? kCyan : kGreen), sent ? "->" : "<-", Width(type),
-               type.data(), Color(kReset), number.c_str(), frame.payload.size(),
-               essentials.c_str());
-  if (hex_) {
+               type.data(), Color(kReset), frame.payload.size(), text.c_str());
+  if (options_.hex) {
     std::fprintf(out_, "%s        ", Color(kDim));
-    for (const char c : frame.payload) std::fprintf(out_, " %02x", static_cast<unsigned char>(c));
+    const std::string bytes = options_.show ? std::string(frame.payload) : MaskedBytes(message);
+    for (const char c : bytes) std::fprintf(out_, " %02x", static_cast<unsigned char>(c));
     std::fprintf(out_, "%s\n", Color(kReset));
   }
   ++messages_;

@@ -13,8 +13,14 @@ namespace virtual_modem::exchange {
 
 class Timeline {
  public:
-  // Writes to `out`, which stays the caller's. `hex`: each message is followed by its bytes.
-  Timeline(std::FILE* out, bool color, bool hex);
+  struct Options {
+    bool color = false;
+    bool show = false;  // subscriber data and unknown fields
+    bool hex = false;   // each message is followed by its bytes, masked alike
+  };
+
+  // Writes to `out`, which stays the caller's.
+  Timeline(std::FILE* out, Options options) : out_(out), options_(options) {}
 
   void Title(std::string_view scenario, std::string_view what);
   void Message(Direction direction, const Frame& frame, const MessageLite& message);
@@ -24,11 +30,10 @@ class Timeline {
   void Total() const;
 
  private:
-  const char* Color(const char* sequence) const { return color_ ? sequence : ""; }
+  const char* Color(const char* sequence) const { return options_.color ? sequence : ""; }
 
   std::FILE* out_;
-  bool color_;
-  bool hex_;
+  Options options_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   int messages_ = 0;
   std::size_t bytes_ = 0;

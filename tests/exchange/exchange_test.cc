@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <virtual_modem/text.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +16,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -27,7 +30,9 @@ namespace virtual_modem::exchange {
 namespace {
 
 using std::chrono::milliseconds;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::Not;
 using std::string_literals::operator""s;
 
@@ -45,7 +50,7 @@ std::string FrameOf(std::string_view type, std::string_view payload,
 void PlayAll(Channel channel, Observer observer = {}) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> nowhere(std::fopen("/dev/null", "w"),
                                                                 &std::fclose);
-  Timeline timeline(nowhere.get(), false, false);
+  Timeline timeline(nowhere.get(), {});
   Endpoint endpoint(std::move(channel), std::move(observer));
   Telephony telephony(endpoint, timeline, {});
   for (const Scenario& scenario : kScenarios) scenario.play(telephony);
@@ -202,19 +207,125 @@ TEST_F(ExchangeTest, UnexpectedMessage) {
   EXPECT_THAT(::testing::internal::GetCapturedStderr(),
               HasSubstr("awaited RegistrationResponse, got NoResultIndication"));
 
-  auto [here, there] = Channel::Pair(kNoHang);
-  Endpoint client(std::move(here));
-  Endpoint server(std::move(there));
-  Modem modem(server);
-  auto& request = client.Draft<SetMute>();
-  request.set_platformtype(QCOM);
-  request.set_serial(7);
-  request.set_enable(true);
-  client.Send(request);
-  ASSERT_TRUE(modem.ServeOne());
-  const auto& answer = static_cast<const NoResultResponse&>(client.Receive()->message);
-  EXPECT_EQ(answer.serial(), 7);
-  EXPECT_EQ(answer.error(), RADIO_E_REQUEST_NOT_SUPPORTED);
+  const Side wrong_serial = [](Channel channel) {
+    Endpoint endpoint(std::move(channel));
+    auto request = endpoint.Receive();
+    auto& response = endpoint.Draft<RegistrationResponse>();
+    response.set_platformtype(QCOM);
+    response.set_serial(2);
+    response.set_error(RADIO_E_SUCCESS);
+    response.set_regstate(RADIO_REG_HOME);
+    response.set_rat(RADIO_T_LTE);
+    response.mutable_cellidentity()->set_cellinfotype(RADIO_CELL_TYPE_NONE);
+    response.set_registeredplmn("");
+    endpoint.Send(response);
+    while (endpoint.Receive()) {
+    }
+  };
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(RunPair([](Channel channel) { PlayAll(std::move(channel)); }, wrong_serial, kNoHang),
+            1);
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+              HasSubstr("awaited the answer to #1, got that to #2"));
+}
+
+// A modem and the link to it, in this process.
+class ModemTest : public ExchangeTest {
+ protected:
+  // A request whose header is filled.
+  template <typename Request>
+  Request& Draft(std::int32_t serial) {
+    auto& request = client_->Draft<Request>();
+    request.set_platformtype(QCOM);
+    request.set_serial(serial);
+    return request;
+  }
+
+  // What the modem sends when it gets the message.
+  std::vector<std::string> Serve(const MessageLite& message,
+                                 Operation operation = Operation::kByType) {
+    client_->Send(message, operation);
+    EXPECT_TRUE(modem_->ServeOne());
+    server_->Send(server_->Draft<Version>());  // marks the end
+    std::vector<std::string> answers;
+    for (;;) {
+      const auto received = client_->Receive();
+      if (received->frame.type == "Version") return answers;
+      answers.push_back(std::string(received->frame.type) + " { " +
+                        ToText(received->message, {true}) + " }");
+    }
+  }
+
+  void SetUp() override {
+    auto [here, there] = Channel::Pair(kNoHang);
+    client_.emplace(std::move(here));
+    server_.emplace(std::move(there));
+    modem_.emplace(*server_);
+  }
+
+  void TearDown() override {
+    modem_.reset();
+    client_.reset();
+    server_.reset();
+    ExchangeTest::TearDown();
+  }
+
+ private:
+  std::optional<Endpoint> client_;
+  std::optional<Endpoint> server_;
+  std::optional<Modem> modem_;
+};
+
+TEST_F(ModemTest, RefusesInTheResponseAwaited) {
+  auto& mute = Draft<SetMute>(7);
+  mute.set_enable(true);
+  EXPECT_THAT(Serve(mute), ElementsAre("NoResultResponse { platformtype: QCOM serial: 7 "
+                                       "error: RADIO_E_REQUEST_NOT_SUPPORTED }"));
+  const std::string result = " result { messageref: 0 ackpdu: \"\" errorcode: 0 } }";
+  const std::string incomplete = " error: RADIO_E_INVALID_ARGUMENTS" + result;
+  EXPECT_THAT(Serve(Draft<SendGSMSms>(8)),
+              ElementsAre("SendGsmSmsResponse { platformtype: QCOM serial: 8" + incomplete));
+  EXPECT_THAT(Serve(Draft<VirtualCdmaSmsMessage>(9)),
+              ElementsAre("SendCdmaSmsResponse { platformtype: QCOM serial: 9" + incomplete));
+  auto& sms = Draft<ImsSmsMessage>(10);
+  sms.set_retry(false);
+  sms.set_messageref(0);
+  const std::string empty = " error: RADIO_E_INVALID_SMS_FORMAT" + result;
+  sms.set_tech(THREE_GPP);
+  EXPECT_THAT(Serve(sms),
+              ElementsAre("SendGsmSmsResponse { platformtype: QCOM serial: 10" + empty));
+  sms.set_tech(THREE_GPP2);
+  EXPECT_THAT(Serve(sms),
+              ElementsAre("SendCdmaSmsResponse { platformtype: QCOM serial: 10" + empty));
+}
+
+// Else two such peers would answer each other for ever.
+TEST_F(ModemTest, AnswersNoResponseAndNothingThatLacksItsSerial) {
+  EXPECT_THAT(Serve(Draft<BoolResultResponse>(7)), IsEmpty());
+  auto& result = Draft<NoResultResponse>(7);
+  result.set_error(RADIO_E_SUCCESS);
+  EXPECT_THAT(Serve(result), IsEmpty());
+  EXPECT_THAT(Serve(::virtualdata::proto::MasterSlaveShareConfirmRsp()), IsEmpty());
+  EXPECT_THAT(Serve(Dial()), IsEmpty());
+  EXPECT_THAT(Serve(SendGSMSms()), IsEmpty());
+  EXPECT_THAT(Serve(ImsSmsMessage()), IsEmpty());
+  EXPECT_THAT(Serve(VirtualCdmaSmsMessage()), IsEmpty());
+  NoResultIndication indication;
+  indication.set_platformtype(MTK);
+  EXPECT_THAT(Serve(indication), ElementsAre("NoResultIndication { platformtype: MTK }"));
+}
+
+TEST_F(ModemTest, TakesSevenCallsOfEachKind) {
+  for (const Operation kind : {Operation::kByType, Operation::kImsCall}) {
+    for (int serial = 1; serial <= 8; ++serial) {
+      auto& dial = Draft<Dial>(serial);
+      dial.set_address("112");
+      dial.set_clir(CLIR_DEFAULT);
+      EXPECT_THAT(Serve(dial, kind).front(),
+                  HasSubstr(serial <= 7 ? "RADIO_E_SUCCESS" : "RADIO_E_NO_RESOURCES"))
+          << serial;
+    }
+  }
 }
 
 // A peer that is there and does nothing.
@@ -234,6 +345,31 @@ TEST_F(ExchangeTest, SilentPeer) {
   const Side stuck = [](Channel) { pause(); };
   EXPECT_EQ(RunPair([](Channel) {}, stuck, kShort), 1);
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("does not end; killed"));
+}
+
+TEST_F(ExchangeTest, SendToAPeerThatIsGone) {
+  const auto before = std::signal(SIGPIPE, SIG_DFL);  // whatever the caller of the test ignores
+  auto [here, there] = Channel::Pair(kNoHang);
+  { const Channel closed(std::move(there)); }
+  EXPECT_THAT([&here = here] { here.Send(nullptr, 0); },
+              ::testing::ThrowsMessage<LinkError>(HasSubstr("the peer is gone")));
+  std::signal(SIGPIPE, before);
+}
+
+// Signals neither end a wait nor lengthen it.
+TEST_F(ExchangeTest, WaitUnderSignals) {
+  struct sigaction before {};
+  struct sigaction ignore {};
+  ignore.sa_handler = [](int) {};
+  sigaction(SIGALRM, &ignore, &before);
+  const itimerval often{{0, 1000}, {0, 1000}};
+  setitimer(ITIMER_REAL, &often, nullptr);
+  auto [here, there] = Channel::Pair(milliseconds(50));
+  EXPECT_THAT([&here = here] { here.Receive(); },
+              ::testing::ThrowsMessage<LinkError>(HasSubstr("sent nothing within 50 ms")));
+  const itimerval never{};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
 }
 
 // Random packets, near misses and sound messages, to each side in turn. VIRTUAL_MODEM_NOISE_SECONDS
@@ -311,7 +447,7 @@ TEST_F(ExchangeTest, RandomBytes) {
       if (noise.Below(2) == 0) {
         Modem(receiver).Serve();
       } else {
-        Timeline timeline(stdout, false, false);
+        Timeline timeline(stdout, {});
         Telephony telephony(receiver, timeline, {});
         kScenarios[noise.Below(kScenarios.size())].play(telephony);
       }

@@ -1,8 +1,7 @@
 // Dispatch: which message or operation is answered by what.
 #include "call_exchange/modem/modem.h"
 
-#include "call_exchange/essentials.h"
-#include "call_exchange/visit.h"
+#include <virtual_modem/types.h>
 
 namespace virtual_modem::exchange {
 
@@ -18,20 +17,22 @@ bool Modem::ServeOne() {
   const auto received = endpoint_.Receive();
   if (!received) return false;
   operation_ = received->frame.operation;
-  if (received->message.IsInitialized()) {
-    Visit(*this, received->message);
-  } else {
-    Decline(received->message, RADIO_E_INVALID_ARGUMENTS);
-  }
+  Visit(received->message, [this](const auto& message) {
+    if (message.IsInitialized()) {
+      (*this)(message);
+    } else {
+      Decline(message, RADIO_E_INVALID_ARGUMENTS);
+    }
+  });
   return true;
 }
 
-void Modem::Decline(const MessageLite& message, Radio_Errno error) {
-  if (const auto serial = SerialOf(message)) {
-    Result(*serial, error);
-  } else {
-    endpoint_.Send(message, operation_);
-  }
+void Modem::DeclineAny(const MessageLite& message, Radio_Errno error) {
+  const Type& type = TypeOf(message);
+  if (type.kind == Kind::kResponse) return;  // answers to answers would never end
+  if (!type.has_serial) return endpoint_.Send(message, operation_);
+  // Without its serial nobody would know what an answer is for.
+  if (const auto serial = SerialOf(message)) Result(*serial, error);
 }
 
 void Modem::Result(std::int32_t serial, Radio_Errno error) {

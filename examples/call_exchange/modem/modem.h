@@ -32,6 +32,7 @@ class Modem {
   void operator()(const NoParmRequest& request);
   void operator()(const SendGSMSms& request);
   void operator()(const ImsSmsMessage& request);
+  void operator()(const VirtualCdmaSmsMessage& request);
   void operator()(const CdmaSmsAck& request);
   void operator()(const share::MasterSlaveShareConfirmReq& request);
   void operator()(const share::MasterSlaveNetworkInfoUpdate& update);
@@ -43,9 +44,14 @@ class Modem {
   }
 
  private:
-  // Refuses a request. A message without a serial cannot be answered: it is meant for the paired
-  // device, which here is the sender, and goes on as it came, with all that is unknown in it.
-  void Decline(const MessageLite& message, Radio_Errno error);
+  // Refuses a request in the response that its sender awaits. Responses, and requests that lack
+  // their serial, get no answer. A message of a type without a serial is meant for the paired device,
+  // which here is the sender: it goes on as it came, with all that is unknown in it.
+  void Decline(const MessageLite& message, Radio_Errno error) { DeclineAny(message, error); }
+  void Decline(const SendGSMSms& request, Radio_Errno error);
+  void Decline(const ImsSmsMessage& request, Radio_Errno error);
+  void Decline(const VirtualCdmaSmsMessage& request, Radio_Errno error);
+  void DeclineAny(const MessageLite& message, Radio_Errno error);
   void Result(std::int32_t serial, Radio_Errno error);
 
   // A response with its header filled, for success.
@@ -69,6 +75,11 @@ class Modem {
   void SendCallsAndProceed(std::int32_t serial);
   void SendLastCallFailCause(std::int32_t serial);
 
+  template <typename Response>
+  void EndSms(std::int32_t serial, Radio_Errno error);
+  template <typename Sms>
+  void ReplyTo(const Sms& sms);
+
   void DialIms(const Dial& dial);
   void HangupIms(const Hangup& hangup);
   void MoveToWifi();
@@ -80,6 +91,7 @@ class Modem {
   GetCurrentCallsResponse calls_;             // the circuit-switched calls as they stand
   ImsCallStateChanged ims_calls_;             // the IMS calls as they stand
   std::int32_t sms_reference_ = 0;            // of the last short message sent
+  std::int32_t incoming_ = 0;                 // serial of the last short message received
   std::int32_t shared_call_ = 0;              // the data call that the master has set up
 };
 

@@ -10,11 +10,11 @@ constexpr const char* kPlmn = "00101";  // the test network of TS 36.508
 void FillUnmeasured(SignalStrength& signal) {
   signal.mutable_gsm()->set_signalstrength(99);
   signal.mutable_gsm()->set_biterrorrate(99);
-  signal.mutable_cdma()->set_dbm(0);
-  signal.mutable_cdma()->set_ecio(0);
-  signal.mutable_evdo()->set_dbm(0);
-  signal.mutable_evdo()->set_ecio(0);
-  signal.mutable_evdo()->set_signalnoiseratio(0);
+  signal.mutable_cdma()->set_dbm(INT32_MAX);
+  signal.mutable_cdma()->set_ecio(INT32_MAX);
+  signal.mutable_evdo()->set_dbm(INT32_MAX);
+  signal.mutable_evdo()->set_ecio(INT32_MAX);
+  signal.mutable_evdo()->set_signalnoiseratio(INT32_MAX);
   signal.mutable_tdscdma()->set_signalstrength(99);
   signal.mutable_tdscdma()->set_biterrorrate(99);
   signal.mutable_tdscdma()->set_rscp(255);

@@ -6,6 +6,8 @@
 namespace virtual_modem::exchange {
 namespace {
 
+constexpr int kDeliver = 1;  // message type of an incoming short message (3GPP2 C.S0015 4.5.1)
+
 // Destination address of a TPDU as hex: number of digits, type of address, the digits with the
 // halves of each byte swapped (TS 23.040 9.1.2.5).
 std::string GsmAddress(const std::string& number) {
@@ -41,7 +43,9 @@ void SendCdmaOverIms(Telephony& telephony) {
   CdmaSmsAddress& address = *message.mutable_address();
   address.set_digitmode(DIGIT_MODE_EIGHT_BIT);
   address.set_isnumbermodedatanetwork(false);
-  address.set_numbertype(NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP);
+  address.set_numbertype(telephony.settings().number[0] == '+'
+                             ? NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP
+                             : NUMBER_TYPE_UNKNOWN);
   address.set_numberplan(NUMBER_PLAN_TELEPHONY);
   for (const char digit : telephony.settings().number) {
     if (digit != '+') address.add_digits(digit);
@@ -56,7 +60,11 @@ void SendCdmaOverIms(Telephony& telephony) {
 }
 
 void AcknowledgeIncoming(Telephony& telephony) {
-  telephony.Expect<CdmaSmsMessage>();
+  const auto& incoming = telephony.Expect<VirtualCdmaSmsMessage>();
+  // The first entry of the bearer data is its message identifier, whose upper half-byte is the type.
+  if (incoming.bearerdata_size() < 3 || incoming.bearerdata(2) >> 4 != kDeliver) {
+    throw LinkError("the incoming short message is not one that was delivered");
+  }
   auto& ack = telephony.Draft<CdmaSmsAck>();
   ack.set_errorclass(NO_ERROR);
   ack.set_smscausecode(0);
