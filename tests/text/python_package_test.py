@@ -103,9 +103,8 @@ def compare(name: str, records: list) -> bool:
     return True
 
 
-def nested(wrappers: str) -> bytes:
-    """Unknown fields inside one another: groups (g) and what may be messages (m)."""
-    data = b"\x08\x01"
+def nested(wrappers: str, data: bytes = b"\x08\x01") -> bytes:
+    """Data in unknown fields inside one another: groups (g) and what may be messages (m)."""
     for wrapper in reversed(wrappers):
         data = b"\x7b" + data + b"\x7c" if wrapper == "g" else b"\x7a" + bytes([len(data)]) + data
     return data
@@ -119,6 +118,8 @@ def messages() -> None:
                  for kind in (types[i % len(types)] for i in range(options.count))]
     questions += [("Dial", nested(wrappers)) for depth in range(8, 14)
                   for wrappers in ("g" * depth, "m" * depth, "m" + "g" * depth, "g" * depth + "mm")]
+    questions += [("Dial", nested("m", none))  # looks like a field, and is none
+                  for none in (b"\0\1", b"\6\1", b"\x0c", b"\x0d\1\0\0", b"\x09" + b"\0" * 7)]
     answers = compare_printers.ask([options.library_printer], questions, 7)
     whole = [(name, records) for (name, _), records in zip(questions, answers)
              if records[ACCEPTED] == b"1"]
