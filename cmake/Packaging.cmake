@@ -4,6 +4,7 @@
 #   libvirtual-modem-text1        component text: the companion library
 #   libvirtual-modem-protos-dev   component development: headers, schema, CMake and pkg-config files
 #   libvirtual-modem-protos-tools component tools: virtual-modem-inspect, the Wireshark dissector
+#   python3-virtual-modem-protos  component python: the Python package
 #
 # Included with VIRTUAL_MODEM_PACKAGES. Configure with CMAKE_INSTALL_PREFIX=/usr, as the preset does:
 # only then do files go to Debian's multiarch folders. The packages need Debian's own lite runtime.
@@ -20,6 +21,9 @@ set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/package/compress_manual.cm
 set(CPACK_COMPONENTS_ALL runtime text development)
 if(TARGET virtual-modem-inspect)
   list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+if(TARGET virtual-modem-python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -72,6 +76,18 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvirtual-modem-protos (= ${PROJECT_VER
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Inspector of the telephony messages of a virtual modem
 virtual-modem-inspect decodes, encodes, identifies and explains messages: from
 bytes to text or JSON and back, with what is missing or unknown in them.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-virtual-modem-protos)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3:any, python3-protobuf (>= ${VIRTUAL_MODEM_PROTOBUF_RELEASE})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_LIST_DIR}/package/python/postinst ${CMAKE_CURRENT_LIST_DIR}/package/python/prerm)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Typed telephony messages of a virtual modem, for Python
+The messages of libvirtual-modem-protos as classes of the module virtual_modem,
+and their text with subscriber data masked.")
 
 # ---- Files that every Debian package carries ------------------------------------------------------
 # The time is that of SOURCE_DATE_EPOCH when set, so that the same source gives the same package.

@@ -1,0 +1,24 @@
+"""The messages of the virtual modem, and their text with subscriber data masked.
+
+The classes are in a module a unit: radio_pb2, ims_service_pb2, conference_pb2, call_size_pb2 and
+data_share_pb2. TYPES has all of them by the name that a channel carries beside the bytes.
+
+    >>> import virtual_modem
+    >>> from virtual_modem import radio_pb2 as radio
+    >>> dial = radio.Dial(platformtype=radio.QCOM, serial=7, address="112", clir=radio.CLIR_DEFAULT)
+    >>> virtual_modem.to_text(dial)
+    'platformtype: QCOM serial: 7 address: "XXX" clir: CLIR_DEFAULT'
+    >>> virtual_modem.mask(dial).address
+    'XXX'
+"""
+from virtual_modem import call_size_pb2, conference_pb2, data_share_pb2, ims_service_pb2, radio_pb2
+from virtual_modem._text import SUBSCRIBER_DATA, mask, to_text
+
+__all__ = ["SUBSCRIBER_DATA", "TYPES", "mask", "to_text"]
+
+# Full name -> class, such as TYPES["Dial"] or TYPES["virtualdata.proto.SlaveSetupDataCallRequest"].
+TYPES = {
+    descriptor.full_name: getattr(unit, name)
+    for unit in (radio_pb2, ims_service_pb2, conference_pb2, call_size_pb2, data_share_pb2)
+    for name, descriptor in unit.DESCRIPTOR.message_types_by_name.items()
+}
