@@ -129,8 +129,15 @@ class Mutator {
         return wire::BytesField(number, RandomBytes());
       case 2:
         return Below(2) == 0 ? wire::Fixed64Field(number) : wire::Fixed32Field(number);
-      default:
-        return wire::GroupField(number, wire::VarintField(1, static_cast<int>(Below(1000))));
+      default: {
+        const std::string value = wire::VarintField(1, static_cast<int>(Below(1000)));
+        if (Below(4) != 0) return wire::GroupField(number, value);
+        std::string groups = value;  // about as many as parsers take
+        for (std::size_t levels = 98 + Below(4); levels > 0; --levels) {
+          groups = wire::GroupField(number & 15, groups);
+        }
+        return groups;
+      }
     }
   }
 

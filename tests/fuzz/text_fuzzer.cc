@@ -58,7 +58,8 @@ struct Comments {
   std::string_view fields;  // what stands before them
   bool malformed = false;
   std::size_t offset = 0;         // where
-  std::size_t unknown_bytes = 0;  // not shown
+  std::size_t unknown = 0;        // fields not shown
+  std::size_t unknown_bytes = 0;  // that they take
 };
 
 Comments ReadComments(std::string_view lines) {
@@ -72,7 +73,8 @@ Comments ReadComments(std::string_view lines) {
   }
   if (!comment.empty()) {
     const std::size_t comma = comment.find(", ");
-    FUZZ_CHECK(comma != std::string_view::npos, "how many unknown fields");
+    FUZZ_CHECK(comment.substr(0, 2) == "# " && comma != std::string_view::npos, "unknown fields");
+    comments.unknown = std::stoul(std::string(comment.substr(2)));
     comments.unknown_bytes = std::stoul(std::string(comment.substr(comma + 2)));
     FUZZ_CHECK(comment.find(" bytes, not shown\n") != std::string_view::npos, "how many bytes");
   }
@@ -138,10 +140,10 @@ class TextChecker {
     FUZZ_CHECK(!(parsed && altered.malformed), "the model");
     const bool fits = parsed && message->IsInitialized() && !altered.wrong_type;
     if (fits) {
-      CheckBytes(bytes, parsed, altered.bytes, planted.bytes);
+      CheckBytes(bytes, parsed, altered, planted);
     } else {
-      CheckBytes(bytes, parsed, EditHidden(schema_, bytes, Edit::kAlter, true).bytes,
-                 EditHidden(schema_, bytes, Edit::kPlant, true).bytes);
+      CheckBytes(bytes, parsed, EditHidden(schema_, bytes, Edit::kAlter, true),
+                 EditHidden(schema_, bytes, Edit::kPlant, true));
     }
     const Outputs out = CheckMessage(*message, fits);
     if (!parsed) return;
@@ -192,14 +194,15 @@ class TextChecker {
     FUZZ_CHECK(planted.Text(kLines).find(kPlanted) == std::string::npos, "a marker in the text");
   }
 
-  void CheckBytes(const std::string& bytes, bool parsed, const std::string& altered,
-                  const std::string& planted) const {
+  void CheckBytes(const std::string& bytes, bool parsed, const Edited& altered,
+                  const Edited& planted) const {
     const Outputs out = CheckOutputs(Encoded{type_.name, bytes});
     const Comments comments = ReadComments(out.lines);
     FUZZ_CHECK(comments.malformed == !parsed, "malformed or not");
     FUZZ_CHECK(comments.offset <= bytes.size(), "where");
+    FUZZ_CHECK(!parsed || comments.unknown == altered.unknown, "unknown fields");
     FUZZ_CHECK(comments.unknown_bytes <= bytes.size(), "more unknown bytes than there are");
-    CheckHidden(out, Encoded{type_.name, altered}, Encoded{type_.name, planted});
+    CheckHidden(out, Encoded{type_.name, altered.bytes}, Encoded{type_.name, planted.bytes});
   }
 
   Outputs CheckMessage(const MessageLite& message, bool fits) const {

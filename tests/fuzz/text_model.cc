@@ -17,6 +17,7 @@ class Editor {
   Editor(std::string& bytes, Edit edit, bool shape) : bytes_(bytes), edit_(edit), shape_(shape) {}
 
   bool wrong_type() const { return wrong_type_; }
+  std::size_t unknown() const { return unknown_; }
 
   // False when the bytes break.
   bool EditMessage(const MessageSchema& schema, std::string_view in) {
@@ -47,6 +48,7 @@ class Editor {
         }
       } else {
         wrong_type_ = wrong_type_ || field != nullptr;
+        ++unknown_;
         if (!EditUnknown(tag, &in)) return Break(in);
       }
     }
@@ -84,7 +86,9 @@ class Editor {
     if (!wire::TakeVarint(in, &value)) return false;
     const std::string_view varint = start.substr(0, start.size() - in->size());
     if (field.kind == Kind::kEnum) {
-      if (!IsDeclared(field, value)) EditUnknownVarint(varint, &field);
+      if (IsDeclared(field, value)) return true;
+      ++unknown_;
+      EditUnknownVarint(varint, &field);
     } else if (field.subscriber_data || (shape_ && field.label == Label::kRepeated)) {
       for (std::size_t i = 0; i < varint.size(); ++i) Place(varint)[i] ^= 0x2a;
     }
@@ -146,6 +150,7 @@ class Editor {
   const Edit edit_;
   const bool shape_;
   bool wrong_type_ = false;
+  std::size_t unknown_ = 0;
 };
 
 // Takes a field that the message keeps as its own: its number, or its bytes. Null when there is
@@ -202,10 +207,11 @@ std::string Examine(const MessageSchema& schema, std::string_view in, const std:
 }  // namespace
 
 Edited EditHidden(const MessageSchema& schema, std::string bytes, Edit edit, bool shape) {
-  Edited edited{std::move(bytes), false, false};
+  Edited edited{std::move(bytes), false, false, 0};
   Editor editor(edited.bytes, edit, shape);
   edited.malformed = !editor.EditMessage(schema, edited.bytes);
   edited.wrong_type = editor.wrong_type();
+  edited.unknown = editor.unknown();
   return edited;
 }
 

@@ -25,7 +25,8 @@ inline constexpr char kMarker = '\x16';
 struct Edited {
   std::string bytes;
   bool malformed;
-  bool wrong_type;  // a declared field has a wire type not its own
+  bool wrong_type;      // a declared field has a wire type not its own
+  std::size_t unknown;  // fields; undeclared numbers of enumerations count
 };
 
 // Edits encoded bytes in place, which all keep their meaning but for what is to be masked:
