@@ -23,8 +23,8 @@ bool WantsColor() {
   return isatty(STDOUT_FILENO) == 1 && (no_color == nullptr || *no_color == '\0');
 }
 
-// Occupies the standard descriptors that the caller has closed, so that a socket does not take their
-// place and get what is printed; their use fails as before.
+// Occupies the standard descriptors that the caller has closed, so that a socket does not take
+// their place and get what is printed; their use fails as before.
 void ReserveStandardDescriptors() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);

@@ -14,7 +14,7 @@ struct Options {
   Settings settings;
   std::chrono::milliseconds timeout{5000};
   bool hex = false;
-  bool show = false;  // subscriber data
+  bool show = false;                // subscriber data
   std::optional<std::string> pcap;  // path
   std::vector<const Scenario*> scenarios;
 };

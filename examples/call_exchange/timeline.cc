@@ -23,8 +23,8 @@ int Width(std::string_view text) { return static_cast<int>(text.size()); }
 void Timeline::Title(std::string_view scenario, std::string_view what) {
   std::fprintf(out_, "%s%.*s: %.*s%s\n", Color(kBold), Width(scenario), scenario.data(),
                Width(what), what.data(), Color(kReset));
-  std::fprintf(out_, "%s     ms    type                           bytes  fields%s\n",
-               Color(kDim), Color(kReset));
+  std::fprintf(out_, "%s     ms    type                           bytes  fields%s\n", Color(kDim),
+               Color(kReset));
 }
 
 void Timeline::Message(Direction direction, const Frame& frame, const MessageLite& message) {

@@ -209,7 +209,7 @@ TEST_F(ExchangeTest, UnexpectedMessage) {
 
   const Side wrong_serial = [](Channel channel) {
     Endpoint endpoint(std::move(channel));
-    auto request = endpoint.Receive();
+    endpoint.Receive();
     auto& response = endpoint.Draft<RegistrationResponse>();
     response.set_platformtype(QCOM);
     response.set_serial(2);

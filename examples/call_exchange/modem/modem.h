@@ -45,8 +45,8 @@ class Modem {
 
  private:
   // Refuses a request in the response that its sender awaits. Responses, and requests that lack
-  // their serial, get no answer. A message of a type without a serial is meant for the paired device,
-  // which here is the sender: it goes on as it came, with all that is unknown in it.
+  // their serial, get no answer. A message of a type without a serial is meant for the paired
+  // device, which here is the sender: it goes on as it came, with all that is unknown in it.
   void Decline(const MessageLite& message, Radio_Errno error) { DeclineAny(message, error); }
   void Decline(const SendGSMSms& request, Radio_Errno error);
   void Decline(const ImsSmsMessage& request, Radio_Errno error);

@@ -61,7 +61,8 @@ void SendCdmaOverIms(Telephony& telephony) {
 
 void AcknowledgeIncoming(Telephony& telephony) {
   const auto& incoming = telephony.Expect<VirtualCdmaSmsMessage>();
-  // The first entry of the bearer data is its message identifier, whose upper half-byte is the type.
+  // The first entry of the bearer data is its message identifier, whose upper half-byte is the
+  // type.
   if (incoming.bearerdata_size() < 3 || incoming.bearerdata(2) >> 4 != kDeliver) {
     throw LinkError("the incoming short message is not one that was delivered");
   }
