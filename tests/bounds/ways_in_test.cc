@@ -1,5 +1,7 @@
 // Hostile bytes by every way in, and what a parse that fails leaves behind; docs/hostile-input.md
 // promises what is tested here.
+#include "support/ways_in.h"
+
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/stubs/common.h>
 #include <gtest/gtest.h>
@@ -10,7 +12,6 @@
 
 #include "support/message_types.h"
 #include "support/samples.h"
-#include "support/ways_in.h"
 #include "support/wire.h"
 #include "virtual_modem/radio.pb.h"
 
@@ -23,8 +24,7 @@ using std::string_literals::operator""s;
 // Every way must do with the bytes what reading them from an array does.
 void ExpectAllAgree(const MessageType& type, const std::string& bytes, int chunk) {
   const auto expected = type.create();
-  const bool parses =
-      expected->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
+  const bool parses = expected->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   for (const WayIn& way : WaysIn()) {
     const auto message = type.create();
     EXPECT_EQ(way.parse(*message, bytes, chunk), parses)
