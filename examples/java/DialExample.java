@@ -1,6 +1,8 @@
-// Sends a Dial and reads what comes back, in Java. See README.md. The schema's units without a
-// package become outer classes of the default package: Radio, ImsService, CallSize, Conference.
+// Sends a Dial and reads what comes back, in Java, with the lite classes that Android uses. See
+// README.md. The schema's units without a package become outer classes of the default package: Radio,
+// ImsService, CallSize, Conference.
 
+import com.google.protobuf.InvalidProtocolBufferException;
 import com.google.protobuf.UninitializedMessageException;
 import java.util.HexFormat;
 
@@ -32,16 +34,27 @@ final class DialExample {
     System.out.println("error     " + Radio.NoResultResponse.parseFrom(response).getError());
 
     // Field 4 holds 99, which Clir does not declare: the field stays absent and the number is kept
-    // as an unknown field, so that it is written back.
-    Radio.Dial.Builder newer =
-        Radio.Dial.newBuilder().mergeFrom(hex.parseHex("08011007" + "1a0131" + "2063"));
-    System.out.println("clir set  " + newer.hasClir());
-    System.out.println("missing   " + newer.findInitializationErrors());
-    System.out.println("partial   " + hex.formatHex(newer.buildPartial().toByteArray()));
+    // as an unknown field, so that it is written back. parseFrom() refuses the message, for lack of
+    // the field, but hands out what it read. Lite classes cannot name what is missing.
+    byte[] newer = hex.parseHex("08011007" + "1a0131" + "2063");
     try {
-      newer.build();
+      Radio.Dial.parseFrom(newer);
+    } catch (InvalidProtocolBufferException error) {
+      Radio.Dial partial = (Radio.Dial) error.getUnfinishedMessage();
+      System.out.println("clir set  " + partial.hasClir());
+      System.out.println("partial   " + hex.formatHex(partial.toByteArray()));
+    }
+    Radio.Dial.Builder builder = Radio.Dial.newBuilder().mergeFrom(newer);
+    System.out.println("complete  " + builder.isInitialized());
+    try {
+      builder.build();
     } catch (UninitializedMessageException error) {
       System.out.println("refused   " + error.getMessage());
     }
+
+    // Strings are kept as text: what is not UTF-8 is lost. toString() masks nothing.
+    Radio.Dial latin1 = Radio.Dial.parseFrom(hex.parseHex("08011007" + "1a02e935" + "2000"));
+    System.out.println("not UTF-8 " + hex.formatHex(latin1.getAddressBytes().toByteArray()));
+    System.out.println("toString  " + dial.toString().contains(dial.getAddress()));
   }
 }

@@ -1,17 +1,20 @@
 """Sends a Dial and reads what comes back, in Python. See README.md."""
 
+import virtual_modem
 from google.protobuf.message import EncodeError
 from virtual_modem import radio_pb2 as radio
 
-# The telephony side fills a request.
+# The telephony side fills a request. Its text, for logs, masks subscriber data.
 dial = radio.Dial(
     platformtype=radio.QCOM, serial=7, address="+15551234567", clir=radio.CLIR_DEFAULT
 )
 request = dial.SerializeToString()
 print("request  ", request.hex())
+print("log      ", virtual_modem.to_text(dial))
 
-# The modem side answers with the serial of the request.
-received = radio.Dial.FromString(request)
+# The modem side has the class by the name that the channel carries beside the bytes. It answers with
+# the serial of the request.
+received = virtual_modem.TYPES["Dial"].FromString(request)
 response = radio.NoResultResponse(
     platformtype=received.platformtype, serial=received.serial, error=radio.RADIO_E_SUCCESS
 ).SerializeToString()

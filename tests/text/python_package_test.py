@@ -9,6 +9,7 @@ a run.
 """
 import argparse
 import contextlib
+import doctest
 import os
 import pathlib
 import random
@@ -143,6 +144,7 @@ def particular() -> None:
     hold("parsed by the runtime", text_format.Parse(virtual_modem.to_text(dial, max_bytes=0), radio.Dial()),
          virtual_modem.mask(dial))
 
+    hold("examples in its documentation fail", doctest.testmod(virtual_modem).failed, 0)
     foreign = descriptor_pb2.FileDescriptorProto(name="+861012345678")
     hold("a foreign message", virtual_modem.to_text(foreign), "# a message of another library")
     try:

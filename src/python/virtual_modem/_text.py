@@ -114,7 +114,7 @@ def _read(data: bytes, at: int = 0, group: int = 0, depth: int = _DEEPEST) -> tu
     A field is number, wire type, value and size; the value of a group is the list of its fields, with
     at most depth of them inside one another. ValueError when the bytes are no fields.
     """
-    fields = []
+    fields: list = []
     while at < len(data):
         start = at
         tag, at = _read_varint(data, at)
@@ -149,7 +149,7 @@ class _Printer:
     """Turns encoded bytes into lines, each with its depth."""
 
     def __init__(self, show: bool):
-        self.lines = []
+        self.lines: list = []
         self._show = show
         self._hidden = 0
         self._hidden_bytes = 0
