@@ -1,12 +1,13 @@
 """Makes the HTML reference of the schema.
 
-Usage: generate.py DESCRIPTOR_SET OUTPUT_DIR
+Usage: generate.py DESCRIPTOR_SET OUTPUT_DIR PROGRAM
 
 Input:   the descriptor set with source info, exchanges/*.txt (sequence diagrams), templates/
          (pages), assets/ (style and search, copied).
 Output:  index.html, exchanges.html, one page per unit, and the search index. The pages need no
-         server and no network.
-Status:  1 with a line per fault when a comment is missing or a diagram names no message.
+         server and no network. PROGRAM is the C++ of all pages as one source file.
+Status:  1 with a line per fault when a comment is missing, comments contradict each other or a
+         diagram names no message.
 """
 
 import dataclasses
@@ -20,6 +21,7 @@ import sys
 import jinja2
 import markupsafe
 
+import cpp
 import schema
 
 HERE = pathlib.Path(__file__).parent
@@ -73,7 +75,7 @@ class Links:
             lines = block.split("\n")
             if all(line.startswith("   ") for line in lines):
                 body = "\n".join(line[3:] for line in lines)
-                out.append(f"<pre>{html.escape(body, quote=False)}</pre>")
+                out.append(f"<pre tabindex=\"0\">{html.escape(body, quote=False)}</pre>")
             else:
                 out.append(f"<p>{self.prose(block, own)}</p>")
         return markupsafe.Markup("\n".join(out))
@@ -128,7 +130,7 @@ def search_index(units, links):
                          " ".join(message.comment.split())])
             for field in message.fields:
                 rows.append([f"{message.name}.{field.name}", "field",
-                             links.pages[f"{message.name}.{field.name}"], None,
+                             links.pages[f"{message.name}.{field.name}"], field.number,
                              " ".join(field.comment.split())])
         for enum in unit.enums:
             rows.append([enum.name, "enumeration", links.pages[enum.name], None,
@@ -139,7 +141,7 @@ def search_index(units, links):
     return "const SEARCH_INDEX = " + json.dumps(rows, separators=(",", ":")) + ";\n"
 
 
-def main(descriptor_set, output):
+def main(descriptor_set, output, program):
     units = schema.load(descriptor_set)
     links = Links(units)
     messages = {message.name: message for unit in units for message in unit.messages}
@@ -148,7 +150,9 @@ def main(descriptor_set, output):
     environment = jinja2.Environment(
         loader=jinja2.FileSystemLoader(HERE / "templates"), autoescape=True, trim_blocks=True,
         lstrip_blocks=True, undefined=jinja2.StrictUndefined)
-    environment.globals.update(units=units, titles=UNIT_TITLES, links=links, exchanges=exchanges)
+    snippets = cpp.Snippets(units)
+    environment.globals.update(units=units, titles=UNIT_TITLES, links=links, exchanges=exchanges,
+                               snippets=snippets)
     environment.filters["breakable"] = breakable
     environment.tests["message"] = lambda member: isinstance(member, schema.Message)
 
@@ -160,13 +164,14 @@ def main(descriptor_set, output):
         name = variables["unit"].name if variables else template
         page = environment.get_template(template + ".html").render(page=name, **variables)
         (output / f"{name}.html").write_text(page)
+    program.write_text(snippets.program())
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
     try:
-        main(sys.argv[1], pathlib.Path(sys.argv[2]))
+        main(sys.argv[1], *map(pathlib.Path, sys.argv[2:]))
     except schema.MissingComments as error:
         sys.exit("".join(f"reference: no comment on {name}\n" for name in error.args[0]).rstrip())
     except (ValueError, OSError) as error:

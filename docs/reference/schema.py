@@ -42,6 +42,10 @@ MESSAGE_FIELD, ENUM_VALUE = 2, 2
 
 SECTION_RULE = re.compile(r"^ ?-{3,} (?P<title>.+?) -{3,}$")
 KIND = re.compile(r"\s*(Request|Response|Indication|Record)\b")
+# What comments say about who answers whom.
+ANSWERED_BY = re.compile(r"\b[Aa]nswered by (?:an? )?(\w+)")
+ANSWERS = re.compile(r"\b(?:answers?|Response to)(?: an?)? ([A-Z]\w+)")
+AGREED = re.compile(r"\bagreed? (?:on it|between the (?:sides|devices))")
 
 
 class MissingComments(Exception):
@@ -77,6 +81,9 @@ class Message:
     full_name: str  # what GetTypeName() returns
     cpp_name: str
     carried_by: list[tuple[str, str]] = dataclasses.field(default_factory=list)  # message, field
+    answered_by: list[str] = dataclasses.field(default_factory=list)  # where the schema settles it
+    answers: list[str] = dataclasses.field(default_factory=list)
+    is_agreed: bool = False  # Its answer, or what it answers, is (also) for the two sides to agree.
 
     @property
     def kind(self):
@@ -90,6 +97,7 @@ class Enum:
     name: str
     comment: str
     values: list[Value]
+    cpp_name: str
     carried_by: list[tuple[str, str]] = dataclasses.field(default_factory=list)
 
 
@@ -97,6 +105,10 @@ class Enum:
 class Section:
     title: str
     members: list[Message | Enum]
+
+    @property
+    def short(self):
+        return self.title.rpartition(": ")[2]
 
     @property
     def anchor(self):
@@ -113,6 +125,13 @@ class Unit:
 
     def of(self, kind):
         return [m for section in self.sections for m in section.members if isinstance(m, kind)]
+
+    @property
+    def groups(self):
+        """Sections by what stands before the colon of their titles: "" first, then "Enumerations"."""
+        prefixes = sorted({section.title.rpartition(": ")[0] for section in self.sections})
+        return [(prefix, [s for s in self.sections if s.title.rpartition(": ")[0] == prefix])
+                for prefix in prefixes]
 
     @property
     def messages(self):
@@ -136,7 +155,8 @@ def varint(number):
 def load(path):
     """Units of the descriptor set at path, in its order.
 
-    Raises MissingComments, OSError, or google.protobuf.message.DecodeError.
+    Raises MissingComments, ValueError when comments contradict each other on who answers whom,
+    OSError, or google.protobuf.message.DecodeError.
     """
     with open(path, "rb") as file:
         files = descriptor_pb2.FileDescriptorSet.FromString(file.read()).file
@@ -151,7 +171,29 @@ def load(path):
             for field in message.fields:
                 if not field.is_scalar:
                     declared[field.type].carried_by.append((message.name, field.name))
+    _pair([message for unit in units for message in unit.messages])
     return units
+
+
+def _pair(messages):
+    """Fills in who answers whom, from the comments of both sides, which must agree."""
+    by_name = {message.name: message for message in messages}
+    comments = {message.name: " ".join(message.comment.split()) for message in messages}
+    for asker in messages:
+        for name in filter(by_name.get, ANSWERED_BY.findall(comments[asker.name])):
+            if not re.search(rf"\b{asker.name}\b", comments[name]):
+                raise ValueError(f"{asker.name} is answered by {name}, whose comment does not say so")
+            asker.answered_by.append(name)
+            by_name[name].answers.append(asker.name)
+        asker.is_agreed = asker.kind == "request" and not asker.answered_by
+        if asker.is_agreed and not AGREED.search(comments[asker.name]):
+            raise ValueError(f"{asker.name} tells neither its answer nor that the sides agree on it")
+    for message in messages:
+        if message.kind == "response":
+            for name in filter(by_name.get, ANSWERS.findall(comments[message.name])):
+                if name not in message.answers:
+                    raise ValueError(f"{message.name} answers {name}, whose comment does not say so")
+            message.is_agreed = not message.answers or "the sides agree on it" in comments[message.name]
 
 
 def _unit(file, missing):
@@ -183,15 +225,17 @@ def _unit(file, missing):
             comment=comment(path + (MESSAGE_FIELD, index), f"{message}.{proto.name}"),
         )
 
+    prefix = file.package + "." if file.package else ""
+    scope = prefix.replace(".", "::")
+
     def message(index, proto):
         path = (FILE_MESSAGE, index)
-        prefix = file.package + "." if file.package else ""
         return path, Message(
             name=proto.name,
             comment=comment(path, proto.name),
             fields=[field(proto.name, i, f, path) for i, f in enumerate(proto.field)],
             full_name=prefix + proto.name,
-            cpp_name=prefix.replace(".", "::") + proto.name,
+            cpp_name=scope + proto.name,
         )
 
     def enum(index, proto):
@@ -204,6 +248,7 @@ def _unit(file, missing):
                       comment(path + (ENUM_VALUE, i), f"{proto.name}.{v.name}"))
                 for i, v in enumerate(proto.value)
             ],
+            cpp_name=scope + proto.name,
         )
 
     members = [message(i, m) for i, m in enumerate(file.message_type)]
