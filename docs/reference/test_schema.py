@@ -35,12 +35,22 @@ message Held {
 }
 
 // Request to ask.
+// Answered
+// by a Reply.
 message Ask {
   optional Kind kind = 1;  // Kind.
   repeated Held held = 16;  // Held.
   optional string text = 2048 [default = "-1"];  // Text.
   repeated int32 numbers = 3 [packed = true];  // Numbers.
 }
+
+// Response to answer Ask.
+message Reply {
+  optional string text = 1;  // How it is said is agreed between the sides.
+}
+
+// Request without more. Its response is agreed between the sides.
+message Order {}
 """
 
 
@@ -56,11 +66,11 @@ def load(text):
 class Load(unittest.TestCase):
     def setUp(self):
         (self.unit,) = load(COMMENTED)
-        self.held, self.ask = self.unit.messages
+        self.held, self.ask, self.reply, self.order = self.unit.messages
 
     def test_sections_follow_the_file(self):
         self.assertEqual([(s.title, [m.name for m in s.members]) for s in self.unit.sections],
-                         [("Kinds", ["Kind"]), ("Messages", ["Held", "Ask"])])
+                         [("Kinds", ["Kind"]), ("Messages", ["Held", "Ask", "Reply", "Order"])])
 
     def test_comments_and_kinds(self):
         self.assertEqual(self.unit.comment.strip(), "Test unit.")
@@ -82,10 +92,24 @@ class Load(unittest.TestCase):
         self.assertEqual(self.unit.enums[0].carried_by, [("Ask", "kind")])
 
 
+    def test_who_answers_whom(self):
+        self.assertEqual([(m.answered_by, m.answers, m.is_agreed) for m in self.unit.messages],
+                         [([], [], False), (["Reply"], [], False), ([], ["Ask"], False),
+                          ([], [], True)])
+
+    def test_comments_on_answers_contradict_each_other(self):
+        for said, instead, fault in (
+                ("Answered\n// by a Reply.", "Its answer is agreed between the sides.", "answers Ask"),
+                ("to answer Ask", "to anything", "answered by Reply"),
+                ("Its response is agreed between the sides.", "", "Order tells neither")):
+            with self.subTest(fault), self.assertRaisesRegex(ValueError, fault):
+                load(COMMENTED.replace(said, instead))
+
+
 class MissingComments(unittest.TestCase):
     def test_every_gap_is_named(self):
         gaps = {"// Test unit.": "the file itself", "// A kind.": "Kind",
-                "// Below none.": "Kind.KIND_LEAST", "// Request to ask.": "Ask",
+                "// Below none.": "Kind.KIND_LEAST", "// Request to ask.\n// Answered\n// by a Reply.": "Ask",
                 "// Numbers.": "Ask.numbers"}
         text = COMMENTED.replace("// A license line, not the comment of the file.\n", "")
         for comment in gaps:
