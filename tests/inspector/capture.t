@@ -128,6 +128,8 @@ Masked, also where bytes do not fit their type; a filter sees the content all th
   09-09 01:47:49.000000 > Dial #4 9 B platformtype: UNKNOW serial: 4 address: "XXX" # the capture keeps 21 of the frame's 23 bytes; missing required clir
   $ printf '1000000000 < Call 1a03353535\n' | "$TESTDIR/make_capture.py" | inspect log --redact
   09-09 01:46:40.000000 < Call - 5 B  # toa: declared as int32, came as length-delimited; kept as unknown field 3 (byte 0), so required toa is absent; missing required state; missing required index; missing required ismpty; missing required ismt; missing required als; missing required isvoice; missing required isvoiceprivacy; missing required number; missing required numberpresentation; missing required name; missing required namepresentation
+  $ printf '1000000000 < EmergencyNumber 080010011a063535313132322001\n' | "$TESTDIR/make_capture.py" | inspect log --redact
+  09-09 01:46:40.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # number: declared as string, came as varint; kept as unknown field 1 (byte 0), so required number is absent; mcc: declared as string, came as varint; kept as unknown field 2 (byte 2), so required mcc is absent; missing required sources
 
 Packed, in pieces, through a pipe, while it grows, and broken:
 

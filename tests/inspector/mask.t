@@ -31,6 +31,7 @@ One message, in the form that it came in:
   $ inspect mask --type IccCardStatusResponse card.bin masked.bin && inspect diff IccCardStatusResponse card.bin masked.bin
   modified: cardstatus.iccid: "8988211000000123456" -> "XXXXXXXXXXXXXXXXXXX"
   [3]
+  $ inspect mask --type IccCardStatusResponse - - <card.bin | cmp - masked.bin
   $ inspect encode --to hex IccCardStatusResponse card.txt | inspect mask --type IccCardStatusResponse - - | inspect decode IccCardStatusResponse | grep iccid
     iccid: "XXXXXXXXXXXXXXXXXXX"
 

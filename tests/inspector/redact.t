@@ -33,6 +33,10 @@ Masks go by the type. What does not fit it may be another one, so nothing of it 
   # not shown, as it does not fit the type: required fields missing: 3, wrong wire types: 2
   virtual-modem-inspect: standard input: not shown, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it all the same, and shows what is another type's
   [1]
+  $ echo 0801 1005 1801 2a03353535 | inspect decode --redact Hangup
+  # not shown, as it does not fit the type: unknown fields: 1
+  virtual-modem-inspect: standard input: not shown, as it does not fit Hangup (unknown fields: 1); --trust-type masks it all the same, and shows what is another type's
+  [1]
   $ (printf '\x0e'; echo 080010011a063535313132322000 | xxd -r -p; inspect encode --delimited Hangup <(echo 'platformtype: QCOM serial: 5551122 gsmindex: 1')) >stream
   $ inspect decode --redact --delimited Hangup stream
   # message 0 at byte 1, 14 bytes

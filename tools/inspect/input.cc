@@ -46,7 +46,7 @@ std::string DisplayName(const Source& source) {
   return source.hex.empty() ? DisplayName(source.file) : "--hex";
 }
 
-std::string ReadBytes(const Source& source) {
+std::string ReadBytes(const Source& source, bool* as_is) {
   const std::string name = DisplayName(source);
   const std::string text = source.hex.empty() ? ReadAll(source.file) : source.hex;
   std::string bytes;
@@ -57,6 +57,7 @@ std::string ReadBytes(const Source& source) {
     throw Error(name + ": " + error.what());
   }
   if (bytes.size() > kMaxMessageBytes) throw Error(name + kTooLarge);
+  if (as_is != nullptr) *as_is = bytes == text;
   if (!note.empty()) Note(name + ": " + note);
   return bytes;
 }

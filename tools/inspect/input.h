@@ -29,8 +29,9 @@ struct Source {
 std::string DisplayName(const Source& source);
 
 // The bytes that a source stands for. What was left out or assumed is said on standard error.
-// Errors name the source; more than kMaxMessageBytes are one.
-std::string ReadBytes(const Source& source);
+// Errors name the source; more than kMaxMessageBytes are one. as_is, if given, tells
+// whether they are what the source holds as it stands.
+std::string ReadBytes(const Source& source, bool* as_is = nullptr);
 
 // One line on standard error that is no error, with the program's name.
 void Note(const std::string& text);

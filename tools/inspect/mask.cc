@@ -1,12 +1,5 @@
 // mask: a capture, or one message, with subscriber data masked.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 #include <string>
 
 #include "inspect/capture.h"
@@ -60,7 +53,8 @@ Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& 
 
 Status MaskMessage(Schema& schema, const MaskOptions& options) {
   const Descriptor& type = schema.GetMessage(options.type);
-  const std::string bytes = ReadBytes({options.from, options.encoding, ""});
+  bool binary = false;
+  const std::string bytes = ReadBytes({options.from, options.encoding, ""}, &binary);
   const Findings findings = ParseAndCheck(schema, bytes, *schema.NewMessage(type));
   if (findings.misfit() && !options.trust_type) {
     throw Error(DisplayName(options.from) + ": not masked, as it does not fit " + options.type +
@@ -69,10 +63,7 @@ Status MaskMessage(Schema& schema, const MaskOptions& options) {
   }
   const std::string masked = Redact(schema, type, bytes);
   FileToWrite file(options.to);
-  // What came as text goes as text.
-  const bool binary = bytes == ReadAll(options.from);
-  const std::string content = binary ? masked : ToHex(masked) + "\n";
-  file.Write(content);
+  file.Write(binary ? masked : ToHex(masked) + "\n");  // what came as text goes as text
   file.Keep();
   return kOk;
 }
