@@ -12,6 +12,8 @@
 #include <ctime>
 #include <mutex>
 
+#include "text/walk.h"
+
 namespace virtual_modem {
 namespace {
 
@@ -32,19 +34,23 @@ constexpr std::uint32_t kRawIp = 101;  // link type: a packet begins with its IP
 constexpr std::uint16_t kTelephonyPort = 47601;
 constexpr std::uint16_t kModemPort = 47602;
 
-// Big-endian, as the network's headers are.
-void Append16(std::string& to, std::size_t value) {
-  to += static_cast<char>(value >> 8U);
-  to += static_cast<char>(value);
+// Big-endian, as the network's headers are. These return where the number ends.
+char* Put16(std::size_t value, char* to) {
+  *to++ = static_cast<char>(value >> 8U);
+  *to++ = static_cast<char>(value);
+  return to;
 }
-void Append32(std::string& to, std::size_t value) {
-  Append16(to, value >> 16U);
-  Append16(to, value & 0xFFFFU);
-}
+char* Put32(std::size_t value, char* to) { return Put16(value & 0xFFFFU, Put16(value >> 16U, to)); }
 
 // Little-endian, as the file's own headers are on every host.
-void AppendFile32(std::string& to, std::uint32_t value) {
-  for (unsigned shift = 0; shift < 32; shift += 8) to += static_cast<char>(value >> shift);
+char* PutFile32(std::uint32_t value, char* to) {
+  for (unsigned shift = 0; shift < 32; shift += 8) *to++ = static_cast<char>(value >> shift);
+  return to;
+}
+
+char* Put(std::string_view bytes, char* to) {
+  std::memcpy(to, bytes.data(), bytes.size());
+  return to + bytes.size();
 }
 
 std::uint32_t ReadFile32(const char* from) {
@@ -55,15 +61,14 @@ std::uint32_t ReadFile32(const char* from) {
   return value;
 }
 
-std::string FileHeader() {
-  std::string header;
-  AppendFile32(header, kMicroseconds);
-  AppendFile32(header, 4U << 16U | 2U);  // version 2.4
-  AppendFile32(header, 0);
-  AppendFile32(header, 0);
-  AppendFile32(header, kMaxPacket);
-  AppendFile32(header, kRawIp);
-  return header;
+// kFileHeader bytes.
+char* PutFileHeader(char* to) {
+  to = PutFile32(kMicroseconds, to);
+  to = PutFile32(4U << 16U | 2U, to);  // version 2.4
+  to = PutFile32(0, to);
+  to = PutFile32(0, to);
+  to = PutFile32(kMaxPacket, to);
+  return PutFile32(kRawIp, to);
 }
 
 // RFC 1071, over the IP header with its checksum field 0.
@@ -77,41 +82,41 @@ std::size_t Checksum(const char* header) {
   return ~sum & 0xFFFFU;
 }
 
-std::string Record(Direction direction, std::string_view type, std::string_view bytes,
-                   std::uint8_t operation) {
+// Appends the record of a message to what is to be written.
+void AppendRecord(Direction direction, std::string_view type, std::string_view bytes,
+                  std::uint8_t operation, std::string& out) {
   const std::size_t frame = kFrameHeader + type.size() + bytes.size();
   const std::size_t packet = kIpHeader + kUdpHeader + frame;
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
 
-  std::string record;
-  record.reserve(kRecordHeader + packet);
-  AppendFile32(record, static_cast<std::uint32_t>(now.tv_sec));
-  AppendFile32(record, static_cast<std::uint32_t>(now.tv_nsec / 1000));
-  AppendFile32(record, static_cast<std::uint32_t>(packet));
-  AppendFile32(record, static_cast<std::uint32_t>(packet));
+  const std::size_t before = out.size();
+  out.resize(before + kRecordHeader + packet);
+  char* at = &out[before];
+  at = PutFile32(static_cast<std::uint32_t>(now.tv_sec), at);
+  at = PutFile32(static_cast<std::uint32_t>(now.tv_nsec / 1000), at);
+  at = PutFile32(static_cast<std::uint32_t>(packet), at);
+  at = PutFile32(static_cast<std::uint32_t>(packet), at);
 
-  record.append("\x45\0", 2);  // IPv4, 20 bytes of header; no service class
-  Append16(record, packet);
-  record.append("\0\0\0\0\x40\x11\0\0", 8);  // not fragmented, 64 hops, UDP; checksum
-  record.append("\x7f\0\0\1\x7f\0\0\1", 8);  // from and to 127.0.0.1
-  const std::size_t sum = Checksum(&record[kRecordHeader]);
-  record[kRecordHeader + 10] = static_cast<char>(sum >> 8U);
-  record[kRecordHeader + 11] = static_cast<char>(sum);
+  char* ip = at;
+  at = Put({"\x45\0", 2}, at);  // IPv4, 20 bytes of header; no service class
+  at = Put16(packet, at);
+  at = Put({"\0\0\0\0\x40\x11\0\0", 8}, at);  // not fragmented, 64 hops, UDP; checksum
+  at = Put({"\x7f\0\0\1\x7f\0\0\1", 8}, at);  // from and to 127.0.0.1
+  Put16(Checksum(ip), ip + 10);
 
   const bool to_modem = direction == Direction::kToModem;
-  Append16(record, to_modem ? kTelephonyPort : kModemPort);
-  Append16(record, to_modem ? kModemPort : kTelephonyPort);
-  Append16(record, kUdpHeader + frame);
-  Append16(record, 0);  // no checksum, RFC 768
+  at = Put16(to_modem ? kTelephonyPort : kModemPort, at);
+  at = Put16(to_modem ? kModemPort : kTelephonyPort, at);
+  at = Put16(kUdpHeader + frame, at);
+  at = Put16(0, at);  // no checksum, RFC 768
 
-  record += "VM";
-  record += static_cast<char>(operation);
-  record += static_cast<char>(type.size());
-  Append32(record, bytes.size());
-  record.append(type);
-  record.append(bytes);
-  return record;
+  at = Put("VM", at);
+  *at++ = static_cast<char>(operation);
+  *at++ = static_cast<char>(type.size());
+  at = Put32(bytes.size(), at);
+  at = Put(type, at);
+  Put(bytes, at);
 }
 
 bool IsTypeCharacter(char c) {
@@ -128,7 +133,8 @@ class CaptureWriter::File {
 
   bool Open(const std::string& path, const CaptureOptions& options) {
     Close();
-    path_ = path;
+    path_.resize(0);
+    text::Append(path_, path);
     options_ = options;
     fd_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (fd_ < 0) return Fail(std::strerror(errno));
@@ -145,13 +151,24 @@ class CaptureWriter::File {
       return Fail("not the name of a message type");
     }
     if (bytes.size() > kMaxMessageBytes) {
-      return Fail("a " + std::string(type) + " of " + std::to_string(bytes.size()) +
-                  " bytes is larger than a capture holds");
+      std::string why;
+      text::Append(why, "a ");
+      text::Append(why, type);
+      text::Append(why, " of ");
+      text::AppendNumber(why, bytes.size());
+      text::Append(why, " bytes is larger than a capture holds");
+      return Fail(why);
     }
-    std::string record = Record(direction, type, bytes, operation);
-    const bool full = options_.max_bytes != 0 && size_ + record.size() > options_.max_bytes;
+    const std::size_t size =
+        kRecordHeader + kIpHeader + kUdpHeader + kFrameHeader + type.size() + bytes.size();
+    const bool full = options_.max_bytes != 0 && size_ + size > options_.max_bytes;
     if (full && size_ > kFileHeader && !Rotate()) return false;
-    if (size_ == 0) record.insert(0, FileHeader());
+    std::string record;
+    if (size_ == 0) {
+      record.resize(kFileHeader);
+      PutFileHeader(record.data());
+    }
+    AppendRecord(direction, type, bytes, operation, record);
     return Append(record);
   }
 
@@ -160,8 +177,13 @@ class CaptureWriter::File {
     fd_ = -1;
   }
 
-  bool Fail(const std::string& why) {
-    error_ = path_.empty() ? why : path_ + ": " + why;
+  bool Fail(std::string_view why) {
+    error_.resize(0);
+    if (!path_.empty()) {
+      text::Append(error_, path_);
+      text::Append(error_, ": ");
+    }
+    text::Append(error_, why);
     return false;
   }
 
@@ -180,15 +202,18 @@ class CaptureWriter::File {
       return FindEnd(static_cast<std::uint64_t>(info.st_size));
     }
     if (info.st_size > 0 && ftruncate(fd_, 0) != 0) return Fail(std::strerror(errno));
-    return Append(FileHeader());
+    char header[kFileHeader];
+    PutFileHeader(header);
+    return Append({header, kFileHeader});
   }
 
   // Leaves in size_ where the last whole record of the capture ends, and ends the file there.
   bool FindEnd(std::uint64_t file_size) {
-    const std::string expected = FileHeader();
+    char expected[kFileHeader];
+    PutFileHeader(expected);
     char header[kFileHeader];
     if (pread(fd_, header, kFileHeader, 0) != static_cast<ssize_t>(kFileHeader) ||
-        std::memcmp(header, expected.data(), kFileHeader) != 0) {
+        std::memcmp(header, expected, kFileHeader) != 0) {
       return Fail("is not a capture of this form; it is left as it is");
     }
     size_ = kFileHeader;
@@ -201,21 +226,21 @@ class CaptureWriter::File {
     if (size_ < file_size && ftruncate(fd_, static_cast<off_t>(size_)) != 0) {
       return Fail(std::strerror(errno));
     }
-    error_.clear();
+    error_.resize(0);
     return true;
   }
 
   // Leaves an empty file in the place of the full one, or all as it was.
   bool Rotate() {
-    const std::string old = path_ + ".1";
-    if (std::rename(path_.c_str(), old.c_str()) != 0) {
-      return Fail(old + ": " + std::strerror(errno));
-    }
+    std::string old;
+    text::Append(old, path_);
+    text::Append(old, ".1");
+    if (std::rename(path_.c_str(), old.c_str()) != 0) return Fail(std::strerror(errno));
     const int fd = open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) {
-      const std::string why = std::strerror(errno);
+      const int why = errno;
       static_cast<void>(std::rename(old.c_str(), path_.c_str()));
-      return Fail(why);
+      return Fail(std::strerror(why));
     }
     close(fd_);
     fd_ = fd;
@@ -224,14 +249,14 @@ class CaptureWriter::File {
   }
 
   // All or nothing: what a short write left is cut off, or overwritten by the next record.
-  bool Append(const std::string& bytes) {
+  bool Append(std::string_view bytes) {
     ssize_t written = 0;
     do {
       written = pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(size_));
     } while (written < 0 && errno == EINTR);
     if (written == static_cast<ssize_t>(bytes.size())) {
       size_ += bytes.size();
-      error_.clear();
+      error_.resize(0);
       return true;
     }
     const int why = written < 0 ? errno : ENOSPC;
@@ -277,7 +302,8 @@ void CaptureWriter::Close() {
 
 std::string CaptureWriter::error() const {
   const std::lock_guard<std::mutex> lock(file_->mutex);
-  return file_->error();
+  const std::string& error = file_->error();
+  return {error.data(), error.size()};
 }
 
 }  // namespace virtual_modem

@@ -114,7 +114,7 @@ def main() -> None:
                 below = enum_index[f.type_name.lstrip(".")]
             flags = (f.label == FieldDescriptorProto.LABEL_REPEATED,
                      f.label == FieldDescriptorProto.LABEL_REQUIRED, masked)
-            field_rows.append(f"{{{number}, {names.place(f.name)}, {below}, {len(f.name)}, FieldKind::{kind}, "
+            field_rows.append(f"{{{names.place(f.name)}, {len(f.name)}, {number}, {below}, FieldKind::{kind}, "
                               + ", ".join("true" if flag else "false" for flag in flags) + "},")
     if subscriber_data:
         refuse(f"subscriber data that no message has: {', '.join(sorted(subscriber_data))}")
@@ -137,7 +137,8 @@ def main() -> None:
            "constexpr Field kFields[] = {", *field_rows, "};",
            f'constexpr char kNames[{len(names.text)} + kNamePadding + 1] = "{names.text}";',
            "",
-           "const std::string& LibraryName(unsigned enumeration, std::int32_t number) {",
+           "// Null for an enumeration that no field has.",
+           "const std::string* LibraryName(unsigned enumeration, std::int32_t number) {",
            "  switch (enumeration) {"]
     slots, slot_rows = 0, []
     for name, (cpp, numbers) in enums.items():
@@ -145,23 +146,23 @@ def main() -> None:
             slot_rows.append(f"{{0, 0, 0}},  // {name}")
             continue
         out += [f"    case {enum_index[name]}:",
-                f"      return {cpp}_Name(static_cast<{cpp}>(number));"]
+                f"      return &{cpp}_Name(static_cast<{cpp}>(number));"]
         first = min(numbers)
         count = max(n for n in numbers if n - first < MOST_SLOTS) - first + 1
         slot_rows.append(f"{{{slots}, {count}, {first}}},  // {name}")
         slots += count
     out += ["  }",
-            "  return google::protobuf::internal::GetEmptyString();", "}", "",
+            "  return nullptr;", "}", "",
             "constexpr EnumSlots kEnumSlots[] = {", *slot_rows, "};",
             f"std::atomic<const std::string*> name_slots[{slots}];", "",
             "std::string_view EnumName(const void*, unsigned enumeration, std::int32_t number) {",
             "  const EnumSlots& row = kEnumSlots[enumeration];",
             "  const auto place = static_cast<std::uint32_t>(number) - static_cast<std::uint32_t>(row.first);",
-            "  if (place >= row.count) return LibraryName(enumeration, number);",
+            "  if (place >= row.count) return *LibraryName(enumeration, number);",
             "  std::atomic<const std::string*>& slot = name_slots[row.slot + place];",
             "  const std::string* name = slot.load(std::memory_order_acquire);",
             "  if (name == nullptr) {",
-            "    name = &LibraryName(enumeration, number);",
+            "    name = LibraryName(enumeration, number);",
             "    slot.store(name, std::memory_order_release);",
             "  }",
             "  return *name;",

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace virtual_modem::text {
 namespace {
@@ -38,7 +39,7 @@ class Masker : public Handler {
     if (field.subscriber_data || shape_) {
       out_.append(bytes.size(), 'X');
     } else {
-      out_.append(bytes);
+      Append(out_, bytes);
     }
   }
   // The length comes last: masked bytes are fewer than those they stand for.
@@ -48,7 +49,9 @@ class Masker : public Handler {
   }
   void End(const Level& /*level*/, const Field& /*field*/, std::size_t mark) {
     const std::size_t size = out_.size() - mark;
-    out_.insert(mark, VarintSize(size), '\0');
+    const std::size_t length = VarintSize(size);
+    out_.append(length, '\0');
+    std::memmove(&out_[mark + length], &out_[mark], size);
     WriteVarint(size, &out_[mark]);
   }
 

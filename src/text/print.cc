@@ -7,8 +7,6 @@
 namespace virtual_modem::text {
 namespace {
 
-constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its sign included
-
 // Below this number of messages, unknown bytes that read as a message are printed as one.
 constexpr int kUnknownDepth = 10;
 
@@ -56,14 +54,6 @@ bool ArePlain(std::string_view bytes) {
   return !NeedEscape(last);
 }
 
-char* WriteNumber(std::uint64_t number, char* to) {
-  if (number < 10) {
-    *to = static_cast<char>('0' + number);
-    return to + 1;
-  }
-  return std::to_chars(to, to + kMaxDigits, number).ptr;
-}
-
 char* WriteNumber(std::uint32_t number, char* to) {
   if (number < 10) {
     *to = static_cast<char>('0' + number);
@@ -76,12 +66,6 @@ char* WriteNumber(std::int32_t number, char* to) {
   if (number < 0) *to++ = '-';
   const auto bits = static_cast<std::uint32_t>(number);
   return WriteNumber(number < 0 ? 0 - bits : bits, to);
-}
-
-void AppendNumber(std::uint64_t number, Sink& sink) {
-  char scratch[kMaxDigits];
-  char* begin = sink.Begin(kMaxDigits, scratch);
-  sink.Commit(begin, WriteNumber(number, begin));
 }
 
 // The fields of a message that nobody declared, by the rules with which the runtime reads sets of
@@ -171,9 +155,11 @@ bool AreFields(UnknownFields& fields, std::uint32_t group, int budget) {
 
 class Printer : public Handler {
  public:
-  Printer(const Tables& tables, Show show, bool single_line, Sink& sink)
+  Printer(const Tables& tables, Show show, bool single_line, Sink& sink,
+          std::vector<std::string>* missing)
       : tables_(tables),
         sink_(sink),
+        missing_(missing),
         show_(show),
         single_line_(single_line),
         separator_(single_line ? ' ' : '\n') {}
@@ -266,11 +252,20 @@ class Printer : public Handler {
     }
   }
 
+  void Missing(const Level& level, const Field& field) {
+    if (missing_ != nullptr) missing_->push_back(PathTo(tables_, level, field));
+  }
+
   void Malformed(const Level& level, const Outcome& outcome) {
-    break_ = "# malformed at byte " + std::to_string(outcome.offset);
+    Append(break_, "# malformed at byte ");
+    text::AppendNumber(break_, outcome.offset);
     const std::string path = PathTo(tables_, level);
-    if (!path.empty()) break_ += " in " + path;
-    break_ += ": " + Explain(outcome);
+    if (!path.empty()) {
+      Append(break_, " in ");
+      Append(break_, path);
+    }
+    Append(break_, ": ");
+    Append(break_, Explain(outcome));
   }
 
   // What stands behind the fields.
@@ -390,6 +385,7 @@ class Printer : public Handler {
 
   const Tables& tables_;
   Sink& sink_;
+  std::vector<std::string>* missing_;
   const Show show_;
   const bool single_line_;
   const char separator_;
@@ -400,6 +396,12 @@ class Printer : public Handler {
 };
 
 }  // namespace
+
+void AppendNumber(std::uint64_t number, Sink& sink) {
+  char scratch[kMaxDigits];
+  char* begin = sink.Begin(kMaxDigits, scratch);
+  sink.Commit(begin, WriteNumber(number, begin));
+}
 
 void Sink::AppendWhatFits(std::string_view text) {
   const std::size_t fits = text.size() < Room() ? text.size() : Room();
@@ -431,8 +433,8 @@ void AppendEscaped(std::string_view bytes, Sink& sink) {
 }
 
 Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
-              bool single_line, Sink& sink) {
-  Printer printer(tables, show, single_line, sink);
+              bool single_line, Sink& sink, std::vector<std::string>* missing) {
+  Printer printer(tables, show, single_line, sink, missing);
   const Outcome outcome = WalkMessage(tables, message, bytes, printer);
   printer.Finish();
   return outcome;

@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <cstring>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "text/tables.h"
 #include "text/walk.h"
@@ -110,8 +112,12 @@ enum class Show : std::uint8_t {
 // out, every message begun is closed. Behind the fields stand, as comments, how many unknown fields
 // are not shown and where and why the bytes break. On one line the text has no separator at its
 // end; else every line ends with one.
+//
+// missing, unless null, gets the paths of the required fields that are absent.
 Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
-              bool single_line, Sink& sink);
+              bool single_line, Sink& sink, std::vector<std::string>* missing = nullptr);
+
+void AppendNumber(std::uint64_t number, Sink& sink);
 
 // Appends bytes with the escapes of a string of the text format.
 void AppendEscaped(std::string_view bytes, Sink& sink);

@@ -22,10 +22,10 @@ enum class FieldKind : std::uint8_t {
 inline constexpr unsigned kNamePadding = 32;
 
 struct Field {
-  std::uint16_t number;
   std::uint16_t name;      // offset into Tables::names
-  std::uint16_t below;     // kMessage: index into Tables::messages; kEnum: of the enumeration
   std::uint8_t name_size;  // bytes, at most kNamePadding
+  std::uint8_t number;
+  std::uint8_t below;  // kMessage: index into Tables::messages; kEnum: of the enumeration
   FieldKind kind : 4;
   bool repeated : 1;
   bool required : 1;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "text/generated.h"
@@ -26,7 +27,11 @@ constexpr std::size_t kTextBuffer = 4096 + 256;
 unsigned IndexOf(const Type& type) { return static_cast<unsigned>(&type - Types().begin()); }
 
 std::string Mark(std::size_t missing) {
-  return " [... " + std::to_string(missing) + " more bytes]";
+  std::string mark;
+  text::Append(mark, " [... ");
+  text::AppendNumber(mark, missing);
+  text::Append(mark, " more bytes]");
+  return mark;
 }
 
 // The text that is too long for max_bytes, cut to it with its mark.
@@ -34,7 +39,8 @@ std::string Cut(std::string text, std::size_t size, std::size_t max_bytes) {
   // The more is cut, the longer may the mark be: the longest decides.
   const std::size_t mark = Mark(size).size();
   text.resize(std::min(text.size(), max_bytes > mark ? max_bytes - mark : 0));
-  return text += Mark(size - text.size());
+  text::Append(text, Mark(size - text.size()));
+  return text;
 }
 
 // The text that print(front, sink) makes, run twice when it does not fit the stack. front is what
@@ -49,13 +55,16 @@ std::string Render(std::string text, const TextOptions& options, const Print& pr
   const std::size_t size = sink.text().size() + sink.lost();
   if (sink.lost() == 0 && text.empty()) return std::string(sink.text());
   if (sink.lost() == 0 || limit <= buffer.size()) {
-    text.assign(sink.text());
+    text.resize(sink.text().size());
+    std::memcpy(text.data(), sink.text().data(), text.size());
   } else {
     const std::size_t front = text.size();
     text.resize(front + std::min(size, limit));
     Sink rest(text.data() + front, text.size() - front);
     print(text.data(), rest);
-    text.erase(0, front);
+    const std::size_t kept = text.size() - front;
+    std::memmove(text.data(), text.data() + front, kept);
+    text.resize(kept);
   }
   return size <= limit ? text : Cut(std::move(text), size, limit);
 }
@@ -63,22 +72,17 @@ std::string Render(std::string text, const TextOptions& options, const Print& pr
 // Calls use(bytes) with the encoded form of the message.
 template <typename Use>
 void WithBytes(const MessageLite& message, const Use& use) {
-  std::string buffer(message.ByteSizeLong(), '\0');  // caches the sizes used below
+  std::string buffer;
+  buffer.resize(message.ByteSizeLong());  // caches the sizes used below
   message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(buffer.data()));
   use(buffer);
 }
 
 // Walks bytes for what is missing; paths may be null.
 Outcome Examine(unsigned index, std::string_view bytes, std::vector<std::string>* paths) {
-  struct Collector : text::Handler {
-    void Missing(const text::Level& level, const text::Field& field) {
-      if (paths != nullptr) paths->push_back(text::PathTo(kTables, level, field));
-    }
-    std::vector<std::string>* paths;
-  };
-  Collector collector;
-  collector.paths = paths;
-  return text::WalkMessage(kTables, index, bytes, collector);
+  char nothing = 0;
+  Sink sink(&nothing, 0);
+  return text::Print(kTables, index, bytes, Show::kMasked, true, sink, paths);
 }
 
 // What to show of bytes that nobody vouches for: when they do not fit, they may be another type's.
@@ -103,7 +107,8 @@ std::string ToText(const MessageLite& message, const TextOptions& options) {
     message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(buffer.data()));
     return Render({}, options, [&](const char*, Sink& sink) { print(buffer.data(), size, sink); });
   }
-  std::string bytes(size, '\0');
+  std::string bytes;
+  bytes.resize(size);
   message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(bytes.data()));
   return Render(std::move(bytes), options,
                 [&](const char* front, Sink& sink) { print(front, size, sink); });
@@ -115,7 +120,9 @@ std::string ToText(std::string_view type, std::string_view bytes, const TextOpti
     if (found == nullptr) {
       sink.Append("# no message type \"");
       text::AppendEscaped(type, sink);
-      sink.Append("\", " + std::to_string(bytes.size()) + " bytes not shown");
+      sink.Append("\", ");
+      text::AppendNumber(bytes.size(), sink);
+      sink.Append(" bytes not shown");
       return;
     }
     const unsigned index = IndexOf(*found);

@@ -1,53 +1,107 @@
 #include "text/walk.h"
 
+#include <charconv>
+
 namespace virtual_modem::text {
+
+char* WriteNumber(std::uint64_t number, char* to) {
+  if (number < 10) {
+    *to = static_cast<char>('0' + number);
+    return to + 1;
+  }
+  return std::to_chars(to, to + kMaxDigits, number).ptr;
+}
+
+void AppendNumber(std::string& to, std::uint64_t number) {
+  char digits[kMaxDigits];
+  to.append(digits, static_cast<std::size_t>(WriteNumber(number, digits) - digits));
+}
 
 std::string PathTo(const Tables& tables, const Level& level) {
   if (level.field == nullptr) return {};
   std::string path = PathTo(tables, *level.above, *level.field);
-  if (level.index >= 0) path.append("[").append(std::to_string(level.index)).append("]");
+  if (level.index >= 0) {
+    Append(path, "[");
+    AppendNumber(path, static_cast<std::uint64_t>(level.index));
+    Append(path, "]");
+  }
   return path;
 }
 
 std::string PathTo(const Tables& tables, const Level& level, const Field& field) {
   std::string path = PathTo(tables, level);
-  if (!path.empty()) path += '.';
-  return path.append(tables.NameOf(field));
+  if (!path.empty()) Append(path, ".");
+  Append(path, tables.NameOf(field));
+  return path;
 }
 
 std::string Explain(const Outcome& outcome) {
-  const std::string detail = std::to_string(outcome.detail);
-  const std::string item = std::string("a ") + outcome.item;
+  // Before the detail, and behind it.
+  std::string_view before;
+  std::string_view after;
+  std::string_view item;  // between the two, instead of the detail
   switch (outcome.fault) {
     case Fault::kEndsEarly:
-      return "the input ends " + detail + " bytes early";
+      before = "the input ends ";
+      after = " bytes early";
+      break;
     case Fault::kEndsInside:
-      return "the input ends inside " + item;
+      before = "the input ends inside a ";
+      item = outcome.item;
+      break;
     case Fault::kOverruns:
-      return item + " runs past the end of the message around it";
+      before = "a ";
+      item = outcome.item;
+      after = " runs past the end of the message around it";
+      break;
     case Fault::kItemTooLong:
-      return item + " is longer than " + detail + " bytes";
+      before = "a ";
+      after = " bytes";
+      break;
     case Fault::kLengthTooLarge:
-      return "a length is over 2 GiB";
+      item = "a length is over 2 GiB";
+      break;
     case Fault::kShortInput:
     case Fault::kShortMessage:
-      return detail + " bytes announced, " + std::to_string(outcome.left) +
-             " left before the end of the " +
-             (outcome.fault == Fault::kShortInput ? "input" : "message around");
-    case Fault::kEndGroup:
-      return "a group ends that was not begun";
-    case Fault::kOtherGroup:
-      return "another group ends than was begun";
-    case Fault::kNoWireType:
-      return "there is no wire type " + detail;
-    case Fault::kTooDeep:
-      return "more than " + std::to_string(kMaxDepth) + " levels of nesting";
-    case Fault::kFieldZero:
-      return "a field has number 0";
-    case Fault::kNone:
+      after = " bytes announced, ";
       break;
+    case Fault::kEndGroup:
+      item = "a group ends that was not begun";
+      break;
+    case Fault::kOtherGroup:
+      item = "another group ends than was begun";
+      break;
+    case Fault::kNoWireType:
+      before = "there is no wire type ";
+      break;
+    case Fault::kTooDeep:
+      item = "more than 100 levels of nesting";
+      static_assert(kMaxDepth == 100);
+      break;
+    case Fault::kFieldZero:
+      item = "a field has number 0";
+      break;
+    case Fault::kNone:
+      return {};
   }
-  return {};
+  std::string text;
+  Append(text, before);
+  if (outcome.fault == Fault::kItemTooLong) {
+    Append(text, outcome.item);
+    Append(text, " is longer than ");
+  }
+  if (item.empty()) {
+    AppendNumber(text, outcome.detail);
+  } else {
+    Append(text, item);
+  }
+  Append(text, after);
+  if (outcome.fault == Fault::kShortInput || outcome.fault == Fault::kShortMessage) {
+    AppendNumber(text, outcome.left);
+    Append(text, " left before the end of the ");
+    Append(text, outcome.fault == Fault::kShortInput ? "input" : "message around");
+  }
+  return text;
 }
 
 bool Reader::Fail(Fault fault, const char* where, std::uint64_t detail, std::uint64_t left,

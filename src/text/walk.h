@@ -29,6 +29,14 @@ enum WireType : std::uint8_t {
   kFixed32 = 5,
 };
 
+// Texts are put together with append() alone, and numbers without <string>'s help: each other
+// function of strings costs the library on a device an import with a name of a hundred bytes.
+inline void Append(std::string& to, std::string_view text) { to.append(text.data(), text.size()); }
+void AppendNumber(std::string& to, std::uint64_t number);
+inline constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its sign included
+// Returns where the digits end.
+char* WriteNumber(std::uint64_t number, char* to);
+
 // A message that is being walked, and the way up from it; the outermost has neither above nor
 // field.
 struct Level {

@@ -42,6 +42,7 @@ FieldKind KindOf(const FieldDescriptor& field) {
 
 void SchemaTables::Fill(const std::vector<const Descriptor*>& messages,
                         const std::unordered_set<const FieldDescriptor*>& subscriber_data) {
+  if (messages.size() > UINT8_MAX) throw Error("the schema has over 255 messages");
   for (const Descriptor* type : messages) {
     indexes_.emplace(type, static_cast<unsigned>(indexes_.size()));
   }
@@ -50,7 +51,7 @@ void SchemaTables::Fill(const std::vector<const Descriptor*>& messages,
     for (int i = 0; i < type->field_count(); ++i) {
       const FieldDescriptor& field = *type->field(i);
       highest = std::max(highest, field.number());
-      if (highest > 1000) Refuse(field, "has a number over 1000");
+      if (highest > UINT8_MAX) Refuse(field, "has a number over 255");
     }
     const std::size_t first = fields_.size();
     messages_.push_back({static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(highest)});
@@ -76,7 +77,7 @@ text::Field SchemaTables::MakeField(const FieldDescriptor& field) {
   row.kind = KindOf(field);
   if (row.kind == FieldKind::kNone) Refuse(field, std::string("is a ") + field.type_name());
   if (field.name().size() > text::kNamePadding) Refuse(field, "has a name over 32 letters");
-  row.number = static_cast<std::uint16_t>(field.number());
+  row.number = static_cast<std::uint8_t>(field.number());
   row.name = Place(field.name());
   row.name_size = static_cast<std::uint8_t>(field.name().size());
   row.repeated = field.is_repeated();
@@ -85,7 +86,7 @@ text::Field SchemaTables::MakeField(const FieldDescriptor& field) {
   if (row.kind == FieldKind::kMessage) {
     const auto found = indexes_.find(field.message_type());
     if (found == indexes_.end()) Refuse(field, "has a type declared within a message");
-    row.below = static_cast<std::uint16_t>(found->second);
+    row.below = static_cast<std::uint8_t>(found->second);
   }
   return row;
 }
@@ -97,10 +98,11 @@ std::uint16_t SchemaTables::Place(const std::string& name) {
   return found->second;
 }
 
-std::uint16_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
+std::uint8_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
   const auto [found, added] =
-      enum_indexes_.emplace(&type, static_cast<std::uint16_t>(enums_.size()));
+      enum_indexes_.emplace(&type, static_cast<std::uint8_t>(enums_.size()));
   if (!added) return found->second;
+  if (enums_.size() == UINT8_MAX) throw Error("the schema has over 255 enumerations");
   Names names;
   names.from_zero.resize(kFromZero);
   for (int i = type.value_count() - 1; i >= 0; --i) {  // the first of aliases is printed
