@@ -54,7 +54,8 @@ struct Unmasked : text::Handler {
     found = found || (field.subscriber_data && value != 0);
   }
   void String(const text::Level&, const text::Field& field, std::string_view bytes) {
-    found = found || (field.subscriber_data && bytes.find_first_not_of('X') != bytes.npos);
+    found =
+        found || (field.subscriber_data && bytes.find_first_not_of('X') != std::string_view::npos);
   }
   void Unknown(const text::Level&, const text::Field*, std::uint32_t, text::WireType,
                std::string_view, std::string_view) {

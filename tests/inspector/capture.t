@@ -121,6 +121,18 @@ Who answered whom, and how often what came:
   $ inspect log --count --json log.pcap 2>/dev/null | tail -n 1
   {"type":"QServiceStatusInfoList","count":1}
 
+Each side has serials of its own:
+
+  $ "$TESTDIR/make_capture.py" <<'PACKETS' | inspect log --pairs
+  > 1000000000 > Hangup 080010051801
+  > 1000000001 < Hangup 080010051801
+  > 1000000003 > NoResultResponse 080010051800
+  > 1000000007 < NoResultResponse 080010051801
+  > PACKETS
+  09-09 01:46:41.000000 #5 Hangup > NoResultResponse RADIO_E_SUCCESS after 2000.000 ms
+  09-09 01:46:40.000000 #5 Hangup > NoResultResponse RADIO_E_RADIO_NOT_AVAILABLE after 7000.000 ms
+  # 2 answered after 4500.000 ms on average, 7000.000 ms at most; 0 not answered, 0 answered again, 0 responses without a request
+
 Masked, also where bytes do not fit their type; a filter sees the content all the same:
 
   $ inspect log --redact --type Dial log.pcap 2>/dev/null

@@ -33,7 +33,9 @@ An element more, with subscriber data in it, and an unknown field, which only tr
 Two recordings: their messages are matched by type, direction and serial.
 
   $ "$TESTDIR/make_capture.py" >left.pcap <<'PACKETS'
+  > 1000000000 > NoResultResponse 080010011801
   > 1000000000 > Dial 080010011a033131322000
+  > 1000000000 > Dial 080010011a033131352000
   > 1000000001 > Hangup 080010021801
   > 1000000002 < NoResultResponse 080010011800
   > 1000000003 > Nonesuch 00
@@ -41,23 +43,25 @@ Two recordings: their messages are matched by type, direction and serial.
   $ "$TESTDIR/make_capture.py" >right.pcap <<'PACKETS'
   > 1000000000 < NoResultResponse 080010011801
   > 1000000001 > Dial 080010011a033131332000
-  > 1000000002 > Dial 080010011a033131322000
+  > 1000000002 > Dial 080010011a033131352000
+  > 1000000002 > Dial 080010011a033131362000
   > 1000000003 > Nonesuch 01
   > PACKETS
   $ inspect diff left.pcap right.pcap
-  # NoResultResponse #1, message 3 and 1
+  # NoResultResponse #1, message 5 and 1
   modified: error: RADIO_E_SUCCESS -> RADIO_E_RADIO_NOT_AVAILABLE
-  # Dial #1, message 1 and 2
+  # Dial #1, message 2 and 2
   modified: address: "112" -> "113"
-  # only right: Dial #1, message 3
-  # Nonesuch, message 4 and 4
+  # only right: Dial #1, message 4
+  # Nonesuch, message 6 and 5
   modified: bytes of a type that the schema does not have
-  # only left: Hangup #2, message 2
+  # only left: NoResultResponse #1, message 1
+  # only left: Hangup #2, message 4
   [3]
   $ inspect diff --redact left.pcap right.pcap | head -n 4
-  # NoResultResponse #1, message 3 and 1
+  # NoResultResponse #1, message 5 and 1
   modified: error: RADIO_E_SUCCESS -> RADIO_E_RADIO_NOT_AVAILABLE
-  # Dial #1, message 1 and 2
+  # Dial #1, message 2 and 2
   modified: address: (redacted) -> (redacted)
   $ inspect diff left.pcap left.pcap
   $ inspect diff left.pcap card.bin

@@ -22,6 +22,8 @@
   $ grep -c -a -e 551122 -e ABC -e 89882 masked.pcap
   0
   [1]
+  $ /usr/bin/python3 -c 'import struct; print(sum(struct.unpack(">10H", open("masked.pcap", "rb").read()[40:60])) % 0xFFFF)'
+  0
   $ stat -c %a masked.pcap
   600
   $ inspect mask - - <secret.pcap 2>/dev/null | cmp - masked.pcap

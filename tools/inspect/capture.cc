@@ -77,7 +77,7 @@ bool IsTypeName(std::string_view name) {
 
 bool ReadDatagram(std::string_view packet, Datagram& datagram) {
   if (packet.size() < kIpHeader || Number(packet, 0, 1) >> 4U != 4) return false;
-  const std::size_t header = 4 * (Number(packet, 0, 1) & 0xFU);
+  const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
   constexpr std::uint32_t kUdp = 17;
   constexpr std::uint32_t kFragment = 0x3FFF;  // its offset, or that more follow
   if (header < kIpHeader || packet.size() < header + kUdpHeader || Number(packet, 9, 1) != kUdp ||

@@ -45,9 +45,6 @@ class RedactingReporter : public MessageDifferencer::StreamReporter {
       StreamReporter::PrintValue(message, path, left_side);
     }
   }
-  void PrintUnknownFieldValue(const google::protobuf::UnknownField* /*field*/) override {
-    Print("(redacted)");
-  }
 
  private:
   const Schema& schema_;

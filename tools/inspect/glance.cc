@@ -18,17 +18,18 @@ class Looker : public text::Handler {
     if (level.above == nullptr && field.number == type_.serial) {
       glance_.serial = static_cast<std::int32_t>(value);
     }
-    if (Asked(level, field) && condition_->Is(field, value)) glance_.has_field = true;
+    const FieldCondition* asked = Asked(level, field);
+    if (asked != nullptr && asked->Is(field, value)) glance_.has_field = true;
   }
   void Enum(const text::Level& level, const text::Field& field, std::uint64_t value,
             std::string_view name) {
     if (IsError(level, field)) glance_.error = name;
-    if (Asked(level, field) && (condition_->Is(name) || condition_->Is(field, value))) {
-      glance_.has_field = true;
-    }
+    const FieldCondition* asked = Asked(level, field);
+    if (asked != nullptr && (asked->Is(name) || asked->Is(field, value))) glance_.has_field = true;
   }
   void String(const text::Level& level, const text::Field& field, std::string_view bytes) {
-    if (Asked(level, field) && condition_->Is(bytes)) glance_.has_field = true;
+    const FieldCondition* asked = Asked(level, field);
+    if (asked != nullptr && asked->Is(bytes)) glance_.has_field = true;
   }
   void Unknown(const text::Level& level, const text::Field* field, std::uint32_t /*number*/,
                text::WireType type, std::string_view /*whole*/, std::string_view value) {
@@ -42,8 +43,9 @@ class Looker : public text::Handler {
     return level.above == nullptr && type_.error != nullptr &&
            field.number == type_.error->number();
   }
-  bool Asked(const text::Level& level, const text::Field& field) const {
-    return condition_ != nullptr && condition_->Names(tables_, level, field);
+  // The condition, if it is about the field.
+  const FieldCondition* Asked(const text::Level& level, const text::Field& field) const {
+    return condition_ != nullptr && condition_->Names(tables_, level, field) ? condition_ : nullptr;
   }
 
   const text::Tables& tables_;

@@ -240,8 +240,8 @@ class Log {
     if (!(request != nullptr && request->wanted) && (response == nullptr || !response->wanted))
       return;
     ++pairs_.at(static_cast<std::size_t>(kind));
-    const bool timed =
-        kind == PairKind::kAnswered && request->time != kNoTime && response->time != kNoTime;
+    const bool timed = kind == PairKind::kAnswered && request != nullptr && response != nullptr &&
+                       request->time != kNoTime && response->time != kNoTime;
     const std::int64_t latency = timed ? response->time - request->time : 0;
     if (timed) {
       ++timed_;

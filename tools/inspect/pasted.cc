@@ -85,8 +85,9 @@ bool TakeCharacter(std::string_view& text, std::string& bytes) {
     text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
     return true;
   }
-  const std::size_t letter = hex || text.empty() ? kLetters.npos : kLetters.find(text.front());
-  if (letter == kLetters.npos) return false;
+  const std::size_t letter =
+      hex || text.empty() ? std::string_view::npos : kLetters.find(text.front());
+  if (letter == std::string_view::npos) return false;
   bytes.push_back(kMeanings[letter]);
   text.remove_prefix(1);
   return true;
@@ -181,7 +182,7 @@ std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
   std::string bytes;
   std::size_t at = 0;
   clear = false;
-  while ((at = list.find_first_not_of(", \t\r\n", at)) != list.npos) {
+  while ((at = list.find_first_not_of(", \t\r\n", at)) != std::string_view::npos) {
     const std::size_t end = std::min(list.find_first_of(", \t\r\n", at), list.size());
     const std::string_view number = list.substr(at, end - at);
     const bool hex = number.substr(0, 2) == "0x" || number.substr(0, 2) == "0X";
@@ -206,10 +207,10 @@ std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
 // The first list in brackets or braces whose elements are numbers of bytes; one that stands within
 // other text has at least three.
 std::optional<std::string> ParseArray(std::string_view text, bool& clear, std::string& note) {
-  for (std::size_t open = text.find_first_of("[{"); open != text.npos;
+  for (std::size_t open = text.find_first_of("[{"); open != std::string_view::npos;
        open = text.find_first_of("[{", open + 1)) {
     const std::size_t close = text.find(text[open] == '[' ? ']' : '}', open);
-    if (close == text.npos) continue;
+    if (close == std::string_view::npos) continue;
     std::optional<std::string> bytes = ReadNumbers(text.substr(open + 1, close - open - 1), clear);
     if (!bytes || bytes->empty()) continue;
     const std::string_view behind = Trim(text.substr(close + 1));
@@ -314,8 +315,8 @@ std::string ParseAny(std::string_view text, std::string& note) {
     refuse_broken();
     return bytes;
   }
-  const bool has_escapes = text.find('\\') != text.npos;
-  const bool quoted = text.find_first_of("\"'") != text.npos;
+  const bool has_escapes = text.find('\\') != std::string_view::npos;
+  const bool quoted = text.find_first_of("\"'") != std::string_view::npos;
   // Quoted, what stands between escapes is characters.
   if (has_escapes && (quoted || hex != HexResult::kRead)) return ParseString(text, note);
   bool clear = false;
@@ -344,7 +345,8 @@ bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, s
   bool tie = false;
   for (std::size_t at = 0; at < line.size();) {
     const bool inside = at > 0 && (IsWord(line[at - 1]) || line[at - 1] == '.');
-    const bool joined = at > 1 && std::string_view(":-").find(line[at - 1]) != line.npos &&
+    const bool joined = at > 1 &&
+                        std::string_view(":-").find(line[at - 1]) != std::string_view::npos &&
                         HexDigit(line[at - 2]) >= 0;
     const Run run = inside || joined || HexDigit(line[at]) < 0 ? Run() : TakeRun(line, at);
     if (run.end == 0) {

@@ -71,7 +71,8 @@ void FindTime(std::string_view line, Record& record) {
 // Texts that were cut to the length of a log's line say so.
 bool CutAtMark(std::string_view& text) {
   const std::size_t mark = text.rfind(" [... ");
-  if (mark == text.npos || text.find(" more bytes]", mark) == text.npos) return false;
+  if (mark == std::string_view::npos || text.find(" more bytes]", mark) == std::string_view::npos)
+    return false;
   text = text.substr(0, mark);
   return true;
 }
@@ -156,7 +157,8 @@ bool TextLogReader::ReadLine(Record& record) {
 bool TextLogReader::ReadMessage(const TypeInfo& type, std::string_view rest, Record& record) {
   // Text begins with a field of the type.
   std::size_t field = 0;
-  while (field < rest.size() && std::string_view(" \t:=>(-{").find(rest[field]) != rest.npos) {
+  while (field < rest.size() &&
+         std::string_view(" \t:=>(-{").find(rest[field]) != std::string_view::npos) {
     ++field;
   }
   std::size_t end = field;
@@ -164,7 +166,7 @@ bool TextLogReader::ReadMessage(const TypeInfo& type, std::string_view rest, Rec
   const std::string_view behind = rest.substr(end);
   const bool value = behind.substr(0, 1) == ":" || behind.substr(0, 2) == " {";
   if (value && type.type->FindFieldByName(std::string(rest.substr(field, end - field)))) {
-    const bool braced = rest.substr(0, field).find('{') != rest.npos;
+    const bool braced = rest.substr(0, field).find('{') != std::string_view::npos;
     std::string_view text = rest.substr(field);
     if (braced) text = text.substr(0, text.rfind('}'));
     return ReadText(type, text, record);
@@ -196,7 +198,7 @@ bool TextLogReader::ReadText(const TypeInfo& type, std::string_view text, Record
   // Of a text that was cut, what ends before one of its last spaces is whole.
   constexpr int kTries = 32;
   std::size_t end = text.size();
-  for (int i = 0; cut && !read && i < kTries && end != text.npos && end > 0; ++i) {
+  for (int i = 0; cut && !read && i < kTries && end != std::string_view::npos && end > 0; ++i) {
     const std::string whole = CloseAt(text, end);
     read = !whole.empty() && parser.ParseFromString(whole, message.get());
     end = text.rfind(' ', end - 1);
