@@ -62,8 +62,9 @@ class Browser:
         if not port:
             raise OSError("chromedriver does not start")
         self.base = f"http://127.0.0.1:{port[1]}/session"
+        # By pipe, not by port: a bare machine may not know the name localhost.
         arguments = ["--headless=new", f"--user-data-dir={profile}", "--hide-scrollbars",
-                     "--disable-dev-shm-usage"]
+                     "--disable-dev-shm-usage", "--remote-debugging-pipe"]
         if os.geteuid() == 0:
             arguments.append("--no-sandbox")  # Chromium refuses root a sandbox.
         options = {"browserName": "chrome", "goog:chromeOptions": {"args": arguments}}
@@ -79,7 +80,7 @@ class Browser:
             with urllib.request.urlopen(request, timeout=300) as reply:
                 return json.load(reply)["value"]
         except urllib.error.HTTPError as error:
-            raise OSError(json.load(error)["value"]["message"].split("\n")[0]) from error
+            raise OSError(" ".join(json.load(error)["value"]["message"].split("\n")[:2])) from error
 
     def chromium(self, command, **parameters):
         return self._send("POST", "/goog/cdp/execute", {"cmd": command, "params": parameters})
