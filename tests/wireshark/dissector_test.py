@@ -85,7 +85,8 @@ def run_wireshark(files: dict[str, bytes], *command: str, told: str = "") -> tup
             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     if result.returncode:
         raise AssertionError(f"{command}: status {result.returncode}: {result.stderr.decode()}")
-    return result.stdout.decode(), result.stderr.decode()
+    # tshark cuts long labels at a byte, which may be in the middle of a character.
+    return result.stdout.decode(errors="replace"), result.stderr.decode()
 
 
 def run_tshark(file: bytes, *options: str) -> str:
