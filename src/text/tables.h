@@ -21,7 +21,12 @@ enum class FieldKind : std::uint8_t {
 
 inline constexpr unsigned kNamePadding = 32;
 
+// A row of eight bytes is found faster than one of six; built for size, it is six.
+#ifdef __OPTIMIZE_SIZE__
 struct Field {
+#else
+struct alignas(8) Field {
+#endif
   std::uint16_t name;      // offset into Tables::names
   std::uint8_t name_size;  // bytes, at most kNamePadding
   std::uint8_t number;
