@@ -3,6 +3,7 @@
 // one packet to the end.
 #include <sys/socket.h>
 #include <unistd.h>
+#include <virtual_modem/text.h>
 
 #include <algorithm>
 #include <array>
@@ -15,7 +16,6 @@
 
 #include "call_exchange/channel.h"
 #include "call_exchange/endpoint.h"
-#include "call_exchange/essentials.h"
 #include "call_exchange/frame.h"
 #include "call_exchange/modem/modem.h"
 #include "check.h"
@@ -84,7 +84,7 @@ void Run(std::string_view input) {
   const Peer peer;
   Observer observer;
   observer.on_message = [](Direction, const Frame&, const MessageLite& message) {
-    const std::string text = Essentials(message);
+    const std::string text = ToText(message);
     FUZZ_CHECK(std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; }),
                "a byte that does not print");
   };
