@@ -38,16 +38,19 @@ void Append(const Descriptor& type, const std::string& indent, std::string& text
         (field.message_type() != nullptr ? " " + field.message_type()->name() : Choice(field));
     if (!field.is_required()) {
       const bool message = field.message_type() != nullptr;
-      text += indent + "# " + field.name() + (message ? " {}" : ": " + FirstValue(field)) + "  # " +
-              note + "\n";
+      text += indent;
+      text += "# " + field.name();
+      text += message ? " {}" : ": " + FirstValue(field);
+      text += "  # " + note + "\n";
     } else if (field.message_type() != nullptr) {
       text += indent + field.name() + " {\n";
       Append(*field.message_type(), indent + "  ", text);
       text += indent + "}\n";
     } else {
       const std::string choice = Choice(field);
-      text += indent + field.name() + ": " + FirstValue(field) +
-              (choice.empty() ? "" : "  #" + choice.substr(choice[0] == ':' ? 1 : 0)) + "\n";
+      text += indent + field.name() + ": " + FirstValue(field);
+      if (!choice.empty()) text += "  #" + choice.substr(choice[0] == ':' ? 1 : 0);
+      text += "\n";
     }
   }
 }
