@@ -314,9 +314,9 @@ class Dissector(unittest.TestCase):
 
     def test_text_is_no_terminal_command(self):
         not_utf8 = b"\xff\xc0\x80\xed\xa0\x80\xe0\x80\x80\xf0\x80\x80\x80\xf4\x90\x80\x80"
-        number = b"\x1b[31m\0" + "\u202ey\u009bz\u2066\u7535".encode() + not_utf8
+        number = b"\x1b[31m\0" + "\u202ey\u009bz\u2066\uffff\u7535".encode() + not_utf8
         file = capture(packet(frame("EmergencyNumber", b"\x0a" + bytes([len(number)]) + number)))
-        shown = r"\x1b[31m\x00\xe2\x80\xaey\xc2\x9bz\xe2\x81\xa6" "\u7535"
+        shown = r"\x1b[31m\x00\xe2\x80\xaey\xc2\x9bz\xe2\x81\xa6\xef\xbf\xbf" "\u7535"
         shown += "".join(f"\\x{byte:02x}" for byte in not_utf8)
         self.assertEqual(dissect(file)[0]["virtual_modem.EmergencyNumber.number"], [shown])
         self.assertIn(f"number={shown}", run_tshark(file))

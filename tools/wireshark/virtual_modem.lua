@@ -262,6 +262,7 @@ local function printable(text)
         or char:find("^\226\128[\142\143\168-\174]") or char:find("^\226\129[\166-\169]")
         or char:find("^\224[\128-\159]") or char:find("^\237[\160-\191]") -- long form; surrogate
         or char:find("^\240[\128-\143]") or char:find("^\244[\144-\191]") -- long form; too large
+        or char == "\239\191\190" or char == "\239\191\191" -- no characters, nor fit for XML
       out[#out + 1] = refused and escape(char) or char
     end
     return table.concat(out)
