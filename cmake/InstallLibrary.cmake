@@ -2,6 +2,12 @@
 # off in a project that takes this one as a part of itself.
 set(virtual_modem_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VirtualModemProtos)
 
+# Defined for callers of what is installed: version.h compares it with its own, so that headers and
+# packages of two versions are not mixed.
+math(EXPR number
+  "${PROJECT_VERSION_MAJOR} * 1000000 + ${PROJECT_VERSION_MINOR} * 1000 + ${PROJECT_VERSION_PATCH}")
+set(virtual_modem_package_definition VIRTUAL_MODEM_PACKAGE_VERSION=${number})
+
 # Installs a shared library as part of a component, with its public headers, and exports it in the CMake
 # package.
 function(virtual_modem_install_library target component)
@@ -16,6 +22,8 @@ function(virtual_modem_install_library target component)
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
     endif()
   endforeach()
+  target_compile_definitions(${target} INTERFACE
+    $<INSTALL_INTERFACE:${virtual_modem_package_definition}>)
   install(TARGETS ${target} EXPORT VirtualModemProtosTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
       COMPONENT ${component} NAMELINK_COMPONENT development

@@ -180,6 +180,12 @@ TEST(Text, OfBytesThatMayBeAnotherTypesMasksAllStrings) {
   EXPECT_THAT(ToText("EmergencyNumber", bytes), Not(HasSubstr("8610")));
   EXPECT_EQ(MaskedBytes("EmergencyNumber", bytes).find("8610"), std::string::npos);
   EXPECT_THAT(ToText("EmergencyNumber", bytes, {true}), HasSubstr("8610"));
+  // So may a list of numbers be the digits of a short message's address.
+  const std::string digits = "\x08\x01\x10\x37\x10\x38\x08";
+  EXPECT_THAT(ToText("RepeatUintResultIndication", digits),
+              StartsWith("platformtype: QCOM result: 0 result: 0 # malformed"));
+  EXPECT_EQ(MaskedBytes("RepeatUintResultIndication", digits),
+            std::string("\x08\x01\x10\0\x10\0", 6));
   // An operator's name is shown where the bytes fit.
   OperatorResponse fits;
   fits.set_platformtype(QCOM);
@@ -188,7 +194,18 @@ TEST(Text, OfBytesThatMayBeAnotherTypesMasksAllStrings) {
   fits.set_alphalong("Operator");
   fits.set_alphashort("Op");
   fits.set_numeric("00101");
-  EXPECT_THAT(ToText("OperatorResponse", fits.SerializeAsString()), HasSubstr("Operator"));
+  const std::string fitting = fits.SerializeAsString();
+  EXPECT_THAT(ToText("OperatorResponse", fitting), HasSubstr("Operator"));
+  // As a number, the name is another type's field.
+  EXPECT_THAT(ToText("OperatorResponse", fitting + "\x20\x01"), Not(HasSubstr("Operator")));
+}
+
+TEST(Text, OfALongNumberIsMaskedToItsEnd) {
+  Dial dial = MakeDial();
+  dial.set_address(std::string(100'000, '5'));
+  const std::string text = ToText(dial, {false, true, 0});
+  EXPECT_EQ(std::count(text.begin(), text.end(), 'X'), 100'000);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '5'), 0);
 }
 
 TEST(Text, OfAnUnknownTypeShowsNothing) {
