@@ -1,0 +1,175 @@
+#!/usr/bin/python3
+"""Has gdb print messages of every type, out of a process and out of its core file.
+
+Usage: printer_test.py SUBJECT LIBRARY PRINTER DESCRIPTOR_SET SUBSCRIBER_DATA
+
+SUBJECT is the program made from subject.cc, PRINTER the script as it is installed. Exits 77, skipped,
+without gdb or where it may not watch a process.
+"""
+import os
+import pathlib
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+os.environ["PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION"] = "python"
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "interop"))
+# pylint: disable=wrong-import-position
+import random_exchange
+from google.protobuf.descriptor import Descriptor, FieldDescriptor
+from google.protobuf.message_factory import MessageFactory
+
+SUBJECT, LIBRARY, PRINTER, DESCRIPTOR_SET, SUBSCRIBER_DATA = sys.argv[1:]
+with open(SUBSCRIBER_DATA, encoding="ascii") as lines:
+    HIDDEN = {line.split("#")[0].strip() for line in lines}
+TYPES = random_exchange.load(DESCRIPTOR_SET)
+CLASSES = MessageFactory()
+# Not in the schema of any type.
+UNKNOWN = b"\xf8\x7f\x07"
+
+# What gdb runs: as a person would type it, but for all messages.
+SESSION = """
+set print object on
+set print elements 200
+python
+gdb.set_convenience_variable("show_subscriber_data", {shown})
+for index in range({count}):
+    gdb.execute(f"print *messages[{{index}}]")
+end
+"""
+# Then, of the last message, a Dial, in the process.
+DAMAGE = """
+set var ((Dial*)messages[{last}])->_impl_.address_.tagged_ptr_.ptr_ = 8
+print *(Dial*)messages[{last}]
+"""
+
+
+def value_of(field: FieldDescriptor, salt: int):
+    """A value that tells this field from its neighbors."""
+    if field.cpp_type == field.CPPTYPE_MESSAGE:
+        return full(field.message_type, salt + 1)
+    if field.cpp_type == field.CPPTYPE_STRING:
+        return f'{field.name} "{salt}"'.encode()
+    if field.cpp_type == field.CPPTYPE_BOOL:
+        return True
+    if field.cpp_type == field.CPPTYPE_ENUM:
+        values = field.enum_type.values
+        return values[(field.number + salt) % len(values)].number
+    return field.number * 1000 + salt - (2**31 if field.cpp_type == field.CPPTYPE_INT32 else 0)
+
+
+def put(message, field: FieldDescriptor, salt: int) -> None:
+    if field.label == field.LABEL_REPEATED:
+        for extra in range(2):
+            value = value_of(field, salt + extra)
+            if field.cpp_type == field.CPPTYPE_MESSAGE:
+                getattr(message, field.name).add().CopyFrom(value)
+            else:
+                getattr(message, field.name).append(value)
+    elif field.cpp_type == field.CPPTYPE_MESSAGE:
+        getattr(message, field.name).CopyFrom(value_of(field, salt))
+    else:
+        setattr(message, field.name, value_of(field, salt))
+
+
+def full(descriptor: Descriptor, salt: int):
+    message = CLASSES.GetPrototype(descriptor)()
+    for field in descriptor.fields:
+        put(message, field, salt)
+    return message
+
+
+def text_of(message, shown: bool, unknown: str = "") -> str:
+    """What gdb has to show of it."""
+    words = []
+    for field, value in sorted(message.ListFields(), key=lambda pair: pair[0].index):
+        hidden = not shown and field.full_name in HIDDEN
+        if field.label == field.LABEL_REPEATED:
+            text = f"[{', '.join(text_of_value(field, element, shown, hidden) for element in value)}]"
+        else:
+            text = text_of_value(field, value, shown, hidden)
+        words.append(f"{field.name} = {text}")
+    return f"{message.DESCRIPTOR.full_name} {{{', '.join(words + ([unknown] if unknown else []))}}}"
+
+
+def text_of_value(field: FieldDescriptor, value, shown: bool, hidden: bool) -> str:
+    if field.cpp_type == field.CPPTYPE_MESSAGE:
+        return text_of(value, shown)
+    if field.cpp_type == field.CPPTYPE_STRING:
+        return f"<{len(value)} bytes>" if hidden else '"' + value.decode().replace('"', '\\"') + '"'
+    if field.cpp_type == field.CPPTYPE_BOOL:
+        return "true" if value else "false"
+    if field.cpp_type == field.CPPTYPE_ENUM:
+        return field.enum_type.values_by_number[value].name
+    return "<masked>" if hidden else str(value)
+
+
+class Printer(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.messages = []
+        for descriptor in TYPES:
+            cls.messages.append(CLASSES.GetPrototype(descriptor)())
+            cls.messages.append(full(descriptor, 7))
+            for field in descriptor.fields:
+                cls.messages.append(CLASSES.GetPrototype(descriptor)())
+                put(cls.messages[-1], field, 3)
+        empty = CLASSES.GetPrototype(next(t for t in TYPES if t.name == "Dial"))(address=b"", serial=1)
+        cls.messages.append(empty)
+        scratch = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(scratch.cleanup)
+        cls.scratch = pathlib.Path(scratch.name)
+        # A copy of the script where gdb looks for it by itself.
+        cls.scripts = cls.scratch / "auto-load"
+        script = cls.scripts / (os.path.realpath(LIBRARY)[1:] + "-gdb.py")
+        script.parent.mkdir(parents=True)
+        shutil.copy(PRINTER, script)
+        cls.core = cls.scratch / "core"
+        with open(cls.scratch / "records", "wb") as records:
+            for message in cls.messages:
+                data = message.SerializePartialToString() + UNKNOWN
+                for part in (message.DESCRIPTOR.full_name.encode(), data):
+                    records.write(struct.pack("<I", len(part)) + part)
+
+    def gdb(self, shown: bool, *session: str, then: str = "") -> list[str]:
+        """What it says of each message, and of those that the lines behind them print."""
+        script = self.scratch / "session"
+        script.write_text(SESSION.format(shown=int(shown), count=len(self.messages)) + then,
+                          encoding="ascii")
+        result = subprocess.run(
+            ["gdb", "-nx", "-batch", "-iex", f"set auto-load safe-path {self.scripts}",
+             "-iex", f"set auto-load scripts-directory {self.scripts}",
+             *(word for line in session for word in ("-ex", line)), "-x", script, SUBJECT],
+            capture_output=True, text=True, check=False)
+        if "ptrace" in result.stderr:
+            self.skipTest(result.stderr)
+        # gdb tells the class that a pointer led to.
+        texts = re.findall(r"^\$\d+ = (?:\([\w:]+\) )?(.*)", result.stdout, re.MULTILINE)
+        self.assertGreaterEqual(len(texts), len(self.messages), result.stdout[-2000:] + result.stderr)
+        return texts
+
+    def test_process_and_core(self):
+        run = f"run <{self.scratch / 'records'} >/dev/null"
+        *texts, damaged = self.gdb(
+            False, run, "frame function main", f"generate-core-file {self.core}",
+            then=DAMAGE.format(last=len(self.messages) - 1))
+        self.assert_texts(texts, False, "unknown fields = <3 bytes>")
+        self.assertRegex(damaged, r"Dial \{serial = 1, address = <Cannot access memory at .*>, unknown")
+        texts = self.gdb(True, f"core-file {self.core}", "frame function main")
+        self.assert_texts(texts, True, r'unknown fields = "\370\177\a"')
+
+    def assert_texts(self, texts: list[str], shown: bool, unknown: str) -> None:
+        self.assertEqual(len(texts), len(self.messages))
+        for message, text in zip(self.messages, texts):
+            self.assertEqual(text, text_of(message, shown, unknown))
+
+
+if __name__ == "__main__":
+    if not shutil.which("gdb"):
+        print("printer_test: skipped, gdb is missing: scripts/setup test")
+        sys.exit(77)
+    unittest.main(argv=sys.argv[:1])
