@@ -5,7 +5,7 @@
   $ cat >packets <<PACKETS
   > 1000000000.000001 > Dial $(hex Dial 'serial: 1 address: "112" clir: CLIR_DEFAULT')
   > 1000000000.250001 < NoResultResponse $(hex NoResultResponse 'serial: 1 error: RADIO_E_SUCCESS')
-  > 1000000001.5 = - 00
+  > 1000000001.5 53:53 - 00
   > 1000000061 > NoParmRequest $(hex NoParmRequest 'serial: 2')
   > 1000000061.001 < GetCurrentCallsResponse $(hex GetCurrentCallsResponse "serial: 2 error: RADIO_E_SUCCESS calls { $call number: \"5551\" } calls { $call number: \"5552\" }")
   > 1000000062 > Hangup $(hex Hangup 'serial: 3 gsmindex: 1')
@@ -74,7 +74,7 @@ What is asked for, by any of the marks:
   --grep calls.toa=129 --kind response: GetCurrentCallsResponse #2
   $ asked --grep calls.ismt=true
   --grep calls.ismt=true: GetCurrentCallsResponse #2
-  $ for wrong in '--type Dail' '--unit radoi' '--kind reply' '--grep numbr=1' '--grep calls' '--grep calls[x].number=1' '--count --pairs'; do
+  $ for wrong in '--type Dail' '--unit radoi' '--kind reply' '--grep numbr=1' '--grep calls' '--grep calls[x].number=1' '--grep calls[1x].number=1' '--grep calls[-1].number=1' '--count --pairs'; do
   >   inspect log log.pcap $wrong
   > done
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
@@ -83,8 +83,52 @@ What is asked for, by any of the marks:
   virtual-modem-inspect: --grep: no message has a field numbr; did you mean number?
   virtual-modem-inspect: --grep: calls is not FIELD=VALUE
   virtual-modem-inspect: --grep: calls[x] is not a field and its place in a list
+  virtual-modem-inspect: --grep: calls[1x] is not a field and its place in a list
+  virtual-modem-inspect: --grep: calls[-1] is not a field and its place in a list
   virtual-modem-inspect: --pairs excludes --count (see --help)
   [2]
+
+Numbers and results are asked for by name or number, what came with a wrong wire type is unknown:
+
+  $ "$TESTDIR/make_capture.py" >values.pcap <<PACKETS
+  > 1 > virtualdata.proto.MasterSlaveNetworkInfoResp 0880d0acf30e1005
+  > 2 < NoResultResponse 0800100118e807
+  > 3 < NoResultResponse 080010fdffffffffffffffff011833
+  > 4 < EmergencyNumber 080010011a063535313132322001
+  > 5 < IccCardStatusResponse $(inspect encode --to hex IccCardStatusResponse card.txt)
+  > 6 < QImsCall 800100
+  > PACKETS
+  $ for asked in value1=4000000000 value1=-294967296 value2~5 error=51 error=1000 serial=-3 flag16=false flag16=true \
+  >     cardstatus.base.applications.aid~87 cardstatus.base.applications.pin1=PIN_DISABLED base.imssubscriptionappindex=-1; do
+  >   echo "$asked:" $(inspect log values.pcap --grep "$asked" 2>&1 | cut -d' ' -f3-5)
+  > done
+  value1=4000000000: > virtualdata.proto.MasterSlaveNetworkInfoResp -
+  value1=-294967296:
+  value2~5:
+  error=51: < NoResultResponse #-3
+  error=1000: < NoResultResponse #1
+  serial=-3: < NoResultResponse #-3
+  flag16=false: < QImsCall -
+  flag16=true:
+  cardstatus.base.applications.aid~87: < IccCardStatusResponse #7
+  cardstatus.base.applications.pin1=PIN_DISABLED: < IccCardStatusResponse #7
+  base.imssubscriptionappindex=-1:
+  $ inspect log values.pcap --unknown | cut -d' ' -f3-5
+  < NoResultResponse #1
+  < EmergencyNumber -
+  $ inspect log values.pcap --serial -3 --count
+         1  NoResultResponse  RADIO_E_SIM_BUSY
+  $ inspect log values.pcap --count --unit radio --json
+  {"type":"EmergencyNumber","count":1}
+  {"type":"IccCardStatusResponse","error":"RADIO_E_SUCCESS","count":1}
+  {"type":"NoResultResponse","error":"1000","count":1}
+  {"type":"NoResultResponse","error":"RADIO_E_SIM_BUSY","count":1}
+  $ TZ=WEST-5:30 inspect log log.pcap --type Hangup
+  09-09 07:17:42.000000 > Hangup #3 6 B platformtype: UNKNOW serial: 3 gsmindex: 1
+  virtual-modem-inspect: log.pcap: passed over packets between other ports: 1
+  $ TZ=WEST-5:30 inspect log log.pcap --type Hangup --json
+  {"time":"2001-09-09T01:47:42.000000Z","direction":"to modem","type":"Hangup","unit":"radio","kind":"request","serial":3,"size":6,"message":{"platformtype":"UNKNOW","serial":3,"gsmindex":1}}
+  virtual-modem-inspect: log.pcap: passed over packets between other ports: 1
 
 Who answered whom, and how often what came:
 
@@ -128,10 +172,28 @@ Each side has serials of its own:
   > 1000000001 < Hangup 080010051801
   > 1000000003 > NoResultResponse 080010051800
   > 1000000007 < NoResultResponse 080010051801
+  > 1000000008 > Hangup 080010051801
+  > 1000000009 > Hangup 080010051801
+  > 1000000008.5 < NoResultResponse 0800100518e807
   > PACKETS
   09-09 01:46:41.000000 #5 Hangup > NoResultResponse RADIO_E_SUCCESS after 2000.000 ms
   09-09 01:46:40.000000 #5 Hangup > NoResultResponse RADIO_E_RADIO_NOT_AVAILABLE after 7000.000 ms
-  # 2 answered after 4500.000 ms on average, 7000.000 ms at most; 0 not answered, 0 answered again, 0 responses without a request
+  09-09 01:46:48.000000 #5 Hangup: no response
+  09-09 01:46:49.000000 #5 Hangup > NoResultResponse 1000 after -500.000 ms
+  # 3 answered after 2833.333 ms on average, 7000.000 ms at most; 1 not answered, 0 answered again, 0 responses without a request
+
+What waits and what was answered is forgotten in the end:
+
+  $ asks() { seq $1 | sed "s/.*/Hangup platformtype: QCOM serial: & gsmindex: 1$2/"; }
+  $ answer='NoResultResponse platformtype: QCOM serial: &  error: RADIO_E_SUCCESS'
+  $ for count in 65536 65537; do
+  >   (asks $count; sed s/.*/"$answer"/ <<<1) | inspect log --pairs | tail -n 1
+  >   (asks $count "\n$answer"; sed s/.*/"$answer"/ <<<1) | inspect log --pairs | tail -n 1
+  > done
+  # 1 answered; 65535 not answered, 0 answered again, 0 responses without a request
+  # 65536 answered; 0 not answered, 1 answered again, 0 responses without a request
+  # 0 answered; 65537 not answered, 0 answered again, 1 responses without a request
+  # 65537 answered; 0 not answered, 0 answered again, 1 responses without a request
 
 Masked, also where bytes do not fit their type; a filter sees the content all the same:
 
@@ -158,7 +220,7 @@ Packed, in pieces, through a pipe, while it grows, and broken:
   virtual-modem-inspect: cut.pcap: broken after packet 6: truncated dump file; tried to read 16 header bytes, only got 14
   5
   $ head -c 120 log.pcap >growing.pcap
-  $ mkfifo lines && { inspect log --follow growing.pcap >lines & } 2>/dev/null
+  $ mkfifo lines && { "$INSPECT" log --follow growing.pcap >lines & } 2>/dev/null
   $ exec 3<lines
   $ head -n 1 <&3
   09-09 01:46:40.000001 > Dial #1 11 B platformtype: UNKNOW serial: 1 address: "112" clir: CLIR_DEFAULT
@@ -167,9 +229,60 @@ Packed, in pieces, through a pipe, while it grows, and broken:
   09-09 01:47:41.000000 > NoParmRequest #2 4 B platf
   $ kill $! && exec 3<&-
 
+Written elsewhere, and on other links:
+
+  $ sed '/49$/d' packets >whole
+  $ "$TESTDIR/make_capture.py" <whole | inspect log >plain 2>&1
+  $ for form in nano big big-nano pcapng 'pcap 228' 'pcap 0 02000000' 'pcap 108 00000002' 'pcap 1 ffffffffffffffffffffffff0800' \
+  >     'pcap 113 00000001000600000000000000000800' 'pcap 276 0800000000000001000100060000000000000000'; do
+  >   "$TESTDIR/make_capture.py" $form <whole | inspect log 2>&1 | cmp - plain
+  > done
+  $ printf '1.123456789 > Hangup/5 080010051801\n' | "$TESTDIR/make_capture.py" nano | inspect log
+  01-01 00:00:01.123456 > Hangup op 5 #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
+  $ printf '1.123456789 > Hangup/5 080010051801\n' | "$TESTDIR/make_capture.py" pcapng | inspect log --json
+  {"time":"1970-01-01T00:00:01.123456Z","direction":"to modem","type":"Hangup","unit":"radio","kind":"request","operation":5,"serial":5,"size":6,"message":{"platformtype":"UNKNOW","serial":5,"gsmindex":1}}
+
+Frames that are not as they should be, and packets that carry none:
+
+  $ "$TESTDIR/make_capture.py" <<PACKETS | inspect log
+  > 1 > - 564e00060000000048616e677570
+  > 2 > - 564d0006000000
+  > 3 > - 564d000000000000
+  > 4 > - 564d000300000000412d62
+  > 5 > - 564d004100000000$(printf '61%.0s' {1..65})
+  > 6 > - 564d00060000000748616e677570080010051801
+  > 7 > - 564d00060000000548616e677570080010051801
+  > 9 > Hangup 080010051801 39
+  > 10 > Hangup 080010051801 33
+  > 11 > Hangup 080010051801 42
+  > 12 47601:53 Hangup 080010051801
+  > 13 53:47602 Hangup 080010051801
+  > 14 47602:53 Hangup 080010051801
+  > 15 47601:47601 Hangup 080010051801
+  > PACKETS
+  01-01 00:00:01.000000 > ? - 0 B  # not a frame
+  01-01 00:00:02.000000 > ? - 0 B  # not a frame
+  01-01 00:00:03.000000 > ? - 0 B  # a frame without the name of a type
+  01-01 00:00:04.000000 > ? - 0 B  # a frame without the name of a type
+  01-01 00:00:05.000000 > ? - 0 B  # a frame without the name of a type
+  01-01 00:00:06.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1 # the frame announces 7 bytes and has 6
+  01-01 00:00:07.000000 > Hangup #5 5 B platformtype: UNKNOW serial: 5 gsmindex: 0 # 1 bytes behind the frame; malformed at byte 5 in gsmindex: the input ends inside a varint
+  01-01 00:00:09.000000 > ? - 0 B  # the capture keeps 11 of the frame's 20 bytes
+  01-01 00:00:10.000000 > ? - 0 B  # the capture keeps 5 of the frame's 20 bytes
+  01-01 00:00:11.000000 > Hangup - 0 B  # the capture keeps 14 of the frame's 20 bytes; missing required platformtype; missing required serial; missing required gsmindex
+  virtual-modem-inspect: standard input: passed over packets between other ports: 4
+  $ whole=$(echo '0 > Hangup 080010051801' | "$TESTDIR/make_capture.py" | tail -c +41 | xxd -p -c 99)
+  $ for packet in ${whole:0:12}4000${whole:16} 46${whole:2:38}01010101${whole:40} 65${whole:2} ${whole:0:12}2000${whole:16} ${whole:0:12}0001${whole:16} \
+  >     ${whole:0:18}06${whole:20} 44${whole:2} 46${whole:2:52} ${whole:0:48}0007${whole:52} ${whole:0:54} 45 00; do
+  >   echo "$((second++)) = - $packet"
+  > done | "$TESTDIR/make_capture.py" | inspect log
+  01-01 00:00:00.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
+  01-01 00:00:01.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
+  virtual-modem-inspect: standard input: passed over packets between other ports: 10
+
 What is none:
 
-  $ printf '1000000001.5 = - 00\n' | "$TESTDIR/make_capture.py" | inspect log
+  $ printf '1000000001.5 53:53 - 00\n' | "$TESTDIR/make_capture.py" | inspect log
   virtual-modem-inspect: standard input: no message in it; packets between other ports: 1
   [1]
   $ head -c 24 log.pcap | sed 's/\x65/\x69/' | inspect log

@@ -3,6 +3,22 @@
   $ inspect
   virtual-modem-inspect: A subcommand is required (see --help)
   [2]
+  $ inspect --help | grep .  # releases of CLI11 differ in blank lines
+  Explains messages of the virtual modem: decodes, encodes, identifies, describes, compares them.
+  Usage: virtual-modem-inspect [OPTIONS] SUBCOMMAND
+  Options:
+    -h,--help                   Print this help message and exit
+    --version                   Display program version information and exit
+    --schema FILE               Descriptor set to use, instead of the installed one or that named by VIRTUAL_MODEM_DESCRIPTOR_SET
+  Subcommands:
+    decode                      Print a message and what is wrong with it
+    log                         Show a capture or a log, a line each message
+    mask                        Mask subscriber data in a capture or in one message
+    encode                      Write a message given as text or JSON
+    identify                    Rank the types that bytes of an unknown type can be
+    describe                    Explain a message, enumeration, field, value or number
+    list                        List the messages, the enumerations, or what is in them
+    diff                        Compare two messages or two recordings field by field
   $ inspect nosuch
   virtual-modem-inspect: there is no command nosuch (see --help)
   [2]
@@ -17,6 +33,26 @@
   [2]
   $ inspect list nosuch
   virtual-modem-inspect: what: nosuch not in {messages,enums,fields,values} (see --help)
+  [2]
+  $ for words in 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
+  >     'log --serial x' 'mask in' 'mask --trust-type in out' 'mask --from hex in out' \
+  >     'encode --capture x --to hex Dial' 'encode --capture x --delimited Dial' 'encode --to array Dial' \
+  >     'diff x' 'diff Dial x y z' 'diff --trust-type Dial x y'; do
+  >   inspect $words
+  > done
+  virtual-modem-inspect: file excludes --hex (see --help)
+  virtual-modem-inspect: --from excludes --hex (see --help)
+  virtual-modem-inspect: --count excludes --follow (see --help)
+  virtual-modem-inspect: Could not convert: --serial = x (see --help)
+  virtual-modem-inspect: out is required (see --help)
+  virtual-modem-inspect: --trust-type requires --type (see --help)
+  virtual-modem-inspect: --from requires --type (see --help)
+  virtual-modem-inspect: --to excludes --capture (see --help)
+  virtual-modem-inspect: --delimited excludes --capture (see --help)
+  virtual-modem-inspect: --to: array is not one of auto|base64|binary|hex (see --help)
+  virtual-modem-inspect: what: At least 2 required but received 1 (see --help)
+  virtual-modem-inspect: what: At Most 3 required but received 4 (see --help)
+  virtual-modem-inspect: --trust-type requires --redact (see --help)
   [2]
   $ inspect decode Dail
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
@@ -33,6 +69,10 @@
   $ inspect --schema card.bin list
   virtual-modem-inspect: card.bin is not a descriptor set
   [1]
+  $ inspect list --schema "$BUILD"/share/virtual-modem-protos/*.binpb | wc -l
+  122
+  $ VIRTUAL_MODEM_DESCRIPTOR_SET= inspect list | wc -l
+  122
   $ VIRTUAL_MODEM_DESCRIPTOR_SET=/nonexistent inspect list
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
   [1]
@@ -48,14 +88,17 @@
   $ inspect decode IccCardStatusResponse card.bin >&-
   virtual-modem-inspect: standard output is closed
   [1]
+  $ echo '1 53:53 - 00' | "$TESTDIR/make_capture.py" >foreign.pcap
+  $ inspect mask foreign.pcap masked.pcap 2>&- && wc -c <masked.pcap
+  24
   $ inspect decode IccCardStatusResponse <&-
   virtual-modem-inspect: standard input: Bad file descriptor
   [1]
   $ yes "$(inspect encode --delimited IccCardStatusResponse card.txt | base64 -w0)" | base64 -d | timeout 20 "$INSPECT" decode --delimited IccCardStatusResponse >/dev/full
   virtual-modem-inspect: cannot write to standard output
   [1]
-  $ inspect --version
-  virtual-modem-inspect 1.0.0
+  $ inspect --version | sed "s/ $VERSION$/ VERSION/"
+  virtual-modem-inspect VERSION
 
 Whatever an input or its name holds acts on no terminal:
 
@@ -71,6 +114,9 @@ A message has at most 16 MiB, whichever way it comes:
   $ head -c 17000000 /dev/zero >large
   $ inspect decode Dial large
   virtual-modem-inspect: large: over 16 MiB, too large for one message (a stream needs --delimited)
+  [1]
+  $ (head -c 110000000 /dev/zero && echo 'all was read' >&2) | inspect decode Dial
+  virtual-modem-inspect: standard input: over 16 MiB, too large for one message (a stream needs --delimited)
   [1]
   $ inspect decode --from hex Dial <(yes 00000000 | head -n 4250000)
   virtual-modem-inspect: /dev/fd/63: over 16 MiB, too large for one message (a stream needs --delimited)

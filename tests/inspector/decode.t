@@ -133,6 +133,8 @@ Of many findings the first hundred are told, all are counted, and the last one n
 
   $ (printf '08011001180148%.0s01' 1; printf '4801%.0s' {2..99}) | inspect decode Hangup | tail -n 1
   # unknown field 9 at byte 202, varint, 2 bytes with its tag
+  $ (printf '080110011801'; printf '4801%.0s' {1..101}; printf 10) | inspect decode Hangup 2>&1 | grep -c '^# unknown'
+  100
   $ (printf '080110011801'; printf '4801%.0s' {1..101}; printf 10) | inspect decode Hangup 2>&1 | tail -n 3
   # malformed at byte 209 in serial: the input ends inside a varint
   # only the first 100 findings are shown
@@ -143,7 +145,8 @@ The limits of a receiver are those of the inspector:
   $ groups() { printf '080110011801'; printf '4b%.0s' $(seq $1); printf '4c%.0s' $(seq $1); }
   $ groups 100 | inspect decode Hangup | tail -n 1
   # unknown field 9 at byte 6, group, 200 bytes with its tag
-  $ groups 101 | inspect decode Hangup 2>&1 | tail -n 1
+  $ groups 101 | inspect decode Hangup 2>&1 | tail -n 2
+  # malformed at byte 106: more than 100 levels of nesting
   virtual-modem-inspect: standard input: not a valid Hangup (malformed)
 
 Fields out of order, twice and packed are printed as a receiver has them:

@@ -54,7 +54,8 @@
 
 In the words of a log, and as bytes of the wire:
 
-  $ for what in 'LastCallFailCause 17' Dial.clir=2 0x2af9 fa55 'fa 55' 'cause 17' 'error: RADIO_E_SIM_BUSY' serial=4 'clir 1' RADIO_NOT_REGISTERED; do
+  $ for what in 'LastCallFailCause 17' Dial.clir=2 0x2af9 fa55 'fa 55' 'cause 17' 'error: RADIO_E_SIM_BUSY' serial=4 'clir 1' RADIO_NOT_REGISTERED \
+  >     0X2af9 -0x1 Dial.uusinfo.uustype=2 'Dial.uusinfo 1' 'Technology: 3;' RAT=3 'tech 3'; do
   >   inspect describe $what | head -n 6
   > done
   LastCallFailCause: BUSY = 17  on the wire 11
@@ -85,10 +86,27 @@ In the words of a log, and as bytes of the wire:
         CLIR is invoked: the number is hidden.
   RadioPrlIndicator: RADIO_NOT_REGISTERED = -1  on the wire ffffffffffffffffff01
         Not registered. A negative number: ten bytes on the wire.
+  LastCallFailCause: CAUSE_VIRTUAL_MODEM_SESSION_UNAVALIBLE = 11001  on the wire f955
+        Virtual modem: the call is refused because there is no session to the remote device. The spelling is part of the contract.
+  RadioPrlIndicator: RADIO_NOT_REGISTERED = -1  on the wire ffffffffffffffffff01
+        Not registered. A negative number: ten bytes on the wire.
+  UusType: TYPE1_NOT_REQUIRED = 2  on the wire 02
+        Service 1; the call goes on without it.
+  field Dial.uusinfo
+    repeated UusInfo uusinfo = 5  tag 2a
+        User-to-user signaling to send; usually none or one.
+  Technology: RADIO_T_UMTS = 3  on the wire 03
+        UMTS (WCDMA).
+  Technology: RADIO_T_UMTS = 3  on the wire 03
+        UMTS (WCDMA).
+  Technology: RADIO_T_UMTS = 3  on the wire 03
+        UMTS (WCDMA).
+  QRadioTechType: QIMS_GPRS = 3  on the wire 03
+        GSM packet data.
 
 What there is none of:
 
-  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz Dial.clr 'Dial.clir 9' 'Clir CLIR_INVOKATION' 'LastCallFale 17' '[' 'Dial[.clir' 0x-1 '- 5' 2147483648 -2147483648 fa80; do
+  $ for what in RADIO_E_SIM_BUZY Dail 123456 -7 99999999999 Dial.nosuch Dial. zzzzzzzzzz Dial.clr 'Dial.clir 9' 'Clir CLIR_INVOKATION' 'LastCallFale 17' '[' 'Dial[.clir' 0x-1 '- 5' 2147483648 -2147483648 fa80 'cause 99999' 'cause BUZY' 'Clir 0X' Clir= 'rat.x 1'; do
   >   inspect describe -- "$what"
   > done
   virtual-modem-inspect: nothing is called RADIO_E_SIM_BUZY; did you mean RADIO_E_SIM_BUSY, RADIO_E_SIM_FULL or RADIO_E_SIM_PUK2?
@@ -110,12 +128,19 @@ What there is none of:
   virtual-modem-inspect: nothing is called 2147483648
   virtual-modem-inspect: -2147483648 is a value of none of the 53 enumerations
   virtual-modem-inspect: nothing is called fa80
+  virtual-modem-inspect: 99999 is a value of none of the 4 enumerations that cause can be
+  virtual-modem-inspect: BUZY is a value of none of the 4 enumerations that cause can be; did you mean BUSY?
+  virtual-modem-inspect: 0X is not a value of Clir
+  virtual-modem-inspect: nothing is called Clir=; did you mean Clir or clir?
+  virtual-modem-inspect: nothing is called rat.x
   [1]
 
 Lists, complete:
 
   $ inspect list | wc -l
   122
+  $ inspect list enums | grep Clir
+  Clir  radio  Whether the caller's number is shown to the called party
   $ inspect list enums | wc -l
   53
   $ inspect list fields | wc -l

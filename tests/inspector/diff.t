@@ -19,6 +19,10 @@
   $ inspect diff IccCardStatusResponse - -
   virtual-modem-inspect: only one side can be read from -
   [1]
+  $ inspect diff --from hex card.bin card.bin || inspect diff --from hex --delimited Dial card.bin card.bin
+  virtual-modem-inspect: --from is for two messages of a type
+  virtual-modem-inspect: --from is for two messages of a type
+  [1]
 
 An element more, with subscriber data in it, and an unknown field, which only trust in the type shows:
 
@@ -64,6 +68,37 @@ Two recordings: their messages are matched by type, direction and serial.
   # Dial #1, message 2 and 2
   modified: address: (redacted) -> (redacted)
   $ inspect diff left.pcap left.pcap
+
+What differs in any way makes the status 3: a message more on either side, the same fields in other
+bytes, bytes that do not fit their type.
+
+  $ compare() { inspect diff "${@:3}" <(echo "$1" | "$TESTDIR/make_capture.py") <(echo "$2" | "$TESTDIR/make_capture.py"); }
+  $ compare $'1 > Hangup 080010021801\n1 > Hangup 080010031801' '1 > Hangup 080010021801'
+  # only left: Hangup #3, message 2
+  [3]
+  $ compare '1 > Hangup 080010021801' $'1 > Hangup 080010021801\n1 > Hangup 080010031801'
+  # only right: Hangup #3, message 2
+  [3]
+  $ compare '1 > Hangup 080010021801' '1 > Hangup 100208001801'
+  # Hangup #2, message 1 and 1
+  modified: other bytes of the same fields
+  [3]
+  $ compare '1 > EmergencyNumber 0a0131' '1 > EmergencyNumber 0a0132'
+  # EmergencyNumber, message 1 and 1
+  modified: number: "1" -> "2"
+  [3]
+  $ compare '1 > EmergencyNumber 0a0131' '1 > EmergencyNumber 0a0132' --redact
+  # EmergencyNumber, message 1 and 1
+  modified: (redacted, as the bytes do not fit the type)
+  [3]
+  $ compare '1 > Hangup 080010021801' '1 > Hangup 08001002' --redact
+  # Hangup #2, message 1 and 1
+  modified: (redacted, as the bytes do not fit the type)
+  [3]
+  $ compare '1 < Hangup 080010021801' '1 > Hangup 080010021801'
+  # only right: Hangup #2, message 1
+  # only left: Hangup #2, message 1
+  [3]
   $ inspect diff left.pcap card.bin
   virtual-modem-inspect: card.bin: no message in it (two messages need their TYPE)
   [1]
@@ -75,6 +110,8 @@ Two recordings: their messages are matched by type, direction and serial.
   modified: gsmindex: 1 -> 3
   # only left: Hangup #2, message 1
   [3]
+  $ inspect diff --delimited --redact Hangup left right | tail -n 1
+  # only left: Hangup #2, message 1
   $ inspect diff --delimited left right
   virtual-modem-inspect: two streams need their TYPE
   [1]

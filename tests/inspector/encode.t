@@ -11,6 +11,10 @@ Text and JSON give the same bytes, in any form:
    08 00 10 2a 18 01
   $ inspect encode --delimited Hangup <hangup.txt | od -An -tx1
    06 08 00 10 2a 18 01
+  $ inspect encode --delimited StringParmRequest <(echo "platformtype: QCOM serial: 1 parm: \"$(seq -s, 99)\"") | head -c 10 | xxd -p
+  a602080110011a9f0231
+  $ script -qec "'$INSPECT' encode Hangup hangup.txt" /dev/null </dev/null | cat -A
+  0800102a1801^M$
   $ inspect decode --json IccCardStatusResponse card.bin | inspect encode --json IccCardStatusResponse | cmp - card.bin
 
 What a receiver would not take as meant is refused, and nothing is written:
@@ -72,6 +76,11 @@ A message to begin with, for every type:
   $ for type in $(inspect list | cut -d' ' -f1); do
   >   inspect encode --skeleton $type | inspect encode $type >/dev/null || echo $type
   > done
+  $ inspect encode --skeleton QImsCall | grep -e param13 -e codec -e suppsvc -e callrat
+  # param13: 0  # optional
+  # audiocodec: QIMS_CODEC_NONE  # optional QImsAudioCodec
+  # suppsvcnotification {}  # optional SuppSvcNotificationPb
+  # callrat: CALL_RAT_UNKNOW  # optional: CALL_RAT_UNKNOW, CALL_RAT_LTE, CALL_RAT_WIFI, CALL_RAT_NR
 
 Into a capture, in the direction of its kind:
 
@@ -79,8 +88,13 @@ Into a capture, in the direction of its kind:
   way > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
   $ inspect encode --capture card.pcap IccCardStatusResponse card.txt && inspect log card.pcap | cut -c 23-54
   < IccCardStatusResponse #7 105 B
-  $ inspect encode --capture card.pcap StringParmRequest <(echo "platformtype: QCOM serial: 1 parmdata: \"$(head -c 66000 /dev/zero | tr '\0' a)\"")
-  virtual-modem-inspect: /dev/fd/63: line 1, column 38: Message type "StringParmRequest" has no field named "parmdata".
+  $ for size in 65427 65428; do
+  >   inspect encode --capture card.pcap StringParmRequest <(echo "platformtype: QCOM serial: 1 parm: \"$(head -c $size /dev/zero | tr '\0' a)\"")
+  > done
+  virtual-modem-inspect: card.pcap: a message of 65436 bytes does not fit a datagram
   [1]
-  $ inspect log card.pcap | wc -l
-  1
+  $ inspect log card.pcap | wc -lc
+        1   65518
+  $ time=$(inspect log --json hangup.pcap | sed 's/.*"time":"\([^"]*\).*/\1/')
+  $ echo $((($(date +%s) - $(date -d "$time" +%s)) / 600))
+  0

@@ -41,6 +41,27 @@ Here a value is out of the range of most, and bytes that nothing fits are ranked
   virtual-modem-inspect: standard input: there are no bytes to identify
   [1]
 
+  $ echo 0a0141 | inspect identify --all | sed -n '1,10p; $p'
+  1. CellIdentityOperatorNames
+     fits: fully parsed, initialized, no unknown fields, values in range, 1 of 2 fields present, a record within other messages
+  2. CdmaNumberInfoRecord
+     fits: fully parsed, initialized, no unknown fields, values in range, 1 of 5 fields present, a record within other messages
+  2. Participant
+     fits: fully parsed, initialized, no unknown fields, values in range, 1 of 5 fields present, a record within other messages
+  4. CellIndentityGsm = CellIndentityWcdma (twins: one layout)
+     fits: fully parsed, initialized, no unknown fields, values in range, 1 of 11 fields present, a record within other messages
+  4. CellIndentityTdscdma
+     fits: fully parsed, initialized, no unknown fields, values in range, 1 of 11 fields present, a record within other messages
+     required fields missing: 4, 1 of 6 fields present, a record within other messages
+  $ echo 0801 1201ff 120101 | inspect identify --all | head -n 4
+  1. ImsCallInfoIndicationInd
+     initialized, control characters in a string, 2 of 2 fields present
+  2. Version
+     initialized, not the bytes that the library writes, control characters in a string, 2 of 2 fields present
+  $ inspect identify --hex 0800 | tail -n 2
+  3 types are first: the bytes do not tell them apart.
+  99 more types fit less well (--all shows them).
+
 Bytes that the library would not write speak against a type:
 
   $ echo 0800 1085808000 1803 | inspect identify | sed -n 2p

@@ -111,6 +111,35 @@ Dumps with the characters at the right, which may look like hex, and such as beg
   serial: 42
   gsmindex: 3
 
+Blank lines, long offsets, a last line that tells the length, other digits, prefixes in capitals:
+
+  $ while read -r text; do printf '%b\n' "$text" | inspect decode Hangup 2>&1 | tail -n 1; done <<'TEXTS'
+  > 0000: 08 00 10 2a\n\n0004: 18 01
+  > 00000000000000a0: 0800 102a 1802
+  > 0000 08 00 10 2a 18 03   ab cd
+  > 0000 0008 2a10 0418\n000006
+  > 0000000 000010 025020 000430\n0000005
+  > 0X8 0X00 0x10 0x2a 0x18 0X6
+  > 0x08000x102a0x1807
+  > \\x08\\x0\\X10\\x2a\\x18\\x08
+  > [0X08, 0x00, 0X10, 42, 24, 9]
+  > \\10\\0\\20*\\30\\11
+  > \\x08 \\x00 \\x10 \\x2a \\x18 \\x0b
+  > [8 0\t16,42,24,10]
+  > TEXTS
+  gsmindex: 1
+  gsmindex: 2
+  gsmindex: 3
+  gsmindex: 4
+  virtual-modem-inspect: standard input: not a valid Hangup (malformed)
+  gsmindex: 6
+  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes behind each 0x, in an order that the text does not tell
+  gsmindex: 8
+  gsmindex: 9
+  gsmindex: 9
+  gsmindex: 11
+  gsmindex: 10
+
 Within other text, what was taken is said:
 
   $ taken() { inspect decode Hangup "$@" 2>&1 | sed -n '1p; $p'; }
@@ -122,6 +151,38 @@ Within other text, what was taken is said:
   gsmindex: 1
   $ echo '18:07:01 Hangup 08:00:10:2a:18:01 12:34' | taken
   virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
+  gsmindex: 1
+  $ while read -r text; do echo "$text" | taken; done <<'TEXTS'
+  > Hangup 08:00:10:2a:18:01 12 34
+  > Hangup 08 00 10 2a 18 01 07-11
+  > Hangup 0X0800102a1801
+  > sent 0X08,0X00,0X10,0X2a,0X18,0X01
+  > Hangup 0800 102a 1801 00112 end
+  > 2026-11-21 data=0800102a1801.
+  > x [2, 3] {8, 0, 16, 42, 24, 1}; y
+  > x "\q" "\10\0\20*\30\1" y
+  > "\10\0\20*\30\1" at 'x
+  > cut at ' \10\0\20*\30\1
+  > TEXTS
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 6 to 34, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 28, and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the list of 6 bytes at column 10 and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the string of 6 bytes at column 8 and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the string of 6 bytes at column 1 and left out what is around
+  gsmindex: 1
+  virtual-modem-inspect: standard input: took the string of 6 bytes at column 10 and left out what is around
   gsmindex: 1
   $ echo 'Hangup 0x08, 0x00, 0x10, 0x2a, 0x18, 0x01 end' | taken
   virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 41, and left out what is around
@@ -158,6 +219,18 @@ What cannot be told for sure is refused, with the way out:
   > 0000000  \\b  \\0 020
   > 0000000 0800 102a 18
   > Hangup at 18:07:01.123 by 1234
+  > 0000 400 000
+  > 0000 080010000000000000
+  > 000000000000000a0: 0800 102a 1801
+  > 0000: 08 00 10 2a\n18 01
+  > [8, 0, 16, 42, 24, -129]
+  > [08, 00, 10, 42, 24, 1]
+  > x [8, 0] y
+  > []
+  > Hangup 0800 102a end
+  > data_0800102a1801
+  > 1.0800102a1801
+  > Hangup 0800102a1801g
   > TEXTS
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 11: half a byte
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 13: half a byte
@@ -174,6 +247,18 @@ What cannot be told for sure is refused, with the way out:
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "00010" is neither bytes in hex nor in octal
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "\b" is neither bytes in hex nor in octal
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: numbers of different sizes
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "400" is no number of 1 bytes
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: numbers of different sizes
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 17: half a byte
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 2: no offset, as the lines before it have
+  virtual-modem-inspect: standard input: a list of numbers in which -129 is no byte
+  virtual-modem-inspect: standard input: hex that does not say its bytes: line 1, column 22: half a byte
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  virtual-modem-inspect: standard input: text that is neither hex (no digits) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 3) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  virtual-modem-inspect: standard input: text that is neither hex (line 1, column 2) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
   virtual-modem-inspect: standard input: text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
   [1]
   $ for form in hex array; do echo '[10, 20, 30]' | inspect decode --from $form --json Hangup 2>&1 | tail -n 1; done
@@ -269,3 +354,16 @@ Also in lists and in messages below, once for each list; what acts on a terminal
    "address": "a\\u003c\\"\\\\\\n\\u0001\\u007f\\u009b\\u202e\\u2066\xc3\xa9\\udb40\\udc01", (esc)
    "clir": "CLIR_DEFAULT"
   }
+
+Of UTF-8, what is too long, a surrogate, too high or cut is none:
+
+  $ encode() { printf 'platformtype: QCOM serial: 1 clir: CLIR_DEFAULT address: "%s"' "$1" | inspect encode Dial; }
+  $ encode '\010\t\013\f\r\000\037 \303\251\340\240\200\355\237\277\356\200\200\357\277\277\360\220\200\200\364\217\277\277' |
+  >   inspect decode --json Dial | grep address
+   "address": "\\b\\t\\u000b\\f\\r\\u0000\\u001f \xc3\xa9\xe0\xa0\x80\xed\x9f\xbf\xee\x80\x80\xef\xbf\xbf\xf0\x90\x80\x80\xf4\x8f\xbf\xbf", (esc)
+  $ encode '\300\200|\301\277|\340\237\277|\355\240\200|\355\277\277|\360\217\277\277|\364\220\200\200|\365\200\200\200|\200|\342\202|\303\300|\377' |
+  >   inspect decode --json Dial 2>/dev/null | grep address
+   "address": "??|??|???|???|???|????|????|????|?|??|??|?",
+  $ inspect decode Dial $'\xc2\xa0\xc2\xad\xd8\x9c\xe2\x80\x8a\xe2\x80\x8b\xe2\x80\x8f\xe2\x80\x90\xe2\x80\xa7\xe2\x80\xa8\xe2\x80\xae\xe2\x80\xaf\xe2\x81\x9f\xe2\x81\xa0\xe2\x81\xaf\xe2\x81\xb0\xef\xbb\xbf\xef\xbf\xb8\xef\xbf\xb9\xef\xbf\xbb\xef\xbf\xbc\xf3\xa0\x80\x80\xf3\xa0\x81\xbf\xf3\xa0\x82\x80'
+  virtual-modem-inspect: \xc2\xa0\\xc2\\xad\\xd8\\x9c\xe2\x80\x8a\\xe2\\x80\\x8b\\xe2\\x80\\x8f\xe2\x80\x90\xe2\x80\xa7\\xe2\\x80\\xa8\\xe2\\x80\\xae\xe2\x80\xaf\xe2\x81\x9f\\xe2\\x81\\xa0\\xe2\\x81\\xaf\xe2\x81\xb0\\xef\\xbb\\xbf\xef\xbf\xb8\\xef\\xbf\\xb9\\xef\\xbf\\xbb\xef\xbf\xbc\\xf3\\xa0\\x80\\x80\\xf3\\xa0\\x81\\xbf\xf3\xa0\x82\x80: No such file or directory (esc)
+  [1]

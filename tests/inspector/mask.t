@@ -26,6 +26,11 @@
   0
   $ stat -c %a masked.pcap
   600
+  $ gzip -c secret.pcap | inspect mask - - 2>/dev/null | cmp - masked.pcap
+  $ echo '1.123456 < Hangup/7 080010051801' | "$TESTDIR/make_capture.py" >one.pcap
+  $ inspect mask one.pcap - | cmp - one.pcap
+  - one.pcap differ: char 51, line 1
+  [1]
   $ inspect mask - - <secret.pcap 2>/dev/null | cmp - masked.pcap
 
 One message, in the form that it came in:
@@ -36,6 +41,9 @@ One message, in the form that it came in:
   $ inspect mask --type IccCardStatusResponse - - <card.bin | cmp - masked.bin
   $ inspect encode --to hex IccCardStatusResponse card.txt | inspect mask --type IccCardStatusResponse - - | inspect decode IccCardStatusResponse | grep iccid
     iccid: "XXXXXXXXXXXXXXXXXXX"
+  $ base64 card.bin | inspect mask --from base64 --type IccCardStatusResponse - - | cmp - <(xxd -p -c 999 masked.bin)
+  $ echo 080010011a063535313132322000 | inspect mask --trust-type --type EmergencyNumber - -
+  1a063535313132322000
 
 What does not fit its type is not masked by it, and nothing is left half done:
 
@@ -56,10 +64,20 @@ What does not fit its type is not masked by it, and nothing is left half done:
   kept
   masked.bin
   masked.pcap
+  one.pcap
   packets
   secret.pcap
   $ inspect mask secret.pcap /nonexistent/out
   virtual-modem-inspect: /nonexistent/out: No such file or directory
+  [1]
+  $ inspect mask secret.pcap .
+  virtual-modem-inspect: .: Is a directory
+  [1]
+  $ inspect mask secret.pcap - >/dev/full
+  virtual-modem-inspect: -: No space left on device
+  [1]
+  $ inspect mask --type IccCardStatusResponse card.bin /dev/full
+  virtual-modem-inspect: /dev/full: No space left on device
   [1]
   $ inspect mask secret.pcap /dev/full
   virtual-modem-inspect: /dev/full: No space left on device

@@ -19,6 +19,37 @@
   # message 0 at byte 1, 6 bytes
   # message 1 at byte 8, 7 bytes
 
+Of any size, and shown as soon as it is there:
+
+  $ for size in 120 16300 300000; do
+  >   (printf 'platformtype: QCOM serial: 1 parm: "'; head -c $size /dev/zero | tr '\0' a; echo '"') |
+  >     inspect encode --delimited StringParmRequest
+  > done >sizes
+  $ inspect decode --delimited StringParmRequest sizes | grep -v parm
+  # message 0 at byte 1, 126 bytes
+  platformtype: QCOM
+  serial: 1
+  # message 1 at byte 129, 16307 bytes
+  platformtype: QCOM
+  serial: 1
+  # message 2 at byte 16439, 300008 bytes
+  platformtype: QCOM
+  serial: 1
+  $ inspect decode --delimited --json StringParmRequest sizes | wc -c
+  316555
+  $ slowly() { cat sizes sizes sizes sizes; sleep 1.1; cat sizes sizes sizes sizes sizes sizes sizes sizes; }
+  $ export -f slowly
+  $ SHELL=/bin/bash script -qec "slowly | '$INSPECT' decode --delimited StringParmRequest >decoded" /dev/null </dev/null |
+  >   tr '\r' '\n' | sed 's/^[0-9]* MB/some MB/' | uniq | cat -v
+  
+  some MB^[[K
+  ^[[K
+  $ mkfifo in out && { inspect decode --delimited Hangup in >out & } 2>/dev/null
+  $ exec 5<out 4>in
+  $ head -c 7 stream >&4; head -n 1 <&5
+  # message 0 at byte 1, 6 bytes
+  $ exec 4>&- 5<&-
+
 A message that a receiver refuses does not end the stream, but is told at the end:
 
   $ (cat stream; printf '\002\010\000'; cat stream) | inspect decode --delimited Hangup 2>&1 | grep -v :

@@ -27,8 +27,58 @@
   - #42 Hangup: no response
   - #5 Hangup: no response
   # 1 answered after 126.000 ms on average, 126.000 ms at most; 3 not answered, 0 answered again, 1 responses without a request
-  $ echo 'nothing of that kind' | inspect log
+  $ inspect log - <modem.log --pairs --json 2>/dev/null | cut -d, -f1,2 | uniq -c
+        1 {"time":"11-21 18:07:01.123","serial":3
+        1 {"time":"11-21 18:07:01.124","serial":3
+        1 {"time":null,"serial":4
+        1 {"time":null,"serial":42
+        1 {"time":null,"serial":5
+  $ printf 'nothing of that kind' | inspect log
   virtual-modem-inspect: standard input: no message in it; lines without the type and the content of a message: 1
   [1]
   $ printf 'Hangup 0800102a1801' | inspect log --json
   {"time":null,"direction":"to modem","type":"Hangup","unit":"radio","kind":"request","serial":42,"size":6,"message":{"platformtype":"UNKNOW","serial":42,"gsmindex":1}}
+
+Times and names wherever they stand, texts that were cut anywhere, lines of any length:
+
+  $ inspect log <<'LOG'
+  > 18:07:01 Dial Hangup 0800102a1801
+  > 1118:07:01 12:00:00,123456789x Hangup=(0800102a1801)
+  > 2026-02-30 18:07:01. Hangup>08 00 10 2a 18 01
+  > HangupX 0800102a1801
+  > .Hangup Hangup	-> 0800102a1801
+  > virtualdata.proto.SlaveDeactivateDataCallRequest: 080010011802
+  > Hangup { platformtype: QCOM serial: 7 gsmindex: 1 } of two
+  > Hangup platformtype QCOM
+  > Hangup platformtype: NOSUCH
+  > Dial: platformtype: QCOM serial: 8 address: "a\"} { 1" uusinfo { uustype: TYPE1_REQUIRED uusdata: "x y [... 9 more bytes]
+  > Dial: platformtype: QCOM serial: 9 address: "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 [... 9 more bytes]
+  > Dial: platformtype: QCOM serial: 9 address: "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 31 [... 9 more bytes]
+  > LOG
+  18:07:01 > Dial #42 6 B platformtype: UNKNOW serial: 42 3: 1 # address: declared as string, came as varint; kept as unknown field 3 (byte 4), so required address is absent; missing required clir
+  12:00:00,123456789 > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  2026-02-30 18:07:01 > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  - > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  - > virtualdata.proto.SlaveDeactivateDataCallRequest - 6 B value1: 0 value2: 1 value3: 2
+  - > Hangup #7 6 B platformtype: QCOM serial: 7 gsmindex: 1
+  - > Dial #8 17 B platformtype: QCOM serial: 8 address: "a\"} { 1" uusinfo { uustype: TYPE1_REQUIRED } # the log holds the beginning only; missing required clir
+  - > Dial #9 4 B platformtype: QCOM serial: 9 # the log holds the beginning only; missing required address; missing required clir
+  virtual-modem-inspect: standard input: passed over lines without the type and the content of a message: 4
+  $ inspect log --pairs <<'LOG'
+  > 11-21 23:59:59.5 Hangup 080010011801
+  > 11-22 00:00:00.25 NoResultResponse 080010011800
+  > 2027-12-31 23:59:59,9 Hangup 080010021801
+  > 2028-01-01 00:01:00 NoResultResponse 080010021800
+  > 10:00:00 Hangup 080010031801
+  > NoResultResponse 080010031800
+  > LOG
+  11-21 23:59:59.5 #1 Hangup > NoResultResponse RADIO_E_SUCCESS after 750.000 ms
+  2027-12-31 23:59:59,9 #2 Hangup > NoResultResponse RADIO_E_SUCCESS after 60100.000 ms
+  10:00:00 #3 Hangup > NoResultResponse RADIO_E_SUCCESS
+  # 3 answered after 30425.000 ms on average, 60100.000 ms at most; 0 not answered, 0 answered again, 0 responses without a request
+  $ (head -c 70000 /dev/zero | tr '\0' x; echo ' Hangup 0800102a1801'; head -c 1048576 /dev/zero | tr '\0' x; printf 'Hangup 0800102a1801') | inspect log
+  - > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  - > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
+  virtual-modem-inspect: standard input: passed over lines without the type and the content of a message: 1
+  $ inspect log --follow <(echo Hangup 0800102a1801)
+  - > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1

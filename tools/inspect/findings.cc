@@ -184,7 +184,6 @@ std::string Findings::Summary() const {
 }
 
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
-  message.Clear();
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   Findings findings;
   Reporter reporter(schema.tables(), bytes, message, findings);

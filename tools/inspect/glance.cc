@@ -33,9 +33,11 @@ class Looker : public text::Handler {
   }
   void Unknown(const text::Level& level, const text::Field* field, std::uint32_t /*number*/,
                text::WireType type, std::string_view /*whole*/, std::string_view value) {
-    if (field != nullptr && type == text::kVarint && IsError(level, *field)) {
-      glance_.error = std::to_string(static_cast<std::int32_t>(NumberIn(value)));
-    }
+    if (field == nullptr || field->kind != text::FieldKind::kEnum || type != text::kVarint) return;
+    const std::uint64_t number = NumberIn(value);
+    if (IsError(level, *field)) glance_.error = std::to_string(static_cast<std::int32_t>(number));
+    const FieldCondition* asked = Asked(level, *field);
+    if (asked != nullptr && asked->Is(*field, number)) glance_.has_field = true;
   }
 
  private:

@@ -63,7 +63,6 @@ std::string ReadBytes(const Source& source, bool* as_is) {
 }
 
 void Note(const std::string& text) {
-  std::cout.flush();
   std::cerr << "virtual-modem-inspect: " << ForTerminal(text) << '\n';
 }
 

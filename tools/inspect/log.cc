@@ -281,12 +281,9 @@ class Log {
 
   void ShowTotals() {
     if (options_.json) return;
-    const std::int64_t answered = pairs_[0];
-    out_.Append("# ").Append(answered).Append(" answered");
-    if (answered > 0) {
-      out_.Append(" after ")
-          .Append(Milliseconds(latency_sum_ / answered))
-          .Append(" ms on average, ");
+    out_.Append("# ").Append(pairs_[0]).Append(" answered");
+    if (timed_ > 0) {
+      out_.Append(" after ").Append(Milliseconds(latency_sum_ / timed_)).Append(" ms on average, ");
       out_.Append(Milliseconds(longest_)).Append(" ms at most");
     }
     out_.Append("; ").Append(pairs_[1]).Append(" not answered, ").Append(pairs_[2]);

@@ -97,8 +97,9 @@ class CommandLine {
     command->add_option("file", file, "Input; - or nothing is standard input")->type_name("FILE");
   }
   // The names are those of the form's option in --help.
-  static void AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
-                          const std::map<std::string, Encoding>& names, const std::string& what) {
+  static CLI::Option* AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
+                                  const std::map<std::string, Encoding>& names,
+                                  const std::string& what) {
     std::string list;
     for (const auto& [name, value] : names) list += (list.empty() ? "" : "|") + name;
     // Turns the word into the number that CLI11 reads an enumeration from.
@@ -108,20 +109,20 @@ class CommandLine {
       word = std::to_string(static_cast<int>(found->second));
       return "";
     };
-    command->add_option(option, encoding, what)
+    return command->add_option(option, encoding, what)
         ->type_name(list)
         ->transform(CLI::Validator(to_number, ""));
   }
-  static void AddFrom(CLI::App* command, Encoding& from) {
-    AddEncoding(command, "--from", from,
-                {{"auto", Encoding::kAuto},
-                 {"binary", Encoding::kBinary},
-                 {"hex", Encoding::kHex},
-                 {"base64", Encoding::kBase64},
-                 {"string", Encoding::kString},
-                 {"array", Encoding::kArray},
-                 {"log", Encoding::kLog}},
-                "Form of the input; auto finds out");
+  static CLI::Option* AddFrom(CLI::App* command, Encoding& from) {
+    return AddEncoding(command, "--from", from,
+                       {{"auto", Encoding::kAuto},
+                        {"binary", Encoding::kBinary},
+                        {"hex", Encoding::kHex},
+                        {"base64", Encoding::kBase64},
+                        {"string", Encoding::kString},
+                        {"array", Encoding::kArray},
+                        {"log", Encoding::kLog}},
+                       "Form of the input; auto finds out");
   }
   static void AddSource(CLI::App* command, Source& source) {
     AddFile(command, source.file);
@@ -200,7 +201,7 @@ class CommandLine {
     CLI::Option* type =
         command->add_option("--type", mask_.type, "The input is a message of this type")
             ->type_name("TYPE");
-    AddFrom(command, mask_.encoding);
+    AddFrom(command, mask_.encoding)->needs(type);
     command
         ->add_flag("--trust-type", mask_.trust_type,
                    "Mask bytes that do not fit the type all the same: what is another type's shows")
@@ -277,6 +278,9 @@ class CommandLine {
     diff_.left = diff_words_[diff_words_.size() - 2];
     diff_.right = diff_words_.back();
     if (diff_.delimited && diff_.type.empty()) throw Error("two streams need their TYPE");
+    if (diff_.from != Encoding::kAuto && (diff_.delimited || diff_.type.empty())) {
+      throw Error("--from is for two messages of a type");
+    }
     return DiffCommand(schema, diff_);
   }
 

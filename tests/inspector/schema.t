@@ -1,0 +1,93 @@
+  $ . "$TESTDIR/setup.sh"
+  $ schema() { (echo 'syntax = "proto2";'; cat) >unit.proto; "$PROTOC" --descriptor_set_out=set unit.proto 2>&1; }
+  $ inspect() { "$INSPECT" --schema set "$@"; }
+
+Without comments, fields tell what kind a message is; of the names of one number the first is printed:
+
+  $ schema <<'PROTO'
+  > package some.where;
+  > enum Low { option allow_alias = true; NONE = -300; LEAST = -1; SAME = -1; ZERO = 0; ALSO = 0; TOP = 255; OVER = 256; }
+  > message Ask { required int32 serial = 2; repeated Low low = 255; }
+  > message Answer { required int32 serial = 1; required Low error = 3; }
+  > message Told { optional bool so = 1; optional uint32 much = 2; optional Ask ask = 9; }
+  > enum Eight { A1 = 1; A2 = 2; A3 = 3; A4 = 4; A5 = 5; A6 = 6; A7 = 7; A8 = 8; }
+  > enum Nine { B1 = 1; B2 = 2; B3 = 3; B4 = 4; B5 = 5; B6 = 6; B7 = 7; B8 = 8; B9 = 9; }
+  > message Choice { required Eight eight = 1; required Nine nine = 2; }
+  > PROTO
+  $ inspect list
+  some.where.Ask  unit  
+  some.where.Answer  unit  
+  some.where.Told  unit  
+  some.where.Choice  unit  
+  $ echo 'serial: 2 low: [NONE, LEAST, SAME, ZERO, ALSO, TOP, OVER]' | inspect encode Ask >ask && inspect decode Ask ask
+  serial: 2
+  low: NONE
+  low: LEAST
+  low: LEAST
+  low: ZERO
+  low: ZERO
+  low: TOP
+  low: OVER
+  $ inspect decode --json Ask ask | tr -d '\n'
+  { "serial": 2, "low": [  "NONE",  "LEAST",  "LEAST",  "ZERO",  "ZERO",  "TOP",  "OVER" ]} (no-eol)
+  $ printf '%s\n' 'Ask serial: 1' 'Answer serial: 1 error: OVER' 'Told much: 4294967295 so: true' | inspect log --json
+  {"time":null,"direction":"to modem","type":"some.where.Ask","unit":"unit","kind":"request","serial":1,"size":2,"message":{"serial":1}}
+  {"time":null,"direction":"to telephony","type":"some.where.Answer","unit":"unit","kind":"response","serial":1,"size":5,"message":{"serial":1,"error":"OVER"}}
+  {"time":null,"direction":"to telephony","type":"some.where.Told","unit":"unit","kind":"indication","size":8,"message":{"so":true,"much":4294967295}}
+  $ inspect describe some.where.Told.ask.serial
+  field some.where.Ask.serial
+    required int32 serial = 2  tag 10
+  $ inspect encode --skeleton Choice
+  eight: A1  # A1, A2, A3, A4, A5, A6, A7, A8
+  nine: B1  # Nine
+  $ inspect describe SAME
+  Low: SAME = -1  on the wire ffffffffffffffffff01
+  $ printf '%s\n' some.where.Ask.serial ' # none' 'some.where.Told.much # why' >subscriber_data.txt
+  $ echo '1002 4a021001' | inspect decode --redact --trust-type Told
+  much: 0
+  ask {
+    serial: 0
+  }
+
+What no schema of a virtual modem has is refused:
+
+  $ rm subscriber_data.txt
+  $ while read -r text; do
+  >   echo "$text" | schema; inspect list
+  > done <<'SCHEMAS'
+  > message M { optional int64 a = 1; }
+  > message M { optional bytes a = 1; }
+  > message M { optional int32 a = 256; }
+  > message M { optional int32 a23456789012345678901234567890123 = 1; }
+  > message M { message N {} optional N a = 1; }
+  > SCHEMAS
+  virtual-modem-inspect: the schema's field M.a is a int64, unlike any of a virtual modem
+  virtual-modem-inspect: the schema's field M.a is a bytes, unlike any of a virtual modem
+  virtual-modem-inspect: the schema's field M.a has a number over 255, unlike any of a virtual modem
+  virtual-modem-inspect: the schema's field M.a23456789012345678901234567890123 has a name over 32 letters, unlike any of a virtual modem
+  virtual-modem-inspect: the schema's field M.a has a type declared within a message, unlike any of a virtual modem
+  [1]
+  $ for count in 255 256; do
+  >   for i in $(seq $count); do echo "message M$i {}"; done | schema; inspect list | wc -l
+  >   (for i in $(seq $count); do echo "enum E$i { V$i = 0; }"; done
+  >     echo "message Low {"; for i in {1..128}; do echo "optional E$i a$i = $i;"; done; echo "}"
+  >     echo "message High {"; for i in $(seq 129 $count); do echo "optional E$i a$i = $((i - 128));"; done; echo "}") |
+  >     schema; inspect list | wc -l
+  > done
+  255
+  2
+  virtual-modem-inspect: the schema has over 255 messages
+  0
+  virtual-modem-inspect: the schema has over 255 enumerations
+  0
+  $ for kind in Low Ask; do
+  >   schema <<PROTO
+  > enum Low { ZERO = 0; }
+  > message Ask { optional $kind a = 1; }
+  > PROTO
+  >   echo Ask.a >subscriber_data.txt
+  >   inspect list
+  > done
+  virtual-modem-inspect: the schema's field Ask.a is subscriber data that has no mask, unlike any of a virtual modem
+  virtual-modem-inspect: the schema's field Ask.a is subscriber data that has no mask, unlike any of a virtual modem
+  [1]
