@@ -38,6 +38,9 @@ class Call(unittest.TestCase):
         self.assertEqual((self.done.returncode, self.done.stderr), (0, ""))
         self.assertIn("     lacks causecode\n     lacks vendorcause\n     not usable as the response\n",
                       self.done.stdout)
+        self.assertEqual(re.findall("^==.*", self.done.stdout, re.MULTILINE), [
+            "== call 1: RADIO_CALL_DIALING", "== calls go over RADIO_T_LTE",
+            "== call 1: RADIO_CALL_ACTIVE", "== ended, the cause is not known"])
         page = (ROOT / "docs/integration.md").read_text(encoding="utf-8")
         client = (ROOT / "examples/integration_client.cc").read_text(encoding="utf-8")
         for language, source in (("cpp", client), ("text", self.done.stdout)):
@@ -77,7 +80,34 @@ class Client(unittest.TestCase):
             link.send("NoResultIndication", modem.CALL_STATE_CHANGED)
             serial = link.receive("NoParmRequest", modem.CURRENT_CALLS).serial
             link.send("GetCurrentCallsResponse", serial=serial, error=1)
-        self.assertIn("== the state of the call is not known", run(NUMBER, script=refuse_list).stdout)
+        self.assertIn("== the state of the call is not known\n",
+                      run(NUMBER, script=refuse_list).stdout)
+
+    def test_how_a_call_ends(self):
+        def refused(link):
+            link.send("NoResultResponse", serial=link.receive("Dial").serial, error=1)
+
+        def ended(link):
+            link.send("NoResultIndication", modem.CALL_STATE_CHANGED)
+            link.receive("Dial")
+            link.send_calls(link.receive("NoParmRequest", modem.CURRENT_CALLS).serial)
+            serial = link.receive("NoParmRequest", modem.LAST_CALL_FAIL_CAUSE).serial
+            link.send("LastCallFailureCauseResponse", serial=serial, error=0, causecode=16,
+                      vendorcause="")
+        for script, end in ((refused, "== refused: RADIO_E_RADIO_NOT_AVAILABLE"),
+                            (ended, "== ended: CAUSE_NORMAL")):
+            self.assertEqual(run(NUMBER, script=script).stdout.splitlines()[-1], end)
+
+    def test_hangs_up_once(self):
+        def active_twice(link):
+            link.send("NoResultResponse", serial=link.receive("Dial").serial, error=0)
+            for _ in range(2):
+                link.send("NoResultIndication", modem.CALL_STATE_CHANGED)
+                listing = link.receive("NoParmRequest", modem.CURRENT_CALLS)
+                link.send_calls(listing.serial, modem.ACTIVE)
+                if listing.serial == 2:
+                    link.receive("Hangup")
+        self.assertEqual(run(NUMBER, script=active_twice).stdout.count("-> Hangup"), 1)
 
     def test_a_response_of_another_type_is_not_believed(self):
         def mix_up(link):
@@ -106,22 +136,27 @@ class Client(unittest.TestCase):
                 done = run(NUMBER, script=script)
                 self.assertEqual(done.returncode, 1)
                 self.assertEqual(done.stderr, f"integration_client: the connection ends: {why}\n")
-                self.assertIn("request 1 is lost", done.stdout)
+                self.assertEqual(done.stdout.split("\n", 1)[1], "     request 1 is lost\n"
+                                 "== the state of the call is not known\n")
 
     def test_bad_input(self):
+        usage = "usage: integration_client SOCKET NUMBER [CAPTURE [FIRST_SERIAL]]\n"
         for arguments, status, why in [
-                (["socket"], 2, "usage: "),
-                (["socket", NUMBER, "/dev/null", "0"], 2, "usage: "),
-                (["socket", NUMBER, "/dev/null", "1x"], 2, "usage: "),
-                (["/nowhere", NUMBER], 1, "/nowhere: No such file or directory"),
-                (["/" * 200, NUMBER], 1, "File name too long"),
-                (["socket", NUMBER, "/nowhere/file"], 1, "/nowhere/file"),
+                (["socket"], 2, usage),
+                (["socket", NUMBER, "/dev/null", "0"], 2, usage),
+                (["socket", NUMBER, "/dev/null", "1x"], 2, usage),
+                (["socket", NUMBER, "/dev/null", "1", "2"], 2, usage),
+                (["/nowhere", NUMBER], 1, ": /nowhere: No such file or directory\n"),
+                (["/" * 108, NUMBER], 1, "/: File name too long\n"),
+                (["/" * 107, NUMBER], 1, "/: Connection refused\n"),
+                (["socket", NUMBER, "/nowhere/file"], 1,
+                 ": /nowhere/file: No such file or directory\n"),
         ]:
             with self.subTest(arguments):
                 done = subprocess.run([CLIENT, *arguments], capture_output=True, text=True,
                                       check=False)
                 self.assertEqual(done.returncode, status)
-                self.assertIn(why, done.stderr)
+                self.assertTrue(done.stderr.endswith(why), done.stderr)
 
 
 if __name__ == "__main__":

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Checks shape and size of the library as built for Android, and prints what it costs.
+"""Checks shape and size of the libraries as built for Android, and prints what they cost.
 
 Usage: check_android.py LIBRARY UNPACKED_LIBRARY HOST_LIBRARY TEXT_LIBRARY BUDGETS
 
 UNPACKED_LIBRARY is a link of the same objects whose relocations are not packed, HOST_LIBRARY the same
 library built for the build machine: it must export the same contract. TEXT_LIBRARY is the companion
-library, whose size is held to its budget.
+library.
 """
 import re
 import subprocess
@@ -15,7 +15,10 @@ from pathlib import Path
 
 import elf_load
 
+NAME = "lib-virtual-modem-protos.so"
 NEEDED = ["libprotobuf-cpp-lite-21.12.so", "libc++.so", "libc.so", "libm.so", "libdl.so"]
+# Small functions of the runtime, which src/messages/inline_runtime.h is about.
+INLINE = r"google::protobuf::(?:internal::(?:Read|ParseContext::|EpsCopyInputStream::)|io::)"
 
 
 def run(*command: str) -> str:
@@ -48,7 +51,7 @@ def contract(names: set[tuple[str, str]]) -> set[tuple[str, str]]:
     return {(kind, name) for kind, name in names if kind != "W"}
 
 
-def faults_of_shape(library: str) -> list[str]:
+def faults_of_shape(library: str, soname: str, wanted: list[str]) -> list[str]:
     faults = []
 
     def expect(holds: bool, fault: str) -> None:
@@ -64,14 +67,19 @@ def faults_of_shape(library: str) -> list[str]:
 
     dynamic = run("llvm-readelf-19", "-d", library)
     needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
-    expect(sorted(needed) == sorted(NEEDED), f"needs {' '.join(needed)}")
-    expect("soname: [lib-virtual-modem-protos.so]" in dynamic, "wrong SONAME")
+    expect(sorted(needed) == sorted(wanted), f"needs {' '.join(needed)}")
+    expect(f"soname: [{soname}]" in dynamic, "wrong SONAME")
     expect("TEXTREL" not in dynamic, "text relocations")
     expect("RPATH" not in dynamic and "RUNPATH" not in dynamic, "a run path")
     expect("ANDROID_REL" in dynamic and "RELRSZ" in dynamic, "relocations are not packed")
 
     symbols = [line.split()[-1] for line in run("llvm-nm-19", "-D", library).splitlines()]
     faults += [f"type information: {name}" for name in symbols if re.match("_ZT[IS]", name)]
+    expect("__stack_chk_fail" in symbols, "the stack is not protected")
+    expect("Opcodes" in run("llvm-readelf-19", "-u", library), "no table to unwind the stack by")
+    expect(not any("personality" in name for name in symbols), "exceptions pass through it")
+    inside = run("llvm-nm-19", "--defined-only", "--demangle", library)
+    faults += [f"not inline: {name}" for name in set(re.findall(rf"(?m)^\w+ \w ({INLINE}.*)", inside))]
     paths = re.findall(rb"(?:/[\w.+-]{2,}){3,}", Path(library).read_bytes())
     faults += [f"absolute path inside: {path.decode()}" for path in paths]
     return faults
@@ -100,7 +108,11 @@ def main() -> None:
     budgets = {line.split()[0]: int(line.split()[1])
                for line in Path(budget_file).read_text().splitlines() if not line.startswith("#")}
 
-    faults = faults_of_shape(library) + elf_load.faults(loaded, elf_load.Library(unpacked))
+    faults = faults_of_shape(library, NAME, NEEDED)
+    faults += elf_load.faults(loaded, elf_load.Library(unpacked))
+    faults += [f"companion library: {fault}" for fault in
+               faults_of_shape(text_library, "libvirtual-modem-text.so", [NAME, *NEEDED]) +
+               elf_load.faults(elf_load.Library(text_library))]
     for missing in sorted(contract(host_names) - contract(names)):
         faults.append(f"not exported, but on the host: {missing[1]}")
     for surplus in sorted(contract(names) - contract(host_names)):

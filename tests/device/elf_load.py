@@ -149,8 +149,11 @@ def dirtied_pages(library: Library) -> int:
     return len({r.address // PAGE for r in library.relocations()})
 
 
-def faults(library: Library, unpacked: Library) -> list[str]:
-    """What would keep the loader from loading the library right, or a platform from taking it."""
+def faults(library: Library, unpacked: Library | None = None) -> list[str]:
+    """What would keep the loader from loading the library right, or a platform from taking it.
+
+    unpacked is the same library with relocations that are not packed.
+    """
     result = []
     loads = library.of_kind(PT_LOAD)
     for load in loads:
@@ -179,7 +182,7 @@ def faults(library: Library, unpacked: Library) -> list[str]:
             result.append(f"{where} is outside the writable segments")
         if r.kind in (R_ARM_GLOB_DAT, R_ARM_JUMP_SLOT) and not any(s.holds(r.address) for s in relro):
             result.append(f"{where} is in a table of addresses that stays writable")
-    if not result:
+    if unpacked and not result:
         packed, plain = library.relocations_by_section(), unpacked.relocations_by_section()
         if len(relocations) != len(packed) or packed != plain:
             result.append(f"{len(packed ^ plain)} relocations differ between the packed link of "

@@ -1,5 +1,6 @@
 // The example under fault: whatever the other side does, each side ends with a clear error or goes
 // on as documented; none hangs, and no descriptor or child is left behind.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -7,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <virtual_modem/text.h>
+#include <virtual_modem/types.h>
 
 #include <algorithm>
 #include <array>
@@ -14,7 +16,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
 #include <random>
@@ -25,12 +29,14 @@
 #include "call_exchange/modem/modem.h"
 #include "call_exchange/processes.h"
 #include "call_exchange/scenarios.h"
+#include "virtual_modem/conference.pb.h"
 
 namespace virtual_modem::exchange {
 namespace {
 
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -41,7 +47,7 @@ constexpr milliseconds kNoHang{20'000};
 
 std::string FrameOf(std::string_view type, std::string_view payload,
                     Operation operation = Operation::kByType) {
-  std::string header(kFrameHeaderSize + kMaxTypeLength, '\0');
+  std::string header(kFrameHeaderSize + kMaxTypeLength, '\xff');
   header.resize(WriteFrameHeader(operation, type, payload.size(),
                                  reinterpret_cast<std::uint8_t*>(header.data())));
   return header.append(payload);
@@ -112,11 +118,11 @@ TEST(FrameTest, RefusesWhatIsNotAFrame) {
   EXPECT_EQ(ReadFrame(FrameOf("", "payload"), frame), FrameFault::kBadType);
   EXPECT_EQ(ReadFrame(FrameOf("Di\033l", "payload"), frame), FrameFault::kBadType);
   std::string header = good;
-  header[3] = static_cast<char>(kMaxTypeLength + 1);
+  header[3] = 65;
   EXPECT_EQ(ReadFrame(header, frame), FrameFault::kBadType);
 
-  const std::string largest(kMaxPayload, '\xff');
-  const std::string longest(kMaxTypeLength, 'x');
+  const std::string largest(32768, '\xff');
+  const std::string longest(64, 'x');
   const std::string full = FrameOf(longest, largest);
   ASSERT_EQ(ReadFrame(full, frame), FrameFault::kNone);
   EXPECT_EQ(frame.payload, largest);
@@ -133,7 +139,7 @@ TEST_F(ExchangeTest, ModemKilledAtEveryStep) {
     const Side modem = [step](Channel channel) { ServeAll(std::move(channel), KillAt(step)); };
     EXPECT_EQ(RunPair(telephony, modem, kNoHang), 1) << step;
     const std::string errors = ::testing::internal::GetCapturedStderr();
-    EXPECT_THAT(errors, HasSubstr("modem was ended by signal 9")) << step;
+    EXPECT_THAT(errors, EndsWith("modem was ended by signal 9\n")) << step;
     // After its last answer nobody waits for the modem any more.
     if (step < frames) {
       EXPECT_THAT(errors, HasSubstr("telephony: the ")) << step;
@@ -153,7 +159,8 @@ TEST_F(ExchangeTest, TelephonyKilledAtEveryStep) {
     EXPECT_EQ(RunPair(modem, telephony, kNoHang), 1) << step;
     const std::string errors = ::testing::internal::GetCapturedStderr();
     EXPECT_THAT(errors, Not(HasSubstr("within"))) << step;
-    if (errors.find("gone during a call") != std::string::npos) ++lost_calls;
+    if (errors.find("the telephony side is gone during a call\n") != std::string::npos)
+      ++lost_calls;
   }
   EXPECT_GT(lost_calls, 0);
   EXPECT_LT(lost_calls, frames);
@@ -188,7 +195,7 @@ TEST_F(ExchangeTest, FaultyPacketEndsEitherSide) {
       ::testing::internal::CaptureStderr();
       EXPECT_EQ(RunPair(side, sender, kNoHang), 1) << error;
       const std::string errors = ::testing::internal::GetCapturedStderr();
-      EXPECT_THAT(errors, HasSubstr(error));
+      EXPECT_THAT(errors, EndsWith(std::string(error) + '\n'));
       EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
     }
   }
@@ -227,6 +234,99 @@ TEST_F(ExchangeTest, UnexpectedMessage) {
             1);
   EXPECT_THAT(::testing::internal::GetCapturedStderr(),
               HasSubstr("awaited the answer to #1, got that to #2"));
+}
+
+using Change = std::function<void(MessageLite&)>;
+
+// Changes messages of the type, and no others.
+template <typename M>
+Change In(void (*change)(M&)) {
+  return [change](MessageLite& message) {
+    if (&TypeOf(message) == &TypeOf(M::default_instance())) change(static_cast<M&>(message));
+  };
+}
+
+// The modem, but what it sends is changed on its way.
+Side ModemWith(const Change& change) {
+  return [change](Channel channel) {
+    Endpoint telephony(std::move(channel));
+    auto [here, there] = Channel::Pair(kNoHang);
+    Endpoint client(std::move(here));
+    Endpoint server(std::move(there));
+    Modem modem(server);
+    while (const auto request = telephony.Receive()) {
+      client.Send(request->message, request->frame.operation);
+      modem.ServeOne();
+      server.Send(server.Draft<Version>());  // marks the end
+      for (;;) {
+        const auto answer = client.Receive();
+        if (answer->frame.type == "Version") break;
+        change(const_cast<MessageLite&>(answer->message));
+        telephony.Send(answer->message, answer->frame.operation);
+      }
+    }
+  };
+}
+
+TEST_F(ExchangeTest, TelephonySaysWhatIsWrongWithAnAnswer) {
+  namespace share = ::virtualdata::proto;
+  const struct {
+    Change change;
+    const char* error;
+  } faults[] = {
+      {In<RegistrationResponse>([](auto& m) { m.clear_regstate(); }),
+       "the RegistrationResponse received lacks a required field"},
+      {In<NoResultResponse>([](auto& m) { m.set_error(RADIO_E_SIM_BUSY); }),
+       "request #3 ended with RADIO_E_SIM_BUSY"},
+      {In<GetCurrentCallsResponse>([](auto& m) { m.clear_calls(); }),
+       "the call is not RADIO_CALL_DIALING"},
+      {In<VoiceRadioTechChanged>([](auto& m) { m.mutable_unknown_fields()->clear(); }),
+       "a newer peer's message was changed on its way"},
+      {In<VirtualCdmaSmsMessage>([](auto& m) { m.set_bearerdata(2, 0x20); }),
+       "the incoming short message is not one that was delivered"},
+      {In<VirtualCdmaSmsMessage>([](auto& m) { m.mutable_bearerdata()->Truncate(2); }),
+       "the incoming short message is not one that was delivered"},
+      {In<ImsCallStateChanged>([](auto& m) { m.clear_calls(); }), "the call dialed is not listed"},
+      {In<ImsCallStateChanged>([](auto& m) { m.mutable_calls(0)->set_callrat(CALL_RAT_LTE); }),
+       "a call has not moved to Wi-Fi"},
+      {In<HandoverInfo>([](auto& m) { m.set_type(VIR_START); }),
+       "the handover is not at VIR_COMPLETE_SUCCESS"},
+      {In<EconfResultIndication>([](auto& m) { m.set_joinedcallid("1"); }),
+       "call 2 has not joined the conference"},
+      {In<share::MasterSlaveShareConfirmRsp>([](auto& m) { m.set_result(false); }),
+       "the slave declines the share"},
+      {In<share::MasterSlaveNetworkInfoResp>([](auto& m) { m.set_value2(1); }),
+       "the slave cannot use the network"},
+      {In<share::SlaveMasterShareDataChange>([](auto& m) { m.set_result(false); }),
+       "the slave is not connected"},
+      {In<share::SlaveDeactivateDataCallRequest>([](auto& m) { m.set_value2(2); }),
+       "the slave deactivates another data call"},
+  };
+  const Side telephony = [](Channel channel) { PlayAll(std::move(channel)); };
+  for (const auto& [change, error] : faults) {
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(RunPair(telephony, ModemWith(change), kNoHang), 1) << error;
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+                HasSubstr(std::string("telephony: ") + error + '\n'));
+  }
+}
+
+TEST_F(ExchangeTest, NumbersOfTheOperations) {
+  std::map<int, std::string_view> operations;
+  for (const std::string& frame : RecordFrames()) {
+    operations[frame[2]] = OperationName(static_cast<Operation>(frame[2]));
+  }
+  const std::map<int, std::string_view> expected = {{0, ""},
+                                                    {1, "registration"},
+                                                    {2, "operator"},
+                                                    {3, "current calls"},
+                                                    {4, "call state changed"},
+                                                    {5, "last call failure cause"},
+                                                    {6, "card status"},
+                                                    {7, "signal strength"},
+                                                    {8, "IMS call"},
+                                                    {9, "merge into a conference"}};
+  EXPECT_EQ(operations, expected);
 }
 
 // A modem and the link to it, in this process.
@@ -333,18 +433,26 @@ TEST_F(ExchangeTest, SilentPeer) {
   constexpr milliseconds kShort{50};
   auto [here, there] = Channel::Pair(kShort);
   EXPECT_THAT([&here = here] { here.Receive(); },
-              ::testing::ThrowsMessage<LinkError>(HasSubstr("sent nothing within 50 ms")));
+              ::testing::ThrowsMessage<LinkError>("the peer sent nothing within 50 ms"));
   Endpoint endpoint(std::move(there));
   EXPECT_THAT(
       [&endpoint] {
         for (;;) endpoint.Send(endpoint.Draft<Dial>());
       },
-      ::testing::ThrowsMessage<LinkError>(HasSubstr("took nothing within 50 ms")));
+      ::testing::ThrowsMessage<LinkError>("the peer took nothing within 50 ms"));
 
   ::testing::internal::CaptureStderr();
   const Side stuck = [](Channel) { pause(); };
   EXPECT_EQ(RunPair([](Channel) {}, stuck, kShort), 1);
-  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("does not end; killed"));
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "call_exchange: modem does not end; killed\n"
+            "call_exchange: modem was ended by signal 9\n");
+}
+
+TEST_F(ExchangeTest, FailureOfTheModemAloneIsAFailure) {
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(RunPair([](Channel) {}, [](Channel) { throw LinkError("lost"); }, kNoHang), 1);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "call_exchange: modem: lost\n");
 }
 
 // Of the two kinds of sockets it is the stream that raises a signal.
@@ -357,9 +465,18 @@ TEST_F(ExchangeTest, SendToAPeerThatIsGone) {
     close(fds[1]);
     const std::uint8_t byte = 0;
     EXPECT_THAT([&] { channel.Send(&byte, 1); },
-                ::testing::ThrowsMessage<LinkError>(HasSubstr("the peer is gone")));
+                ::testing::ThrowsMessage<LinkError>("the peer is gone"));
   }
   std::signal(SIGPIPE, before);
+}
+
+TEST_F(ExchangeTest, DescriptorThatIsNoSocket) {
+  Channel channel(open("/dev/null", O_RDWR), kNoHang);
+  const std::uint8_t byte = 0;
+  EXPECT_THAT([&] { channel.Send(&byte, 1); },
+              ::testing::ThrowsMessage<LinkError>("send: Socket operation on non-socket"));
+  EXPECT_THAT([&] { channel.Receive(); },
+              ::testing::ThrowsMessage<LinkError>("recv: Socket operation on non-socket"));
 }
 
 // Signals neither end a wait nor lengthen it.
@@ -372,7 +489,7 @@ TEST_F(ExchangeTest, WaitUnderSignals) {
   setitimer(ITIMER_REAL, &often, nullptr);
   auto [here, there] = Channel::Pair(milliseconds(50));
   EXPECT_THAT([&here = here] { here.Receive(); },
-              ::testing::ThrowsMessage<LinkError>(HasSubstr("sent nothing within 50 ms")));
+              ::testing::ThrowsMessage<LinkError>("the peer sent nothing within 50 ms"));
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
   sigaction(SIGALRM, &before, nullptr);

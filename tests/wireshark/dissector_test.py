@@ -279,9 +279,33 @@ class Dissector(unittest.TestCase):
             "calls came as varint: a receiver takes it for unknown",
             "required GetCurrentCallsResponse.error is missing"])
         self.assertEqual(values["virtual_modem.error"], ["30"])
-        self.assertEqual(dissect_one("Dial", "08 01 1a 05 31")["_ws.expert.message"],
-                         ["Malformed at byte 4: 5 bytes announced, 1 left in the message"])
-        self.assertEqual(findings(dissect_one("Dials", "08 01")), {"unknown_type"})
+        dials = {
+            "08 01 1a 05 31": "4: 5 bytes announced, 1 left in the message",
+            "1a 80 80 80 80 10": "6: over 4 billion bytes announced, 0 left in the message",
+            "08 01 00": "2: a field has number 0",
+            "7b 74": "1: another group ends than was begun",
+            "08 01 7c": "2: a group ends that was not begun",
+            "0e": "0: there is no wire type 6",
+            "10 ff ff ff ff ff ff ff ff ff ff 01": "1: a number is longer than 10 bytes",
+            "08 01 1d 01": "3: the message ends too early, bytes missing: 3",
+        }
+        frames = {frame("Dial", bytes.fromhex(data)): f"Malformed at byte {said}"
+                  for data, said in dials.items()}
+        frames |= {
+            b"VM\0\4\0\0": "The frame ends inside its header",
+            frame("", b""): "The frame names no type",
+            frame("Dial", b"") + b"x": "The frame should have 12 bytes and has 13",
+            frame("Dials", b""): "The schema has no type Dials",
+        }
+        packets = dissect(capture(*map(packet, frames)))
+        for values, said in zip(packets, frames.values()):
+            self.assertEqual(values["_ws.expert.message"], [said])
+        dial = packet(frame("Dial", bytes.fromhex("08 01 10 01 1a 01 31 20 00")))
+        kept = [UDP_HEADERS + 7, UDP_HEADERS + 12 + 3]
+        self.assertEqual(
+            [values["_ws.expert.message"] for values in dissect(capture(dial, dial, kept=kept))],
+            [["The capture ends inside the frame's header"],
+             ["The capture holds 3 of the message's 9 bytes"]])
 
     def test_numbers_and_lists_as_a_receiver_reads_them(self):
         values = dissect_one("NoResultResponse",
@@ -292,6 +316,7 @@ class Dissector(unittest.TestCase):
         self.assertEqual(values["virtual_modem.RepeatUintResultIndication.result"],
                          ["7", "1", "4294967295"])
         for number, shown in [("80 80 80 80 10", "1"), ("80 80 80 80 80 81 00", "1"),
+                              ("80 80 80 80 80 80 80 80 80 01", "1"),
                               ("80 80 80 80 80 80 80 80 80 02", "0")]:
             values = dissect_one("BoolParmRequest", f"08 00 10 00 18 {number}")
             self.assertEqual(values["virtual_modem.BoolParmRequest.parm"], [shown])
@@ -311,6 +336,37 @@ class Dissector(unittest.TestCase):
             "BoolParmRequest to modem (call state changed) platformtype=QCOM serial=-2147483648 "
             "parm=true",
             "NoParmRequest to modem (operation 77)"])
+
+    def test_the_tree(self):
+        file = capture(
+            packet(frame("Dial", bytes.fromhex("08 01 10 07 1a 01 31 20 63"), 8)),
+            packet(frame("NoResultResponse", bytes.fromhex("08 01 10 07 18 00 70 00")), MODEM,
+                   TELEPHONY),
+            packet(frame("Dials", b"")), packet(frame("Dial", b"\x08")), times=[0, 2000, 3000, 4000])
+        lines = [line.strip() for line in run_tshark(file, "-2", "-V", "-O", "virtual_modem").split("\n")
+                 if re.match("Virtual modem| +[^ [[]| +\\[(Expert|Re|Serial|Error)", line)]
+        self.assertEqual(lines, [
+            "Virtual modem, Dial, serial 7", "Operation: IMS call (8)", "Length of type name: 4",
+            "Length of message: 9", "Type: Dial", "Dial", "platformtype: QCOM (1)", "serial: 7",
+            "address: 1", "clir: Unknown (99)", "[Expert Info (Warning/Protocol): 99 is not declared in "
+            "Clir: a receiver takes the field for absent]",
+            "[Expert Info (Warning/Protocol): required Dial.clir is missing]", "[Serial: 7]",
+            "[Response in: 2]",
+            "Virtual modem, NoResultResponse, serial 7", "Operation: by type (0)",
+            "Length of type name: 16", "Length of message: 8", "Type: NoResultResponse",
+            "NoResultResponse", "platformtype: QCOM (1)", "serial: 7", "error: RADIO_E_SUCCESS (0)",
+            "Unknown field 14, varint, 2 bytes",
+            "[Expert Info (Note/Undecoded): NoResultResponse has no field 14]", "[Serial: 7]",
+            "[Request in: 1]", "[Response time: 0.002000000 seconds]", "[Error: RADIO_E_SUCCESS (0)]",
+            "Virtual modem, Dials", "Operation: by type (0)", "Length of type name: 5",
+            "Length of message: 0", "Type: Dials",
+            "[Expert Info (Warning/Undecoded): The schema has no type Dials]",
+            "Virtual modem, Dial", "Operation: by type (0)", "Length of type name: 4",
+            "Length of message: 1", "Type: Dial", "Dial", "[Expert Info (Error/Malformed): Malformed at "
+            "byte 1: the message ends too early, bytes missing: 1]"])
+
+    def test_what_is_no_frame_is_left_to_others(self):
+        self.assertEqual(dissect(capture(packet(b"else")))[0]["data.len"], ["4"])
 
     def test_text_is_no_terminal_command(self):
         not_utf8 = b"\xff\xc0\x80\xed\xa0\x80\xe0\x80\x80\xf0\x80\x80\x80\xf4\x90\x80\x80"
@@ -361,6 +417,13 @@ class Dissector(unittest.TestCase):
         output, _ = run_wireshark(files, "sh", "-c", 'sed "s,HERE,$PWD," | sharkd -', told=told)
         answers = [json.loads(line)["result"] for line in output.splitlines() if line[:1] == "{"]
         self.assertEqual([len(answers[1]), answers[3]], [1, []])
+
+    def test_the_script_as_it_is_written_names_the_one_to_load(self):
+        source = (TESTS.parent / "tools/wireshark/virtual_modem.lua").read_bytes()
+        _, errors = run_wireshark({"source.lua": source, "capture.pcap": capture()}, "tshark", "-n",
+                                  "-r", "capture.pcap", "-X", "lua_script:source.lua")
+        self.assertIn("this script has no schema; load share/virtual-modem-protos/wireshark/"
+                      "virtual_modem.lua of a build or an installation\n", errors)
 
     def test_it_may_be_loaded_twice(self):
         run_tshark(capture(), "-X", "lua_script:virtual_modem.lua")
