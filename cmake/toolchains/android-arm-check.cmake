@@ -13,8 +13,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 include(${CMAKE_CURRENT_LIST_DIR}/armeabi-v7a.cmake)
 set(CMAKE_CXX_FLAGS_INIT "${VIRTUAL_MODEM_ARMEABI_V7A_FLAGS} -no-canonical-prefixes -nostdinc++")
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES
-  /usr/lib/llvm-19/include/c++/v1
   ${CMAKE_CURRENT_LIST_DIR}/../android/include
+  /usr/lib/llvm-19/include/wasm32-wasi/c++/v1
   /usr/arm-linux-gnueabi/include
   /usr/include/android)
 
