@@ -16,6 +16,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import urllib.error
 import urllib.request
 
@@ -95,9 +96,20 @@ class Browser:
     def open(self, url):
         self._send("POST", "/url", {"url": "about:blank"})  # Else a new anchor reloads nothing.
         self._send("POST", "/url", {"url": url})
+        # chromedriver may come back while style and scripts are still on their way.
+        there = self.run_until("return [location.href, document.readyState]", [url, "complete"])
+        if there != [url, "complete"]:
+            raise OSError(f"{url} does not load; there is {there[0]}, {there[1]}")
 
     def run(self, script, *arguments):
         return self._send("POST", "/execute/sync", {"script": script, "args": arguments})
+
+    def run_until(self, script, wanted):
+        """Runs it until it returns what is wanted, for 30 seconds at most. Gives the last result."""
+        end = time.monotonic() + 30
+        while (result := self.run(script)) != wanted and time.monotonic() < end:
+            time.sleep(0.05)
+        return result
 
     def run_async(self, script, *arguments):
         """Runs a script that hands its result to a function, its last argument."""
@@ -187,7 +199,7 @@ def check_keys(chromium, start):
     chromium.press("/Hangup")
     wanted = chromium.run("return document.querySelectorAll('#results a')[1]?.href")
     chromium.press([ARROW_DOWN, ENTER])
-    at = chromium.run("return location.href")
+    at = chromium.run_until("return location.href", wanted)
     return [] if wanted and at == wanted else [f"keys lead to {at}, not to {wanted}"]
 
 
