@@ -48,6 +48,12 @@ function(virtual_modem_tune_shared_library target)
     target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
   endif()
 
+  # What no library defines fails this link, not the one of a caller. clang's sanitizers define their
+  # entry points in the executable only.
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_link_options(${target} PRIVATE LINKER:-z,defs)
+  endif()
+
   if(VIRTUAL_MODEM_DEVICE)
     virtual_modem_platform_flags(${target})
   endif()

@@ -18,6 +18,7 @@ import pathlib
 import re
 import subprocess
 import sys
+import time
 
 # What a block exports, and the folder it changes to, hold for those that follow.
 PRELUDE = """
@@ -87,6 +88,7 @@ def main() -> None:
 
     counts: collections.Counter[str] = collections.Counter()
     skipped: collections.Counter[str] = collections.Counter()
+    start = time.monotonic()
     for page in options.pages:
         run(f"cd {options.folder}")
         for block in blocks_of(page, (outside / page).read_text(encoding="utf-8")):
@@ -104,7 +106,7 @@ def main() -> None:
             elif kind == "not run":
                 skipped[argument] += 1
             else:
-                print(f"documentation: {block.place}", flush=True)
+                print(f"documentation: {block.place} ({time.monotonic() - start:.0f}s)", flush=True)
                 counts["run"] += 1
                 if block.language == "sh":
                     done = run("set -eo pipefail\n" + text, stdout=subprocess.PIPE,

@@ -1,0 +1,3 @@
+// Calls what no library defines.
+void Nowhere();
+void Somewhere() { Nowhere(); }
