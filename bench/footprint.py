@@ -67,7 +67,8 @@ def main() -> None:
             libraries[name] = pathlib.Path(folder) / str(len(libraries)) / original.name
             libraries[name].parent.mkdir()
             run("strip", "-o", libraries[name], original)
-            for runtime in original.parent.glob("libprotobuf*"):
+            # A runtime that was built along stands in the folder above.
+            for runtime in original.parents[1].glob("libprotobuf*"):
                 run("strip", "-o", libraries[name].parent / runtime.name, runtime)
         facts = {name: inspect(path) for name, path in libraries.items()}
         times = load_times(bench, libraries)

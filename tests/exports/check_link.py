@@ -1,10 +1,12 @@
 #!/usr/bin/python3
 """Holds a library to what its compiler and linker flags are for.
 
-Usage: check_link.py LIBRARY SONAME [--packed] [--no-stubs] [--nothing-at-exit] [--no-exceptions]
+Usage: check_link.py LIBRARY SONAME [--packed] [--no-stubs] [--nothing-at-start] [--nothing-at-exit]
+    [--no-exceptions]
 
 The options name what holds of some builds or libraries only: relocations are packed, no call goes
-through a stub, no destructor is left for the end of the process, no exception passes through.
+through a stub, no static initializer runs, no destructor is left for the end of the process, no
+exception passes through.
 """
 import argparse
 import re
@@ -21,7 +23,8 @@ def main() -> None:
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument("library")
     parser.add_argument("soname")
-    for flag in ("--packed", "--no-stubs", "--nothing-at-exit", "--no-exceptions"):
+    for flag in ("--packed", "--no-stubs", "--nothing-at-start", "--nothing-at-exit",
+                 "--no-exceptions"):
         parser.add_argument(flag, action="store_true")
     # CMake hands on, from 3.31, an empty word for an option that the build does not have.
     options = parser.parse_args(list(filter(None, sys.argv[1:])))
@@ -57,6 +60,9 @@ def main() -> None:
         expect("RELR" in tags, "relocations are not packed")
     if options.no_stubs:
         faults += [f"called through a stub: {name}" for kind, name in slots if "JUMP_SLO" in kind]
+    if options.nothing_at_start:  # One entry is the compiler's own start code.
+        size = re.search(r"\(INIT_ARRAYSZ\) +(\d+)", dynamic)
+        expect(size is None or int(size[1]) <= 8, "static initializers run")
     if options.nothing_at_exit:
         expect("__cxa_atexit" not in undefined, "something is left to do at exit")
     if options.no_exceptions:
