@@ -9,7 +9,8 @@ called: a core file will do. Compile the program with -g; the compiler leaves th
 information of the library. Where there is none, compile with -g -femit-class-debug-always (clang: -g
 -fstandalone-debug). Strings are read as the C++ library of g++ has them.
 """
-import gdb
+import types
+
 import gdb.printing
 import gdb.types
 
@@ -19,17 +20,11 @@ ALWAYS = "-femit-class-debug-always (clang: -fstandalone-debug)"
 POINTER_TAGS = 3  # the low bits of the runtime's pointers to strings and to unknown fields
 
 
-def shown() -> bool:
-    return bool(gdb.convenience_variable("show_subscriber_data"))
-
-
 def string(address: int, hidden: bool) -> str:
     value = gdb.Value(address & ~POINTER_TAGS).cast(gdb.lookup_type("std::string").pointer())
     size = int(value["_M_string_length"])
-    if hidden:
-        return f"<{size} bytes>"
-    if size == 0:
-        return '""'
+    if hidden or size == 0:
+        return f"<{size} bytes>" if hidden else '""'
     return value["_M_dataplus"]["_M_p"].lazy_string(length=size).value().format_string()
 
 
@@ -73,10 +68,9 @@ def message(value: gdb.Value) -> str:
     lists = {member for member in members if "::Repeated" in members[member]}
     # The runtime's compiler numbers presence bits as it lays out the members that are not repeated.
     bits = {member: bit for bit, member in enumerate(m for m in members if m not in lists)}
-    words = []
-    for field, how in FIELDS[name].items():
-        member = field + "_"
-        how = (how[0], how[1] and not shown())
+    words, masked = [], not gdb.convenience_variable("show_subscriber_data")
+    for field, (enumeration, subscriber_data) in FIELDS[name].items():
+        member, how = field + "_", (enumeration, subscriber_data and masked)
         try:
             if member in lists:
                 if int(data[member]["current_size_"]):
@@ -85,29 +79,21 @@ def message(value: gdb.Value) -> str:
                 words.append(f"{field} = {single(data[member], *how)}")
         except gdb.error as error:
             words.append(f"{field} = <{error}>")
-    return f"{name} {{{', '.join(words + unknown(value))}}}"
+    return f"{name} {{{', '.join(words + unknown(value, masked))}}}"
 
 
-def unknown(value: gdb.Value) -> list[str]:
+def unknown(value: gdb.Value, hidden: bool) -> list[str]:
     """The unknown fields: the message's second word leads to the arena's address and this string."""
     word = gdb.lookup_type("void").pointer()
     tagged = int(value.address.cast(word.pointer())[1])
-    if not tagged & 1:
-        return []
-    return [f"unknown fields = {string((tagged & ~POINTER_TAGS) + word.sizeof, not shown())}"]
+    text = (tagged & ~POINTER_TAGS) + word.sizeof
+    return [f"unknown fields = {string(text, hidden)}"] if tagged & 1 else []
 
 
-class Printer:
-    def __init__(self, value: gdb.Value):
-        self.value = value
-
-    def to_string(self) -> str:
-        return message(self.value)
-
-
-def virtual_modem(value: gdb.Value) -> Printer | None:
+def virtual_modem(value: gdb.Value) -> types.SimpleNamespace | None:
     name = value.type.unqualified().strip_typedefs().name
-    return Printer(value) if name and name.replace("::", ".") in FIELDS else None
+    known = name and name.replace("::", ".") in FIELDS
+    return types.SimpleNamespace(to_string=lambda: message(value)) if known else None
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), virtual_modem, replace=True)
