@@ -31,6 +31,10 @@ set_target_properties(libprotobuf-lite PROPERTIES
     "$<BUILD_INTERFACE:${protobuf_SOURCE_DIR}/src>;$<INSTALL_INTERFACE:${runtime_include_dir}>"
   INTERFACE_LINK_LIBRARIES Threads::Threads)
 virtual_modem_tune_shared_library(libprotobuf-lite)
+if(ANDROID)
+  # It takes names from the platform that no stub of the check has.
+  target_link_options(libprotobuf-lite PRIVATE LINKER:-z,undefs)
+endif()
 virtual_modem_install_library(libprotobuf-lite runtime)
 if(VIRTUAL_MODEM_INSTALL)
   foreach(_header IN LISTS libprotobuf_lite_includes ITEMS
