@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "check.h"
-#include "inspect/commands.h"
+#include "inspect/commands/commands.h"
 #include "inspect/error.h"
 
 namespace virtual_modem::inspect {

@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "check.h"
-#include "inspect/encode.h"
-#include "inspect/findings.h"
-#include "inspect/json.h"
-#include "inspect/redact.h"
-#include "inspect/schema.h"
+#include "inspect/commands/encode.h"
+#include "inspect/examine/findings.h"
+#include "inspect/examine/redact.h"
+#include "inspect/schema/schema.h"
+#include "inspect/show/json.h"
 #include "text/print.h"
 #include "text/walk.h"
 

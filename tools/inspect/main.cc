@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "inspect/commands.h"
+#include "inspect/commands/commands.h"
 #include "inspect/error.h"
-#include "inspect/terminal.h"
+#include "inspect/show/terminal.h"
 
 namespace virtual_modem::inspect {
 namespace {

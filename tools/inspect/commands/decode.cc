@@ -1,0 +1,105 @@
+// decode: bytes in, text or JSON out, and beneath it what the message does not say by itself.
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "inspect/commands/commands.h"
+#include "inspect/error.h"
+#include "inspect/examine/findings.h"
+#include "inspect/show/output.h"
+#include "inspect/show/printer.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+// Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error,
+// behind the heading.
+void PrintFindings(const Findings& findings, const DecodeOptions& options, bool shown,
+                   const std::string& heading, Output& out) {
+  if (findings.empty()) return;
+  // Findings quote numbers, which may be subscriber data of the type that the bytes are of.
+  const std::string lines =
+      shown ? findings.Lines()
+            : "# not shown, as it does not fit the type: " + findings.Summary() + "\n";
+  if (options.json) {
+    out.Flush();
+    std::cerr << heading << lines;
+  } else {
+    out.Append(lines);
+  }
+}
+
+std::string Refused(const Findings& findings, bool shown, const std::string& type) {
+  return (shown ? "not a valid " : "not shown, as it does not fit ") + type + " (" +
+         findings.Summary() + ")" +
+         (shown ? "" : "; --trust-type masks it all the same, and shows what is another type's");
+}
+
+Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
+                    const DecodeOptions& options, Output& out) {
+  DelimitedReader reader(stream);
+  Progress progress(stream);
+  stream.BeforeWait([&out] { out.Flush(); });
+  std::int64_t count = 0;
+  std::int64_t refused = 0;
+  std::int64_t hidden = 0;
+  while (reader.Next()) {
+    if (!options.json) {
+      out.Append("# message ").Append(count).Append(" at byte ").Append(reader.offset());
+      out.Append(", ").Append(static_cast<std::int64_t>(reader.size())).Append(" bytes\n");
+    }
+    const Findings findings = printer.Print(type, reader.bytes());
+    if (options.json && printer.shown()) out.Append("\n");
+    if (!findings.empty()) {
+      PrintFindings(findings, options, printer.shown(),
+                    "# message " + std::to_string(count) + " at byte " +
+                        std::to_string(reader.offset()) + ", " + std::to_string(reader.size()) +
+                        " bytes\n",
+                    out);
+      if (!findings.acceptable()) ++refused;
+      if (!printer.shown()) ++hidden;
+    }
+    if (reader.cut()) {
+      throw Error(stream.name() + ": the stream ends within message " + std::to_string(count));
+    }
+    ++count;
+    progress.Show();
+  }
+  if (refused == 0 && hidden == 0) return kOk;
+  std::string why = std::to_string(refused) + " of " + std::to_string(count) +
+                    " messages are malformed or incomplete";
+  if (hidden != 0)
+    why = std::to_string(hidden) + " of " + std::to_string(count) +
+          " messages are not shown, as they do not fit " + options.type;
+  throw Error(stream.name() + ": " + why);
+}
+
+}  // namespace
+
+Status DecodeCommand(Schema& schema, const DecodeOptions& options) {
+  const unsigned type = schema.IndexOf(schema.GetMessage(options.type));
+  Output out;
+  Printer printer(
+      schema,
+      {options.json, options.redact, options.trust_type ? Misfit::kTrust : Misfit::kHide,
+       options.json && options.delimited},
+      out);
+  const Source& source = options.source;
+  const bool as_is = source.from == Encoding::kBinary || source.from == Encoding::kAuto;
+  if (options.delimited && as_is && source.hex.empty()) {
+    ByteStream stream(source.file);
+    return DecodeStream(printer, type, stream, options, out);
+  }
+  const std::string bytes = ReadBytes(source);
+  if (options.delimited) {
+    ByteStream stream(bytes, DisplayName(source));
+    return DecodeStream(printer, type, stream, options, out);
+  }
+  const Findings findings = printer.Print(type, bytes);
+  if (options.json && printer.shown()) out.Append("\n");
+  PrintFindings(findings, options, printer.shown(), "", out);
+  if (findings.acceptable() && printer.shown()) return kOk;
+  throw Error(DisplayName(source) + ": " + Refused(findings, printer.shown(), options.type));
+}
+
+}  // namespace virtual_modem::inspect

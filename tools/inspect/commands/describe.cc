@@ -1,0 +1,339 @@
+// describe and list: the schema with its comments, for people.
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "inspect/commands/commands.h"
+#include "inspect/error.h"
+#include "inspect/read/hex.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::EnumValueDescriptor;
+
+// The first sentence of its comment, or sentence part.
+template <typename Declaration>
+std::string Headline(const Declaration& declaration) {
+  const std::string comment = Comment(declaration);
+  return comment.substr(0, comment.find_first_of(".;:"));
+}
+
+std::string VarintBytes(std::uint64_t value) {
+  std::string bytes(10, '\0');
+  auto* data = reinterpret_cast<std::uint8_t*>(bytes.data());
+  const std::uint8_t* end =
+      google::protobuf::io::CodedOutputStream::WriteVarint64ToArray(value, data);
+  return ToHex(bytes.substr(0, static_cast<std::size_t>(end - data)));
+}
+
+// The bytes before each value of the field, in hex.
+std::string TagBytes(const FieldDescriptor& field) {
+  return VarintBytes(google::protobuf::internal::WireFormat::MakeTag(&field));
+}
+
+std::string TypeName(const FieldDescriptor& field) {
+  if (field.message_type() != nullptr) return field.message_type()->full_name();
+  if (field.enum_type() != nullptr) return field.enum_type()->full_name();
+  return field.type_name();
+}
+
+const char* Label(const FieldDescriptor& field) {
+  if (field.is_required()) return "required";
+  return field.is_repeated() ? "repeated" : "optional";
+}
+
+// The declaration as the schema has it, with tag and comment.
+void PrintFieldLine(const FieldDescriptor& field) {
+  std::cout << "  " << Label(field) << ' ' << TypeName(field) << ' ' << field.name() << " = "
+            << field.number() << "  tag " << TagBytes(field) << '\n';
+  const std::string comment = Comment(field);
+  if (!comment.empty()) std::cout << "      " << comment << '\n';
+}
+
+void PrintMessage(const Schema& schema, const Descriptor& type) {
+  std::cout << "message " << type.full_name() << "  (unit " << UnitOf(*type.file()) << ")\n  "
+            << Comment(type) << '\n';
+  for (const Descriptor* other : schema.messages()) {
+    if (other != &type && SameLayout(*other, type)) {
+      std::cout << "  Same bytes as " << other->full_name() << ".\n";
+    }
+  }
+  std::cout << '\n';
+  for (int i = 0; i < type.field_count(); ++i) PrintFieldLine(*type.field(i));
+}
+
+void PrintField(const FieldDescriptor& field) {
+  std::cout << "field " << field.full_name() << '\n';
+  PrintFieldLine(field);
+}
+
+void PrintEnum(const Schema& schema, const EnumDescriptor& type) {
+  std::cout << "enum " << type.full_name() << "  (unit " << UnitOf(*type.file()) << ")\n  "
+            << Comment(type) << '\n';
+  for (const Descriptor* message : schema.messages()) {
+    for (int i = 0; i < message->field_count(); ++i) {
+      const FieldDescriptor& field = *message->field(i);
+      if (field.enum_type() == &type) std::cout << "  Type of " << field.full_name() << ".\n";
+    }
+  }
+  std::cout << '\n';
+  for (int i = 0; i < type.value_count(); ++i) {
+    const EnumValueDescriptor& value = *type.value(i);
+    std::cout << "  " << value.number() << "  " << value.name() << "  " << Comment(value) << '\n';
+  }
+}
+
+void PrintValue(const EnumValueDescriptor& value) {
+  std::cout << value.type()->name() << ": " << value.name() << " = " << value.number()
+            << "  on the wire " << VarintBytes(static_cast<std::uint64_t>(value.number())) << '\n';
+  const std::string comment = Comment(value);
+  if (!comment.empty()) std::cout << "      " << comment << '\n';
+}
+
+// Decimal or 0x hex, with or without a sign.
+std::optional<std::int32_t> ParseNumber(std::string_view text) {
+  const bool negative = !text.empty() && text.front() == '-';
+  if (negative) text.remove_prefix(1);
+  const bool hex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
+  if (hex) text.remove_prefix(2);
+  std::uint32_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number, hex ? 16 : 10);
+  if (text.empty() || result.ec != std::errc() || result.ptr != end) return std::nullopt;
+  const std::int64_t value = negative ? -std::int64_t{number} : std::int64_t{number};
+  if (value < INT32_MIN || value > INT32_MAX) return std::nullopt;
+  return static_cast<std::int32_t>(value);
+}
+
+// A number as an enumeration has it on the wire, in hex.
+std::optional<std::int32_t> ParseWireNumber(const std::string& text) {
+  std::string bytes;
+  std::string ignored;
+  if (ParseHex(text, bytes, ignored, ignored) != HexResult::kRead || bytes.empty()) {
+    return std::nullopt;
+  }
+  google::protobuf::io::CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                            static_cast<int>(bytes.size()));
+  std::uint64_t value = 0;
+  if (!in.ReadVarint64(&value) || in.CurrentPosition() != static_cast<int>(bytes.size())) {
+    return std::nullopt;
+  }
+  return static_cast<std::int32_t>(value);
+}
+
+bool DescribeNumber(const Schema& schema, std::int32_t number) {
+  bool found = false;
+  for (const EnumDescriptor* type : schema.enums()) {
+    const EnumValueDescriptor* value = type->FindValueByNumber(number);
+    if (value == nullptr) continue;
+    PrintValue(*value);
+    found = true;
+  }
+  return found;
+}
+
+// A path such as IccCardStatusResponse.cardstatus.base or, as findings have it, calls[0].number
+// behind its type.
+const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
+  for (std::size_t open = path.find('['); open != std::string::npos; open = path.find('[')) {
+    const std::size_t close = path.find(']', open);
+    if (close == std::string::npos) return nullptr;
+    path.erase(open, close - open + 1);
+  }
+  // The type may have a package, with dots of its own.
+  for (std::size_t dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
+    const Descriptor* type = schema.FindMessage(path.substr(0, dot));
+    if (type == nullptr) continue;
+    const FieldDescriptor* field = nullptr;
+    std::istringstream steps(path.substr(dot + 1));
+    for (std::string step; std::getline(steps, step, '.');) {
+      field = type != nullptr ? type->FindFieldByName(step) : nullptr;
+      if (field == nullptr) return nullptr;
+      type = field->message_type();
+    }
+    return field;
+  }
+  return nullptr;
+}
+
+// A field name without its message, or a value name: in any message or enumeration.
+bool DescribeBareName(const Schema& schema, const std::string& name) {
+  bool found = false;
+  for (const Descriptor* message : schema.messages()) {
+    const FieldDescriptor* field = message->FindFieldByName(name);
+    if (field == nullptr) continue;
+    PrintField(*field);
+    found = true;
+  }
+  for (const EnumDescriptor* type : schema.enums()) {
+    const EnumValueDescriptor* value = type->FindValueByName(name);
+    if (value == nullptr) continue;
+    PrintValue(*value);
+    found = true;
+  }
+  return found;
+}
+
+bool DescribeName(const Schema& schema, const std::string& name) {
+  if (const Descriptor* message = schema.FindMessage(name)) {
+    PrintMessage(schema, *message);
+  } else if (const EnumDescriptor* type = schema.FindEnum(name)) {
+    PrintEnum(schema, *type);
+  } else if (const FieldDescriptor* field = FindPath(schema, name)) {
+    PrintField(*field);
+  } else {
+    return DescribeBareName(schema, name);
+  }
+  return true;
+}
+
+// The enumerations that a word of a log can mean: by their own name or that of a field, or by a
+// part of either when the word alone has no such value.
+std::vector<const EnumDescriptor*> FindEnums(
+    const Schema& schema, const std::string& name,
+    const std::function<bool(const EnumDescriptor&)>& fits) {
+  if (const EnumDescriptor* type = schema.FindEnum(name)) return {type};
+  if (const FieldDescriptor* field = FindPath(schema, name)) {
+    if (field->enum_type() != nullptr) return {field->enum_type()};
+    return {};
+  }
+  std::vector<const EnumDescriptor*> exact;
+  std::vector<const EnumDescriptor*> part;
+  const auto add = [](std::vector<const EnumDescriptor*>& types, const EnumDescriptor* type) {
+    if (std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
+  };
+  const std::string wanted = Lower(name);
+  for (const EnumDescriptor* type : schema.enums()) {
+    if (Lower(type->name()).find(wanted) != std::string::npos) add(part, type);
+  }
+  for (const Descriptor* message : schema.messages()) {
+    for (int i = 0; i < message->field_count(); ++i) {
+      const FieldDescriptor& field = *message->field(i);
+      if (field.enum_type() == nullptr) continue;
+      if (field.name() == wanted) add(exact, field.enum_type());
+      if (field.name().find(wanted) != std::string::npos) add(part, field.enum_type());
+    }
+  }
+  const bool found = std::any_of(exact.begin(), exact.end(),
+                                 [&](const EnumDescriptor* type) { return fits(*type); });
+  return found || part.empty() ? exact : part;
+}
+
+// A name with a value: cause 17, Dial.clir=2, error: RADIO_E_SIM_BUSY. False when there is no such
+// name; throws Error when the name has no such value.
+bool DescribePair(const Schema& schema, const std::string& name, const std::string& value) {
+  const std::optional<std::int32_t> number = ParseNumber(value);
+  const auto find = [&](const EnumDescriptor& type) {
+    return number ? type.FindValueByNumber(*number) : type.FindValueByName(value);
+  };
+  const std::vector<const EnumDescriptor*> types =
+      FindEnums(schema, name, [&](const EnumDescriptor& type) { return find(type) != nullptr; });
+  bool found = false;
+  std::vector<std::string> names;
+  for (const EnumDescriptor* type : types) {
+    const EnumValueDescriptor* which = find(*type);
+    if (which != nullptr) PrintValue(*which);
+    found = found || which != nullptr;
+    for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
+  }
+  if (found) return true;
+  if (types.size() == 1) {
+    throw Error(value + " is not a value of " + types.front()->full_name() +
+                (number ? "" : DidYouMean(value, names)));
+  }
+  if (!types.empty()) {
+    throw Error(value + " is a value of none of the " + std::to_string(types.size()) +
+                " enumerations that " + name + " can be" +
+                (number ? "" : DidYouMean(value, names)));
+  }
+  return DescribeName(schema, name);  // a field whose numbers have no names
+}
+
+void PrintOverview(const Schema& schema) {
+  const google::protobuf::FileDescriptor* unit = nullptr;
+  for (const Descriptor* message : schema.messages()) {
+    if (message->file() == unit) continue;
+    unit = message->file();
+    std::cout << UnitOf(*unit) << ": " << unit->message_type_count() << " messages, "
+              << unit->enum_type_count() << " enumerations\n";
+  }
+}
+
+// Those that the name given can be meant for: behind a dot a field of a message, else anything.
+std::vector<std::string> NamesLike(const Schema& schema, const std::string& name) {
+  const bool path = name.find('.') != std::string::npos;
+  std::vector<std::string> names;
+  for (const Descriptor* message : schema.messages()) {
+    names.push_back(message->name());
+    for (int i = 0; i < message->field_count(); ++i) {
+      const std::string& field = message->field(i)->name();
+      names.push_back(path ? message->name() + "." + field : field);
+    }
+  }
+  if (path) return names;
+  for (const EnumDescriptor* type : schema.enums()) {
+    names.push_back(type->name());
+    for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
+  }
+  return names;
+}
+
+}  // namespace
+
+Status DescribeCommand(const Schema& schema, const std::vector<std::string>& words) {
+  std::string what;
+  for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
+  if (what.empty()) {
+    PrintOverview(schema);
+    return kOk;
+  }
+  if (DescribeName(schema, what)) return kOk;
+  if (const auto number = ParseNumber(what)) {
+    if (DescribeNumber(schema, *number)) return kOk;
+    throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
+                " enumerations");
+  }
+  const auto wire_number = ParseWireNumber(what);
+  if (wire_number && DescribeNumber(schema, *wire_number)) return kOk;
+  constexpr std::string_view kBetween = " =:,;";
+  const std::string name = what.substr(0, what.find_first_of(kBetween));
+  const std::size_t begin = what.find_first_not_of(kBetween, name.size());
+  const std::size_t end = what.find_last_not_of(kBetween) + 1;
+  if (begin < end && !name.empty() && DescribePair(schema, name, what.substr(begin, end - begin))) {
+    return kOk;
+  }
+  const std::string unknown = begin < end ? name : what;
+  throw Error("nothing is called " + unknown + DidYouMean(unknown, NamesLike(schema, unknown)));
+}
+
+Status ListCommand(const Schema& schema, const std::string& what) {
+  const auto print = [](const auto& declaration) {
+    std::cout << declaration.full_name() << "  " << UnitOf(*declaration.file()) << "  "
+              << Headline(declaration) << '\n';
+  };
+  if (what == "enums" || what == "values") {
+    for (const EnumDescriptor* type : schema.enums()) {
+      if (what == "enums") print(*type);
+      for (int i = 0; what == "values" && i < type->value_count(); ++i) print(*type->value(i));
+    }
+  } else {
+    for (const Descriptor* type : schema.messages()) {
+      if (what == "messages") print(*type);
+      for (int i = 0; what == "fields" && i < type->field_count(); ++i) print(*type->field(i));
+    }
+  }
+  return kOk;
+}
+
+}  // namespace virtual_modem::inspect

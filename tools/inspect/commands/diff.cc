@@ -1,0 +1,190 @@
+// diff: two messages of one type, field by field, or two recordings, message by message.
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/io/printer.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/util/message_differencer.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "inspect/commands/commands.h"
+#include "inspect/error.h"
+#include "inspect/examine/findings.h"
+#include "inspect/examine/glance.h"
+#include "inspect/examine/redact.h"
+#include "inspect/read/traffic.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::util::MessageDifferencer;
+
+// Tells which fields differ, but of subscriber data only that it does.
+class RedactingReporter : public MessageDifferencer::StreamReporter {
+ public:
+  RedactingReporter(const Schema& schema, google::protobuf::io::Printer* printer)
+      : StreamReporter(printer), schema_(schema) {}
+
+ protected:
+  void PrintValue(const Message& message,
+                  const std::vector<MessageDifferencer::SpecificField>& path,
+                  bool left_side) override {
+    const FieldDescriptor* field = path.back().field;
+    if (field == nullptr || schema_.IsSubscriberData(*field)) {
+      Print("(redacted)");
+    } else if (field->message_type() != nullptr) {
+      const std::unique_ptr<Message> masked(message.New());
+      masked->CopyFrom(message);
+      Redact(schema_, *masked);
+      StreamReporter::PrintValue(*masked, path, left_side);
+    } else {
+      StreamReporter::PrintValue(message, path, left_side);
+    }
+  }
+
+ private:
+  const Schema& schema_;
+};
+
+// Appends what differs; true when nothing does.
+bool Compare(const Schema& schema, const Message& left, const Message& right, bool redact,
+             std::string& report) {
+  google::protobuf::io::StringOutputStream stream(&report);
+  google::protobuf::io::Printer printer(&stream, '$');
+  MessageDifferencer::StreamReporter plain(&printer);
+  RedactingReporter redacting(schema, &printer);
+  MessageDifferencer differencer;
+  differencer.ReportDifferencesTo(redact ? &redacting : &plain);
+  return differencer.Compare(left, right);
+}
+
+std::unique_ptr<Message> Read(Schema& schema, const std::string& path, const DiffOptions& options) {
+  std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(options.type));
+  const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.from, ""}), *message);
+  if (findings.count(Findings::kMalformed) != 0) {
+    throw Error(DisplayName(path) + ": not a valid " + options.type + " (" + findings.Summary() +
+                ")");
+  }
+  if (options.redact && !options.trust_type && findings.misfit()) {
+    throw Error(DisplayName(path) + ": not shown, as it does not fit " + options.type + " (" +
+                findings.Summary() + "); --trust-type compares it all the same");
+  }
+  return message;
+}
+
+// A message of a recording, which its type, its serial and how many such there were before it tell
+// from the others.
+struct Recorded {
+  std::string title;
+  const TypeInfo* type;
+  std::int64_t number;
+  std::string bytes;
+};
+
+// Calls take(key, recorded) for each message of a capture, a log or a stream of one type.
+template <typename Take>
+void ReadRecording(const Schema& schema, const std::string& path, const DiffOptions& options,
+                   const Take& take) {
+  std::unordered_map<std::string, int> seen;
+  const auto found = [&](const TypeInfo* type, std::string_view name, std::string_view way,
+                         std::int64_t number, std::string_view bytes) {
+    std::string title(name);
+    if (type != nullptr) {
+      const Glance glance = TakeGlance(schema, *type, bytes, nullptr);
+      if (glance.serial) title += " #" + std::to_string(*glance.serial);
+    }
+    std::string key = title;
+    key += way;
+    key += " " + std::to_string(seen[key]++);
+    take(key, Recorded{title, type, number, std::string(bytes)});
+  };
+  ByteStream stream(path);
+  if (options.delimited) {
+    const TypeInfo* type = schema.FindType(schema.GetMessage(options.type).full_name());
+    DelimitedReader reader(stream);
+    for (std::int64_t number = 0; reader.Next(); ++number) {
+      found(type, type->type->full_name(), "", number, reader.bytes());
+    }
+    return;
+  }
+  const std::unique_ptr<Traffic> traffic = OpenTraffic(schema, stream);
+  Record record;
+  bool any = false;
+  while (traffic->Next(record)) {
+    any = true;
+    found(record.type, record.name, record.direction == Direction::kToModem ? ">" : "<",
+          record.number, record.bytes);
+  }
+  if (!any) throw Error(stream.name() + ": no message in it (two messages need their TYPE)");
+}
+
+// How two messages of one place differ, as far as it may be shown.
+std::string Difference(Schema& schema, const Recorded& left, const Recorded& right, bool redact) {
+  std::string report;
+  if (left.bytes == right.bytes) return report;
+  if (left.type == nullptr) return "modified: bytes of a type that the schema does not have\n";
+  const std::unique_ptr<Message> a = schema.NewMessage(*left.type->type);
+  const std::unique_ptr<Message> b = schema.NewMessage(*left.type->type);
+  const Findings in_left = ParseAndCheck(schema, left.bytes, *a);
+  const Findings in_right = ParseAndCheck(schema, right.bytes, *b);
+  if (redact && (in_left.misfit() || in_right.misfit())) {
+    return "modified: (redacted, as the bytes do not fit the type)\n";
+  }
+  if (Compare(schema, *a, *b, redact, report))
+    report = "modified: other bytes of the same fields\n";
+  return report;
+}
+
+Status DiffRecordings(Schema& schema, const DiffOptions& options) {
+  std::unordered_map<std::string, Recorded> lefts;
+  std::vector<std::string> order;
+  ReadRecording(schema, options.left, options, [&](const std::string& key, Recorded recorded) {
+    lefts.emplace(key, std::move(recorded));
+    order.push_back(key);
+  });
+  bool equal = true;
+  ReadRecording(schema, options.right, options, [&](const std::string& key, const Recorded& right) {
+    const auto left = lefts.find(key);
+    if (left == lefts.end()) {
+      std::cout << "# only right: " << right.title << ", message " << right.number << '\n';
+      equal = false;
+      return;
+    }
+    const std::string report = Difference(schema, left->second, right, options.redact);
+    if (!report.empty()) {
+      std::cout << "# " << right.title << ", message " << left->second.number << " and "
+                << right.number << '\n'
+                << report;
+      equal = false;
+    }
+    lefts.erase(left);
+  });
+  for (const std::string& key : order) {
+    const auto left = lefts.find(key);
+    if (left == lefts.end()) continue;
+    std::cout << "# only left: " << left->second.title << ", message " << left->second.number
+              << '\n';
+    equal = false;
+  }
+  return equal ? kOk : kDifferent;
+}
+
+}  // namespace
+
+Status DiffCommand(Schema& schema, const DiffOptions& options) {
+  if (options.redact) schema.RequireSubscriberData();
+  if (options.left == "-" && options.right == "-") throw Error("only one side can be read from -");
+  if (options.type.empty() || options.delimited) return DiffRecordings(schema, options);
+  const std::unique_ptr<Message> left = Read(schema, options.left, options);
+  const std::unique_ptr<Message> right = Read(schema, options.right, options);
+  std::string report;
+  const bool equal = Compare(schema, *left, *right, options.redact, report);
+  std::cout << report;
+  return equal ? kOk : kDifferent;
+}
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,127 @@
+// encode: text or JSON in, bytes out, after the same checks as decode makes.
+#include "inspect/commands/encode.h"
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/stubs/strutil.h>
+#include <google/protobuf/text_format.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "inspect/commands/commands.h"
+#include "inspect/error.h"
+#include "inspect/examine/findings.h"
+#include "inspect/read/capture.h"
+#include "inspect/read/hex.h"
+#include "inspect/show/file_to_write.h"
+#include "inspect/show/json.h"
+#include "inspect/show/skeleton.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::TextFormat;
+namespace io = google::protobuf::io;
+
+// Keeps the first error: the ones after it are mostly its consequences.
+class FirstError : public io::ErrorCollector {
+ public:
+  void AddError(int line, io::ColumnNumber column, const std::string& message) override {
+    if (!text_.empty()) return;
+    text_ = "line " + std::to_string(line + 1) + ", column " + std::to_string(column + 1) + ": " +
+            message;
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+std::string ToText(const std::string& bytes, Encoding encoding) {
+  std::string text;
+  switch (encoding) {
+    case Encoding::kHex:
+      return ToHex(bytes) + "\n";
+    case Encoding::kBase64:
+      google::protobuf::Base64Escape(bytes, &text);
+      return text + "\n";
+    default:
+      return bytes;
+  }
+}
+
+// A capture of one message that was sent now, in the direction of its kind.
+void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::string& path) {
+  using std::chrono::nanoseconds;
+  Record record;
+  record.time =
+      std::chrono::duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+          .count();
+  record.direction = type.kind == Kind::kRequest ? Direction::kToModem : Direction::kToTelephony;
+  record.name = type.type->full_name();
+  FileToWrite file(path);
+  CaptureWriter writer(file.get(), path);
+  writer.Write(record, bytes);
+  writer.Finish();
+  file.Keep();
+}
+
+}  // namespace
+
+std::string EncodeMessage(std::string_view source, bool json, Message& message) {
+  if (json) return JsonReader(*message.GetDescriptor()).Parse(source);
+  FirstError errors;
+  TextFormat::Parser parser;
+  parser.RecordErrorsTo(&errors);
+  parser.AllowPartialMessage(true);
+  if (!parser.ParseFromString(std::string(source), &message)) throw Error(errors.text());
+  return message.SerializePartialAsString();
+}
+
+Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
+  const Descriptor& type = schema.GetMessage(options.type);
+  if (options.skeleton) {
+    std::cout << Skeleton(type);
+    return kOk;
+  }
+  const std::unique_ptr<Message> message = schema.NewMessage(type);
+  const std::string name = DisplayName(options.file);
+  std::string bytes;
+  try {
+    bytes = EncodeMessage(ReadAll(options.file), options.json, *message);
+  } catch (const Error& error) {
+    throw Error(name + ": " + error.what());
+  }
+
+  const Findings findings = ParseAndCheck(schema, bytes, *message);
+  std::cerr << findings.Lines();
+  if (!findings.empty() && !options.partial) {
+    throw Error(name + ": not a valid " + options.type + " (" + findings.Summary() +
+                "); --partial writes it all the same");
+  }
+
+  if (bytes.size() > kMaxMessageBytes) throw Error(name + ": the message is over 16 MiB");
+  if (!options.capture.empty()) {
+    WriteCapture(*schema.FindType(type.full_name()), bytes, options.capture);
+    return kOk;
+  }
+  if (options.delimited) {
+    std::string length;
+    io::StringOutputStream stream(&length);
+    io::CodedOutputStream(&stream).WriteVarint32(static_cast<std::uint32_t>(bytes.size()));
+    bytes.insert(0, length);
+  }
+  Encoding to = options.to;
+  if (to == Encoding::kAuto) {
+    to = isatty(STDOUT_FILENO) != 0 ? Encoding::kHex : Encoding::kBinary;
+  }
+  std::cout << ToText(bytes, to);
+  return kOk;
+}
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,200 @@
+#include "inspect/examine/findings.h"
+
+#include <google/protobuf/descriptor.h>
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_set>
+
+#include "text/walk.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Reflection;
+
+constexpr std::size_t kMaxTexts = 100;
+
+// Such as "varint".
+const char* WireTypeName(text::WireType wire_type) {
+  switch (wire_type) {
+    case text::kVarint:
+      return "varint";
+    case text::kFixed64:
+      return "64-bit";
+    case text::kLengthDelimited:
+      return "length-delimited";
+    case text::kStartGroup:
+      return "group";
+    case text::kFixed32:
+      return "32-bit";
+    default:
+      return "none";
+  }
+}
+
+// The message at a level below the outermost one; null when the runtime has none there.
+const Message* At(const Message& outermost, const text::Level& level) {
+  if (level.above == nullptr) return &outermost;
+  const Message* above = At(outermost, *level.above);
+  if (above == nullptr) return nullptr;
+  const FieldDescriptor* field = above->GetDescriptor()->FindFieldByNumber(level.field->number);
+  const Reflection& reflection = *above->GetReflection();
+  if (level.index < 0) return &reflection.GetMessage(*above, field);
+  if (level.index >= reflection.FieldSize(*above, field)) return nullptr;
+  return &reflection.GetRepeatedMessage(*above, field, level.index);
+}
+
+const Descriptor* TypeAt(const Descriptor& outermost, const text::Level& level) {
+  if (level.above == nullptr) return &outermost;
+  return TypeAt(outermost, *level.above)->FindFieldByNumber(level.field->number)->message_type();
+}
+
+// Turns what the walk comes by into findings. The message was parsed from the same bytes.
+class Reporter : public text::Handler {
+ public:
+  Reporter(const text::Tables& tables, std::string_view bytes, const Message& message,
+           Findings& findings)
+      : tables_(tables), bytes_(bytes), message_(message), findings_(findings) {}
+
+  void Unknown(const text::Level& level, const text::Field* row, std::uint32_t number,
+               text::WireType wire_type, std::string_view whole, std::string_view value) {
+    const auto offset = std::to_string(whole.data() - bytes_.data());
+    if (row == nullptr) {
+      if (findings_.full()) return findings_.Add(Findings::kUnknown, "");
+      const std::string path = text::PathTo(tables_, level);
+      findings_.Add(Findings::kUnknown, path + (path.empty() ? "" : ": ") + "unknown field " +
+                                            std::to_string(number) + " at byte " + offset + ", " +
+                                            WireTypeName(wire_type) + ", " +
+                                            std::to_string(whole.size()) + " bytes with its tag");
+      return;
+    }
+    const FieldDescriptor& field =
+        *TypeAt(*message_.GetDescriptor(), level)->FindFieldByNumber(static_cast<int>(number));
+    const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
+    const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
+    if (findings_.full()) return findings_.Add(kind, "");
+    const std::string path = text::PathTo(tables_, level, *row);
+    const std::string consequence = Consequence(level, field, path, offset);
+    if (undeclared) {
+      findings_.Add(kind, path + ": " + std::to_string(static_cast<std::int32_t>(NumberIn(value))) +
+                              " is not a " + field.enum_type()->name() + consequence);
+    } else {
+      findings_.Add(kind, path + ": declared as " + field.type_name() + ", came as " +
+                              WireTypeName(wire_type) + consequence);
+    }
+  }
+
+  void Malformed(const text::Level& level, const text::Outcome& outcome) {
+    const std::string path = text::PathTo(tables_, level);
+    ReportMalformed(outcome.offset, path.empty() ? "" : " in " + path, text::Explain(outcome));
+  }
+
+  void ReportMalformed(std::size_t offset, const std::string& where, const std::string& why) {
+    findings_.Add(Findings::kMalformed,
+                  "malformed at byte " + std::to_string(offset) + where + ": " + why);
+  }
+
+  // Names the required fields that are absent in the message and below, unless a line above did.
+  void ReportMissing(const Message& message, const std::string& path) {
+    const Reflection& reflection = *message.GetReflection();
+    for (int i = 0; i < message.GetDescriptor()->field_count(); ++i) {
+      const FieldDescriptor* field = message.GetDescriptor()->field(i);
+      const bool is_message = field->message_type() != nullptr;
+      if (!field->is_required() && !is_message) continue;
+      if (field->is_required() && !reflection.HasField(message, field)) {
+        const std::string name = findings_.full() ? "" : path + field->name();
+        const bool told = name.empty() || told_.count(name) != 0;
+        findings_.Add(Findings::kMissing, told ? "" : "missing required " + name);
+      } else if (field->is_repeated()) {
+        for (int n = 0; n < reflection.FieldSize(message, field); ++n) {
+          ReportMissing(reflection.GetRepeatedMessage(message, field, n),
+                        path + field->name() + "[" + std::to_string(n) + "].");
+        }
+      } else if (is_message && reflection.HasField(message, field)) {
+        ReportMissing(reflection.GetMessage(message, field), path + field->name() + ".");
+      }
+    }
+  }
+
+ private:
+  // What became of a field whose value the message could not take.
+  std::string Consequence(const text::Level& level, const FieldDescriptor& field,
+                          const std::string& path, const std::string& offset) {
+    std::string text =
+        "; kept as unknown field " + std::to_string(field.number()) + " (byte " + offset + ")";
+    if (field.is_repeated()) return text;
+    const Message* message = At(message_, level);
+    if (message != nullptr && message->GetReflection()->HasField(*message, &field)) return text;
+    told_.insert(path);
+    return text + ", so " + (field.is_required() ? "required " : "") + field.name() + " is absent";
+  }
+
+  const text::Tables& tables_;
+  const std::string_view bytes_;
+  const Message& message_;
+  Findings& findings_;
+  std::unordered_set<std::string> told_;  // absent fields that were explained
+};
+
+}  // namespace
+
+void Findings::Add(Kind kind, const std::string& text) {
+  ++counts_.at(kind);
+  if (!text.empty() && (!full() || kind == kMalformed)) texts_.push_back(text);
+}
+
+bool Findings::full() const { return texts_.size() >= kMaxTexts; }
+
+bool Findings::empty() const {
+  return std::all_of(counts_.begin(), counts_.end(), [](std::size_t n) { return n == 0; });
+}
+
+std::uint64_t NumberIn(std::string_view varint) {
+  std::uint64_t value = 0;
+  unsigned shift = 0;
+  for (const char c : varint) {
+    value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(c) & 0x7FU) << shift;
+    shift += 7;
+  }
+  return value;
+}
+
+std::string Findings::Lines() const {
+  std::string lines;
+  for (const std::string& text : texts_) lines += "# " + text + "\n";
+  if (full()) lines += "# only the first 100 findings are shown\n";
+  return lines;
+}
+
+std::string Findings::Summary() const {
+  static constexpr std::array<const char*, kKinds> kNames{
+      "malformed",        "required fields missing", "undeclared values",
+      "wrong wire types", "unknown fields",          "texts not UTF-8",
+  };
+  std::string summary;
+  for (std::size_t kind = 0; kind < kKinds; ++kind) {
+    if (counts_.at(kind) == 0) continue;
+    if (!summary.empty()) summary += ", ";
+    summary += kNames.at(kind);
+    if (kind != kMalformed) summary += ": " + std::to_string(counts_.at(kind));
+  }
+  return summary;
+}
+
+Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
+  const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
+  Findings findings;
+  Reporter reporter(schema.tables(), bytes, message, findings);
+  const text::Outcome outcome =
+      text::WalkMessage(schema.tables(), schema.IndexOf(*message.GetDescriptor()), bytes, reporter);
+  // The walk follows the runtime's rules; should they ever differ, the runtime decides.
+  if (!outcome.malformed() && !parsed) {
+    reporter.ReportMalformed(bytes.size(), "", "the runtime refuses these bytes");
+  }
+  if (!message.IsInitialized()) reporter.ReportMissing(message, "");
+  return findings;
+}
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,60 @@
+// What an encoded message holds, or lacks, beyond what its fields show.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "inspect/schema/schema.h"
+
+namespace virtual_modem::inspect {
+
+class Findings {
+ public:
+  enum Kind : std::uint8_t {
+    kMalformed,   // the bytes break off or cannot be; at most one
+    kMissing,     // a required field is absent
+    kUndeclared,  // a number that its enumeration does not declare; the field stays absent
+    kWireType,    // a declared field with a wire type not its own; kept as an unknown field
+    kUnknown,     // a field number that the message does not declare
+    kText,        // bytes that are not UTF-8 where the output must be
+    kKinds,
+  };
+
+  // Every finding is counted; the texts of the first hundred are kept. An empty text only counts.
+  void Add(Kind kind, const std::string& text);
+  // No further text will be kept, so that none need be made.
+  bool full() const;
+
+  std::size_t count(Kind kind) const { return counts_.at(kind); }
+  bool empty() const;
+  // The bytes look like those of another type.
+  bool misfit() const {
+    return !acceptable() || count(kUndeclared) + count(kWireType) + count(kUnknown) != 0;
+  }
+  // A receiver takes the message: it parses and has every required field.
+  bool acceptable() const { return count(kMalformed) + count(kMissing) == 0; }
+
+  // What to tell of each, up to a hundred.
+  const std::vector<std::string>& texts() const { return texts_; }
+  // One line each, behind "# ", which makes them comments of the text format.
+  std::string Lines() const;
+  // Such as "malformed, required fields missing: 2".
+  std::string Summary() const;
+
+ private:
+  std::vector<std::string> texts_;
+  std::array<std::size_t, kKinds> counts_{};
+};
+
+// Parses the bytes into the message, whose old content is dropped, and tells what there is to tell.
+// What was read before a break stays in the message. Offsets count from the first byte.
+Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message);
+
+// The number that the bytes of a varint stand for.
+std::uint64_t NumberIn(std::string_view varint);
+
+}  // namespace virtual_modem::inspect

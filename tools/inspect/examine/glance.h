@@ -1,0 +1,50 @@
+// What a message is picked by: its serial, its result, a field's value, and whether it is whole.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "inspect/schema/schema.h"
+#include "text/walk.h"
+
+namespace virtual_modem::inspect {
+
+// FIELD=VALUE, or FIELD~VALUE for strings that contain the value. FIELD is a path below the
+// message, such as calls.number for that of any call, or calls[1].number.
+class FieldCondition {
+ public:
+  // Throws Error when no message of the schema has such a field.
+  FieldCondition(const Schema& schema, const std::string& condition);
+
+  bool Names(const text::Tables& tables, const text::Level& level, const text::Field& field) const;
+  // VALUE is a number, true or false, the name of an enumeration's value, or the bytes of a string.
+  bool Is(const text::Field& field, std::uint64_t number) const;
+  bool Is(std::string_view string) const;
+
+ private:
+  struct Step {
+    std::string name;
+    int index;  // -1 for any
+  };
+
+  std::vector<Step> steps_;
+  bool contains_ = false;
+  std::string value_;
+  std::optional<std::int64_t> number_;
+};
+
+struct Glance {
+  std::optional<std::int32_t> serial;
+  std::string error;  // name or number of the result, empty when there is none
+  text::Outcome outcome;
+  bool has_field = true;  // one of the message's fields meets the condition, if there is one
+};
+
+// One walk over the bytes. condition may be null.
+Glance TakeGlance(const Schema& schema, const TypeInfo& type, std::string_view bytes,
+                  const FieldCondition* condition);
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,136 @@
+#include "inspect/read/byte_stream.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "inspect/error.h"
+#include "inspect/read/input.h"
+
+namespace virtual_modem::inspect {
+
+// Unpacks gzip, of several members too, as a packed log that was appended to has them.
+class ByteStream::Inflater {
+ public:
+  Inflater() {
+    if (inflateInit2(&stream_, 16 + MAX_WBITS) != Z_OK) throw Error("zlib does not start");
+  }
+  Inflater(const Inflater&) = delete;
+  Inflater& operator=(const Inflater&) = delete;
+  ~Inflater() { inflateEnd(&stream_); }
+
+  template <typename ReadRaw>
+  std::size_t Read(char* to, std::size_t size, const ReadRaw& read, const std::string& name) {
+    stream_.next_out = reinterpret_cast<Bytef*>(to);
+    stream_.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
+    const uInt room = stream_.avail_out;
+    while (stream_.avail_out == room) {
+      if (stream_.avail_in == 0) {
+        stream_.avail_in = static_cast<uInt>(read(packed_.data(), packed_.size()));
+        stream_.next_in = reinterpret_cast<Bytef*>(packed_.data());
+        if (stream_.avail_in == 0) {
+          if (!inside_) return 0;
+          throw Error(name + ": the gzip file is cut");
+        }
+      }
+      if (!inside_) inflateReset(&stream_);
+      inside_ = true;
+      const int result = inflate(&stream_, Z_NO_FLUSH);
+      if (result == Z_STREAM_END) {
+        inside_ = false;
+      } else if (result != Z_OK && result != Z_BUF_ERROR) {
+        throw Error(name + ": the gzip file is broken");
+      }
+    }
+    return room - stream_.avail_out;
+  }
+
+ private:
+  z_stream stream_{};
+  std::vector<char> packed_ = std::vector<char>(1U << 16U);
+  bool inside_ = false;
+};
+
+ByteStream::ByteStream(const std::string& path, bool follow)
+    : name_(DisplayName(path)), follow_(follow) {
+  fd_ = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd_ < 0) throw Error(path + ": " + std::strerror(errno));
+  struct stat info {};
+  regular_ = fstat(fd_, &info) == 0 && S_ISREG(info.st_mode);
+  if (regular_ && !follow) size_ = info.st_size;
+}
+
+ByteStream::ByteStream(std::string_view bytes, std::string name)
+    : name_(std::move(name)), memory_(bytes) {}
+
+ByteStream::~ByteStream() {
+  if (fd_ > STDERR_FILENO) close(fd_);
+}
+
+std::size_t ByteStream::Read(char* to, std::size_t size) {
+  if (!begun_) Peek(2);
+  if (ahead_.empty()) return ReadUnpacked(to, size);
+  const std::size_t count = ahead_.copy(to, size);
+  ahead_.erase(0, count);
+  return count;
+}
+
+std::string_view ByteStream::Peek(std::size_t size) {
+  char block[8];
+  const auto fill = [&](std::size_t wanted) {
+    while (ahead_.size() < wanted) {
+      const std::size_t count = ReadUnpacked(block, wanted - ahead_.size());
+      if (count == 0) break;
+      ahead_.append(block, count);
+    }
+  };
+  if (!begun_) {
+    begun_ = true;
+    fill(2);
+    if (ahead_ == "\x1F\x8B") {
+      inflater_ = std::make_unique<Inflater>();
+      packed_.swap(ahead_);
+    }
+  }
+  fill(size);
+  return ahead_;
+}
+
+std::size_t ByteStream::ReadUnpacked(char* to, std::size_t size) {
+  if (!inflater_) return ReadRaw(to, size);
+  return inflater_->Read(
+      to, size, [this](char* packed, std::size_t room) { return ReadRaw(packed, room); }, name_);
+}
+
+std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
+  if (!packed_.empty()) {
+    const std::size_t count = packed_.copy(to, size);
+    packed_.erase(0, count);
+    return count;
+  }
+  if (fd_ < 0) {
+    const std::size_t count = memory_.copy(to, size);
+    memory_.remove_prefix(count);
+    return count;
+  }
+  if (!regular_ && before_wait_) before_wait_();
+  for (;;) {
+    const ssize_t count = read(fd_, to, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw Error(name_ + ": " + std::strerror(errno));
+    position_ += count;
+    if (count > 0 || !follow_ || !regular_) return static_cast<std::size_t>(count);
+    if (before_wait_) before_wait_();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+}
+
+}  // namespace virtual_modem::inspect

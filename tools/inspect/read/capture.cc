@@ -1,0 +1,268 @@
+#include "inspect/read/capture.h"
+
+#include <pcap/pcap.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "inspect/error.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+constexpr std::uint16_t kTelephonyPort = 47601;
+constexpr std::uint16_t kModemPort = 47602;
+constexpr std::size_t kIpHeader = 20;
+constexpr std::size_t kUdpHeader = 8;
+constexpr std::size_t kFrameHeader = 8;
+constexpr std::size_t kMaxTypeLength = 64;
+constexpr int kSnapLength = 65535;
+
+std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
+  std::uint32_t number = 0;
+  for (std::size_t i = at; i < at + size; ++i) {
+    number = number << 8U | static_cast<std::uint8_t>(bytes[i]);
+  }
+  return number;
+}
+
+void Append(std::string& to, std::size_t number, unsigned size) {
+  for (unsigned shift = 8 * size; shift > 0;) {
+    shift -= 8;
+    to += static_cast<char>(number >> shift);
+  }
+}
+
+// RFC 1071, over a header with its checksum field 0.
+std::size_t Checksum(std::string_view header) {
+  std::size_t sum = 0;
+  for (std::size_t at = 0; at < header.size(); at += 2) sum += Number(header, at, 2);
+  while (sum > 0xFFFF) sum = (sum & 0xFFFFU) + (sum >> 16U);
+  return ~sum & 0xFFFFU;
+}
+
+// Bytes before the IP header.
+std::size_t LinkHeader(pcap* capture, const std::string& name) {
+  switch (pcap_datalink(capture)) {
+    case DLT_RAW:
+    case DLT_IPV4:
+      return 0;
+    case DLT_NULL:
+    case DLT_LOOP:
+      return 4;
+    case DLT_EN10MB:
+      return 14;
+    case DLT_LINUX_SLL:
+      return 16;
+    case DLT_LINUX_SLL2:
+      return 20;
+    default: {
+      const char* link = pcap_datalink_val_to_name(pcap_datalink(capture));
+      throw Error(name + ": a capture of link type " + (link == nullptr ? "unknown" : link) +
+                  ", which does not carry the messages' datagrams");
+    }
+  }
+}
+
+bool IsTypeName(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
+           c == '.';
+  });
+}
+
+}  // namespace
+
+bool ReadDatagram(std::string_view packet, Datagram& datagram) {
+  if (packet.size() < kIpHeader || Number(packet, 0, 1) >> 4U != 4) return false;
+  const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
+  constexpr std::uint32_t kUdp = 17;
+  constexpr std::uint32_t kFragment = 0x3FFF;  // its offset, or that more follow
+  if (header < kIpHeader || packet.size() < header + kUdpHeader || Number(packet, 9, 1) != kUdp ||
+      (Number(packet, 6, 2) & kFragment) != 0) {
+    return false;
+  }
+  const std::size_t length = Number(packet, header + 4, 2);
+  if (length < kUdpHeader) return false;
+  datagram.from_port = static_cast<std::uint16_t>(Number(packet, header, 2));
+  datagram.to_port = static_cast<std::uint16_t>(Number(packet, header + 2, 2));
+  datagram.payload = packet.substr(header + kUdpHeader, length - kUdpHeader);
+  return true;
+}
+
+bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost, Record& record) {
+  const bool to_modem = datagram.from_port == kTelephonyPort && datagram.to_port == kModemPort;
+  const bool to_telephony = datagram.from_port == kModemPort && datagram.to_port == kTelephonyPort;
+  if (!to_modem && !to_telephony) return false;
+  record.direction = to_modem ? Direction::kToModem : Direction::kToTelephony;
+  record.operation = 0;
+  record.name = {};
+  record.type = nullptr;
+  record.bytes = {};
+  record.problem.clear();
+  const std::string_view frame = datagram.payload;
+  const std::string cut = "the capture keeps " + std::to_string(frame.size()) + " of the frame's " +
+                          std::to_string(frame.size() + lost) + " bytes";
+  if (frame.size() < kFrameHeader || frame.substr(0, 2) != "VM") {
+    record.problem = frame.size() < kFrameHeader && lost > 0 ? cut : "not a frame";
+    return true;
+  }
+  record.operation = Number(frame, 2, 1);
+  const std::size_t name_size = Number(frame, 3, 1);
+  const std::size_t size = Number(frame, 4, 4);
+  record.name = frame.substr(kFrameHeader, name_size);
+  if (name_size == 0 || name_size > kMaxTypeLength || !IsTypeName(record.name)) {
+    record.name = {};
+    record.problem = "a frame without the name of a type";
+    return true;
+  }
+  if (record.name.size() < name_size) {
+    record.name = {};
+    record.problem = lost > 0 ? cut : "a frame that ends within the name of its type";
+    return true;
+  }
+  record.type = schema.FindType(record.name);
+  record.bytes = frame.substr(kFrameHeader + name_size);
+  if (record.bytes.size() < size) {
+    record.problem = lost > 0 ? cut
+                              : "the frame announces " + std::to_string(size) + " bytes and has " +
+                                    std::to_string(record.bytes.size());
+  } else if (record.bytes.size() > size) {
+    record.problem = std::to_string(record.bytes.size() - size) + " bytes behind the frame";
+    record.bytes = record.bytes.substr(0, size);
+  }
+  if (record.type == nullptr && record.problem.empty()) {
+    record.problem = "the schema has no such type";
+  }
+  return true;
+}
+
+CaptureReader::CaptureReader(const Schema& schema, ByteStream& stream)
+    : schema_(schema), stream_(stream) {
+  cookie_io_functions_t functions{};
+  functions.read = ReadCookie;
+  std::FILE* file = fopencookie(this, "rb", functions);
+  if (file == nullptr) throw Error(stream.name() + ": " + std::strerror(errno));
+  std::setvbuf(file, nullptr, _IOFBF, 1U << 17U);
+  char why[PCAP_ERRBUF_SIZE] = "";
+  capture_ = pcap_fopen_offline_with_tstamp_precision(file, PCAP_TSTAMP_PRECISION_NANO, why);
+  if (capture_ == nullptr) {
+    std::fclose(file);
+    throw Error(stream_error_.empty() ? stream.name() + ": " + why : stream_error_);
+  }
+  try {
+    link_header_ = LinkHeader(capture_, stream.name());
+  } catch (const Error&) {
+    pcap_close(capture_);
+    throw;
+  }
+}
+
+CaptureReader::~CaptureReader() { pcap_close(capture_); }
+
+// Called from C, through which nothing may be thrown.
+ssize_t CaptureReader::ReadCookie(void* cookie, char* to, std::size_t size) {
+  auto& reader = *static_cast<CaptureReader*>(cookie);
+  try {
+    return static_cast<ssize_t>(reader.stream_.Read(to, size));
+  } catch (const std::exception& error) {
+    reader.stream_error_ = error.what();
+    errno = EIO;
+    return -1;
+  }
+}
+
+bool CaptureReader::Next(Record& record) {
+  for (;;) {
+    pcap_pkthdr* header = nullptr;
+    const u_char* data = nullptr;
+    const int result = pcap_next_ex(capture_, &header, &data);
+    if (result == PCAP_ERROR_BREAK) {
+      if (!stream_error_.empty()) throw Error(stream_error_);
+      return false;
+    }
+    if (result != 1) {
+      throw Error(stream_error_.empty() ? stream_.name() + ": broken after packet " +
+                                              std::to_string(number_) + ": " + pcap_geterr(capture_)
+                                        : stream_error_);
+    }
+    ++number_;
+    std::string_view packet(reinterpret_cast<const char*>(data), header->caplen);
+    packet.remove_prefix(std::min(link_header_, packet.size()));
+    Datagram datagram;
+    const std::size_t lost = header->len > header->caplen ? header->len - header->caplen : 0;
+    if (!ReadDatagram(packet, datagram) || !ReadFrame(schema_, datagram, lost, record)) {
+      ++foreign_;
+      continue;
+    }
+    record.number = number_;
+    record.time = std::int64_t{header->ts.tv_sec} * 1'000'000'000 + header->ts.tv_usec;
+    record.time_text = {};
+    return true;
+  }
+}
+
+std::string CaptureReader::PassedOver() const {
+  if (foreign_ == 0) return "";
+  return "packets between other ports: " + std::to_string(foreign_);
+}
+
+CaptureWriter::CaptureWriter(std::FILE* file, std::string name)
+    : name_(std::move(name)), format_(pcap_open_dead(DLT_RAW, kSnapLength)) {
+  if (format_ == nullptr) throw std::bad_alloc();
+  dumper_ = pcap_dump_fopen(format_, file);
+  if (dumper_ == nullptr) {
+    const std::string why = pcap_geterr(format_);
+    pcap_close(format_);
+    throw Error(name_ + ": " + why);
+  }
+}
+
+CaptureWriter::~CaptureWriter() {
+  // Closing the dumper would close the file.
+  pcap_close(format_);
+}
+
+void CaptureWriter::Write(const Record& record, std::string_view bytes) {
+  if (bytes.size() > kMaxMessageBytes) {
+    throw Error(name_ + ": a message of " + std::to_string(bytes.size()) +
+                " bytes does not fit a datagram");
+  }
+  const std::size_t size = kUdpHeader + kFrameHeader + record.name.size() + bytes.size();
+  const bool to_modem = record.direction == Direction::kToModem;
+  packet_.assign("\x45\0", 2);  // IPv4, 20 bytes of header; no service class
+  Append(packet_, kIpHeader + size, 2);
+  packet_.append("\0\0\0\0\x40\x11\0\0", 8);  // not fragmented, 64 hops, UDP
+  packet_.append("\x7f\0\0\1\x7f\0\0\1", 8);
+  const std::size_t checksum = Checksum(packet_);
+  packet_[10] = static_cast<char>(checksum >> 8U);
+  packet_[11] = static_cast<char>(checksum);
+  Append(packet_, to_modem ? kTelephonyPort : kModemPort, 2);
+  Append(packet_, to_modem ? kModemPort : kTelephonyPort, 2);
+  Append(packet_, size, 2);
+  Append(packet_, 0, 2);  // no UDP checksum, RFC 768
+  packet_ += "VM";
+  Append(packet_, record.operation, 1);
+  Append(packet_, record.name.size(), 1);
+  Append(packet_, bytes.size(), 4);
+  packet_.append(record.name).append(bytes);
+
+  pcap_pkthdr header{};
+  header.ts.tv_sec = static_cast<time_t>(record.time / 1'000'000'000);
+  header.ts.tv_usec = static_cast<suseconds_t>(record.time % 1'000'000'000 / 1000);
+  header.caplen = static_cast<bpf_u_int32>(packet_.size());
+  header.len = header.caplen;
+  pcap_dump(reinterpret_cast<u_char*>(dumper_), &header,
+            reinterpret_cast<const u_char*>(packet_.data()));
+  if (std::ferror(pcap_dump_file(dumper_)) != 0) Finish();
+}
+
+void CaptureWriter::Finish() {
+  if (std::fflush(pcap_dump_file(dumper_)) != 0 || std::ferror(pcap_dump_file(dumper_)) != 0) {
+    throw Error(name_ + ": " + std::strerror(errno));
+  }
+}
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,76 @@
+// Captures of the messages' frames, read and written by libpcap. docs/captures.md tells the format.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "inspect/read/traffic.h"
+
+struct pcap;
+struct pcap_dumper;
+
+namespace virtual_modem::inspect {
+
+// The datagram of one packet.
+struct Datagram {
+  std::uint16_t from_port = 0;
+  std::uint16_t to_port = 0;
+  std::string_view payload;
+};
+
+// The UDP datagram in an IPv4 packet; false when it holds none, or a fragment of one.
+bool ReadDatagram(std::string_view packet, Datagram& datagram);
+
+// The frame that a datagram carries, of which whole bytes were sent; false when it carries none.
+// The type is looked up by its name.
+bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost, Record& record);
+
+class CaptureReader : public Traffic {
+ public:
+  // Both must outlive the reader.
+  CaptureReader(const Schema& schema, ByteStream& stream);
+  ~CaptureReader() override;
+  CaptureReader(const CaptureReader&) = delete;
+  CaptureReader& operator=(const CaptureReader&) = delete;
+
+  bool Next(Record& record) override;
+  std::string PassedOver() const override;
+
+ private:
+  static ssize_t ReadCookie(void* cookie, char* to, std::size_t size);
+
+  const Schema& schema_;
+  ByteStream& stream_;
+  std::string stream_error_;
+  pcap* capture_ = nullptr;
+  std::size_t link_header_ = 0;
+  std::int64_t number_ = 0;
+  std::int64_t foreign_ = 0;
+};
+
+class CaptureWriter {
+ public:
+  // The largest message that a datagram can carry beside the longest name of a type.
+  static constexpr std::size_t kMaxMessageBytes = 65435;
+
+  // Writes to the file, which is closed in the end by the caller; errors name it so.
+  CaptureWriter(std::FILE* file, std::string name);
+  ~CaptureWriter();
+  CaptureWriter(const CaptureWriter&) = delete;
+  CaptureWriter& operator=(const CaptureWriter&) = delete;
+
+  // Throws Error, as Finish() does. A record without a type keeps its name.
+  void Write(const Record& record, std::string_view bytes);
+  void Finish();
+
+ private:
+  std::string name_;
+  pcap* format_;
+  pcap_dumper* dumper_;
+  std::string packet_;
+};
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,72 @@
+// Bytes of messages out of files, whole or message by message.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "inspect/read/byte_stream.h"
+#include "inspect/read/pasted.h"
+
+namespace virtual_modem::inspect {
+
+// A message of a telephony exchange has some hundred bytes; what is larger is something else, and
+// parsing it could take a hundred times its size of memory.
+constexpr std::size_t kMaxMessageBytes = 16U << 20U;
+
+// The whole of a file; "-" is standard input. Throws Error, also when there is too much of it.
+std::string ReadAll(const std::string& path);
+
+// Where the bytes of a message come from.
+struct Source {
+  std::string file = "-";
+  Encoding from = Encoding::kAuto;
+  std::string hex;  // the bytes themselves, when not empty; a file is not read then
+};
+
+// How the source is called in messages for people.
+std::string DisplayName(const Source& source);
+
+// The bytes that a source stands for. What was left out or assumed is said on standard error.
+// Errors name the source; more than kMaxMessageBytes are one. as_is, if given, tells
+// whether they are what the source holds as it stands.
+std::string ReadBytes(const Source& source, bool* as_is = nullptr);
+
+// One line on standard error that is no error, with the program's name.
+void Note(const std::string& text);
+
+// How the input is called in messages for people.
+std::string DisplayName(const std::string& path);
+
+// Messages one after the other, each behind its length as a varint.
+class DelimitedReader {
+ public:
+  // The stream must outlive the reader; errors name it.
+  explicit DelimitedReader(ByteStream& stream) : stream_(stream) {}
+
+  // Reads the next message; false at the end of the stream. Throws Error when there is no sensible
+  // length. When the stream ends within the message, bytes() is what is there and cut() is true.
+  bool Next();
+
+  // Valid until the next call.
+  std::string_view bytes() const { return bytes_; }
+  // Where the message begins, behind its length.
+  std::int64_t offset() const { return offset_; }
+  bool cut() const { return bytes_.size() < size_; }
+  std::size_t size() const { return size_; }
+
+ private:
+  bool Fill(std::size_t size);
+
+  ByteStream& stream_;
+  std::string buffer_ = std::string(1U << 18U, '\0');
+  std::size_t begin_ = 0;  // of what is not taken yet
+  std::size_t end_ = 0;
+  std::int64_t taken_ = 0;
+  std::string_view bytes_;
+  std::int64_t offset_ = 0;
+  std::size_t size_ = 0;
+};
+
+}  // namespace virtual_modem::inspect

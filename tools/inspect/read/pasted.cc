@@ -1,0 +1,408 @@
+#include "inspect/read/pasted.h"
+
+#include <google/protobuf/stubs/common.h>
+#include <google/protobuf/stubs/strutil.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <optional>
+#include <vector>
+
+#include "inspect/error.h"
+#include "inspect/read/hex.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+constexpr std::size_t kShortestRun = 4;  // bytes: clock times and process numbers are shorter
+
+constexpr std::size_t kShortestRow = 6;  // the same for a row of groups of several bytes
+
+bool IsWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool IsText(std::string_view bytes) {
+  const auto is_control = [](char c) {
+    return (c >= 0 && c < ' ' && c != '\t' && c != '\n' && c != '\r') || c == '\x7F';
+  };
+  return std::none_of(bytes.begin(), bytes.end(), is_control) &&
+         google::protobuf::internal::IsStructurallyValidUTF8(bytes.data(),
+                                                             static_cast<int>(bytes.size()));
+}
+
+std::string Took(const std::string& what, std::size_t bytes, std::size_t at) {
+  return "took the " + what + " of " + std::to_string(bytes) + " bytes at column " +
+         std::to_string(at + 1) + " and left out what is around";
+}
+
+// ---- Base64
+// --------------------------------------------------------------------------------------
+
+// Either alphabet.
+bool ParseBase64(std::string_view text, std::string& bytes) {
+  const google::protobuf::StringPiece piece(text.data(), text.size());
+  return google::protobuf::Base64Unescape(piece, &bytes) ||
+         google::protobuf::WebSafeBase64Unescape(piece, &bytes);
+}
+
+// Words with spaces between them are no base64, although its readers pass over the spaces.
+bool IsInOnePiece(std::string_view text) {
+  while (!text.empty()) {
+    const std::string_view line = Trim(TakeLine(text));
+    if (std::any_of(line.begin(), line.end(), IsSpace)) return false;
+  }
+  return true;
+}
+
+// ---- String literals
+// -----------------------------------------------------------------------------
+
+// One character of a literal, or its escape, as C, Python, Java and strace write them. False for an
+// escape that stands for no byte.
+bool TakeCharacter(std::string_view& text, std::string& bytes) {
+  constexpr std::string_view kLetters = "abefnrtv\\'\"?";
+  constexpr std::string_view kMeanings = "\a\b\x1B\f\n\r\t\v\\'\"?";
+  if (text.front() != '\\') {
+    bytes.push_back(text.front());
+    text.remove_prefix(1);
+    return true;
+  }
+  text.remove_prefix(1);
+  const bool hex = !text.empty() && text.front() == 'x';
+  if (hex) text.remove_prefix(1);
+  const char* last = text.data() + std::min<std::size_t>(text.size(), hex ? 2 : 3);
+  unsigned value = 0;
+  const auto result = std::from_chars(text.data(), last, value, hex ? 16 : 8);
+  if (result.ec == std::errc() && value <= 0xFF) {
+    bytes.push_back(static_cast<char>(value));
+    text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
+    return true;
+  }
+  const std::size_t letter =
+      hex || text.empty() ? std::string_view::npos : kLetters.find(text.front());
+  if (letter == std::string_view::npos) return false;
+  bytes.push_back(kMeanings[letter]);
+  text.remove_prefix(1);
+  return true;
+}
+
+struct Literal {
+  std::size_t begin = 0;
+  std::size_t end = 0;  // behind its closing quote
+  std::string bytes;
+  bool broken = false;  // holds an escape that is none
+};
+
+std::vector<Literal> FindLiterals(std::string_view text) {
+  std::vector<Literal> literals;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const char quote = text[at];
+    const bool marked = at > 0 && (text[at - 1] == 'b' || text[at - 1] == 'B');
+    const bool apostrophe = at > (marked ? 1 : 0) && IsWord(text[at - (marked ? 2 : 1)]);
+    if ((quote != '"' && quote != '\'') || apostrophe) {
+      ++at;
+      continue;
+    }
+    Literal literal;
+    literal.begin = at - (marked ? 1 : 0);
+    std::string_view rest = text.substr(at + 1);
+    while (!rest.empty() && rest.front() != quote) {
+      if (TakeCharacter(rest, literal.bytes)) continue;
+      literal.broken = true;
+      if (!rest.empty()) rest.remove_prefix(1);
+    }
+    if (rest.empty()) {  // not closed
+      ++at;
+      continue;
+    }
+    literal.end = text.size() - rest.size() + 1;
+    at = literal.end;
+    literals.push_back(std::move(literal));
+  }
+  return literals;
+}
+
+[[noreturn]] void RefuseEscape() {
+  throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
+}
+
+// Literals alone are one string, as compilers join them; else the longest one is meant. Without
+// quotes the string begins at its first escape.
+std::string ParseString(std::string_view text, std::string& note) {
+  const std::vector<Literal> literals = FindLiterals(text);
+  std::string bytes;
+  if (literals.empty()) {
+    std::string_view rest = Trim(text);
+    const std::size_t begin = std::min(rest.find('\\'), rest.size());
+    rest.remove_prefix(begin);
+    if (rest.empty()) throw Error("no string with escapes");
+    while (!rest.empty()) {
+      if (!TakeCharacter(rest, bytes)) RefuseEscape();
+    }
+    if (begin != 0) note = Took("string", bytes.size(), begin);
+    return bytes;
+  }
+  const Literal* longest = &literals.front();
+  bool alone = true;
+  std::size_t end = 0;
+  for (const Literal& literal : literals) {
+    const std::string_view between = Trim(text.substr(end, literal.begin - end));
+    alone = alone && (between.empty() || between == "+");
+    if (literal.bytes.size() > longest->bytes.size()) longest = &literal;
+    end = literal.end;
+  }
+  const std::string_view behind = Trim(text.substr(end));
+  alone = alone && (behind.empty() || behind == ";" || behind == ",");
+  for (const Literal& literal : literals) {
+    if (!alone && &literal != longest) continue;
+    if (literal.broken) RefuseEscape();
+    if (text.substr(literal.end, 3) == "...") {
+      throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
+    }
+    bytes += literal.bytes;
+  }
+  if (!alone) note = Took("string", bytes.size(), longest->begin);
+  return bytes;
+}
+
+// ---- Lists of numbers
+// ----------------------------------------------------------------------------
+
+// Numbers of bytes, signed or not, in decimal or behind 0x: nullopt when the list is something
+// else, such as plain hex. clear tells whether it can be nothing but such numbers.
+std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
+  std::string bytes;
+  std::size_t at = 0;
+  clear = false;
+  while ((at = list.find_first_not_of(", \t\r\n", at)) != std::string_view::npos) {
+    const std::size_t end = std::min(list.find_first_of(", \t\r\n", at), list.size());
+    const std::string_view number = list.substr(at, end - at);
+    const bool hex = number.substr(0, 2) == "0x" || number.substr(0, 2) == "0X";
+    const std::string_view digits = number.substr(hex ? 2 : (number.front() == '-' ? 1 : 0));
+    int value = 0;
+    const char* begin = hex ? digits.data() : number.data();
+    const auto result = std::from_chars(begin, number.data() + number.size(), value, hex ? 16 : 10);
+    if (result.ec != std::errc() || result.ptr != number.data() + number.size() ||
+        (!hex && digits.size() > 1 && digits.front() == '0') || digits.size() > 3) {
+      return std::nullopt;
+    }
+    if (value < -128 || value > 255) {
+      throw Error("a list of numbers in which " + std::string(number) + " is no byte");
+    }
+    clear = clear || number.size() != 2;
+    bytes.push_back(static_cast<char>(value));
+    at = end;
+  }
+  return bytes;
+}
+
+// The first list in brackets or braces whose elements are numbers of bytes; one that stands within
+// other text has at least three.
+std::optional<std::string> ParseArray(std::string_view text, bool& clear, std::string& note) {
+  for (std::size_t open = text.find_first_of("[{"); open != std::string_view::npos;
+       open = text.find_first_of("[{", open + 1)) {
+    const std::size_t close = text.find(text[open] == '[' ? ']' : '}', open);
+    if (close == std::string_view::npos) continue;
+    std::optional<std::string> bytes = ReadNumbers(text.substr(open + 1, close - open - 1), clear);
+    if (!bytes || bytes->empty()) continue;
+    const std::string_view behind = Trim(text.substr(close + 1));
+    const bool alone = Trim(text.substr(0, open)).empty() && (behind.empty() || behind == ";");
+    if (!alone && bytes->size() < 3) continue;
+    if (!alone) note = Took("list", bytes->size(), open);
+    return bytes;
+  }
+  return std::nullopt;
+}
+
+// ---- Lines of a log
+// ------------------------------------------------------------------------------
+
+// A run of hex in one line.
+struct Run {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  std::size_t digits = 0;
+};
+
+// Hex digits from at on, with or without 0x before them, that no other word touches; end is 0 when
+// there are none.
+Run TakeGroup(std::string_view line, std::size_t at) {
+  Run group;
+  group.begin = at;
+  if (line.substr(at, 2) == "0x" || line.substr(at, 2) == "0X") at += 2;
+  std::size_t end = at;
+  while (end < line.size() && HexDigit(line[end]) >= 0) ++end;
+  if (end == at || (end < line.size() && IsWord(line[end]))) return group;
+  group.end = end;
+  group.digits = end - at;
+  return group;
+}
+
+// The run that begins at a place: groups of one size, but for a shorter last one, that one and the
+// same separator sets apart.
+Run TakeRun(std::string_view line, std::size_t at) {
+  Run run = TakeGroup(line, at);
+  if (run.end == 0 || run.digits % 2 != 0) return run;
+  const Run first = run;
+  const std::size_t group_digits = run.digits;
+  std::size_t last_digits = group_digits;
+  char separator = '\0';
+  while (run.end + 1 < line.size() && last_digits == group_digits) {
+    const char c = line[run.end];
+    if (std::string_view(" :,-").find(c) == std::string_view::npos) break;
+    if (separator != '\0' && c != separator) break;
+    std::size_t next = run.end + 1;
+    if (c == ',' && line[next] == ' ') ++next;
+    const Run group = TakeGroup(line, next);
+    // What another separator follows may be a part of something else, such as a date.
+    const bool joined = group.end != 0 && group.digits % 2 == 0 && group.digits <= group_digits;
+    if (!joined) break;
+    if (group.end < line.size() &&
+        std::string_view(":-").find(line[group.end]) != std::string_view::npos &&
+        line[group.end] != c) {
+      break;
+    }
+    separator = c;
+    run.end = group.end;
+    run.digits += group.digits;
+    last_digits = group.digits;
+  }
+  // A few wider groups may be any numbers.
+  const bool bytes = group_digits == 2 || run.digits >= 2 * kShortestRow;
+  return bytes ? run : first;
+}
+
+// The first line with a run of hex; other lines must have none.
+std::optional<std::string> ParseLog(std::string_view text, std::string& note) {
+  std::optional<std::string> found;
+  std::size_t found_at = 0;
+  for (std::size_t number = 1; !text.empty(); ++number) {
+    std::string bytes;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    if (!FindHexRun(TakeLine(text), bytes, begin, end)) continue;
+    if (found) {
+      throw Error("lines " + std::to_string(found_at) + " and " + std::to_string(number) +
+                  " both have hex; give the bytes of one message (--hex), or read all lines with "
+                  "the command log");
+    }
+    found = bytes;
+    found_at = number;
+    note = "took the " + std::to_string(bytes.size()) + " bytes of hex at line " +
+           std::to_string(number) + ", columns " + std::to_string(begin + 1) + " to " +
+           std::to_string(end) + ", and left out what is around";
+  }
+  return found;
+}
+
+std::string ParseAny(std::string_view text, std::string& note) {
+  if (!IsText(text)) return std::string(text);
+  std::string bytes;
+  std::string why_not_hex;
+  const HexResult hex = ParseHex(text, bytes, why_not_hex, note);
+  const auto refuse_broken = [&] {
+    if (hex == HexResult::kBroken) throw Error("hex that does not say its bytes: " + why_not_hex);
+  };
+  if (IsDump(text)) {
+    refuse_broken();
+    return bytes;
+  }
+  const bool has_escapes = text.find('\\') != std::string_view::npos;
+  const bool quoted = text.find_first_of("\"'") != std::string_view::npos;
+  // Quoted, what stands between escapes is characters.
+  if (has_escapes && (quoted || hex != HexResult::kRead)) return ParseString(text, note);
+  bool clear = false;
+  if (const std::optional<std::string> array = ParseArray(text, clear, note)) {
+    if (clear || hex == HexResult::kNotHex) return *array;
+    throw Error("a list whose numbers can be decimal or hex: say --from array or --from hex");
+  }
+  refuse_broken();
+  if (hex == HexResult::kRead) return bytes;
+  std::string_view word = Trim(text);
+  if (word.size() > 2 && word.front() == word.back() && (word[0] == '"' || word[0] == '\'')) {
+    word = word.substr(1, word.size() - 2);
+  }
+  if (IsInOnePiece(word) && ParseBase64(word, bytes)) return bytes;
+  if (const std::optional<std::string> run = ParseLog(text, note)) return *run;
+  throw Error("text that is neither hex (" + why_not_hex +
+              ") nor base64, a string with escapes, a list of numbers or a line with " +
+              std::to_string(kShortestRun) +
+              " bytes of hex; if it is the message itself, say --from binary");
+}
+
+}  // namespace
+
+bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, std::size_t& end) {
+  Run longest;
+  bool tie = false;
+  for (std::size_t at = 0; at < line.size();) {
+    const bool inside = at > 0 && (IsWord(line[at - 1]) || line[at - 1] == '.');
+    const bool joined = at > 1 &&
+                        std::string_view(":-").find(line[at - 1]) != std::string_view::npos &&
+                        HexDigit(line[at - 2]) >= 0;
+    const Run run = inside || joined || HexDigit(line[at]) < 0 ? Run() : TakeRun(line, at);
+    if (run.end == 0) {
+      ++at;
+      continue;
+    }
+    if (run.digits > longest.digits) {
+      longest = run;
+      tie = false;
+    } else if (run.digits == longest.digits) {
+      tie = true;
+    }
+    at = run.end;
+  }
+  if (longest.digits < 2 * kShortestRun) return false;
+  if (longest.digits % 2 != 0) {
+    throw Error("the longest run of hex, at column " + std::to_string(longest.begin + 1) +
+                ", has " + std::to_string(longest.digits) + " digits: half a byte is missing");
+  }
+  if (tie) {
+    throw Error("two runs of hex of " + std::to_string(longest.digits / 2) +
+                " bytes in one line; give the one that is meant (--hex)");
+  }
+  begin = longest.begin;
+  end = longest.end;
+  std::string why;
+  std::string note;
+  return ParseHex(line.substr(begin, end - begin), bytes, why, note) == HexResult::kRead;
+}
+
+std::string ParsePasted(std::string_view text, Encoding encoding, std::string& note) {
+  std::string bytes;
+  std::string why;
+  switch (encoding) {
+    case Encoding::kAuto:
+      return ParseAny(text, note);
+    case Encoding::kBinary:
+      return std::string(text);
+    case Encoding::kHex:
+      if (ParseHex(text, bytes, why, note) == HexResult::kRead) return bytes;
+      throw Error("not hex: " + why);
+    case Encoding::kBase64:
+      if (ParseBase64(text, bytes)) return bytes;
+      throw Error("not base64");
+    case Encoding::kString:
+      return ParseString(text, note);
+    case Encoding::kArray: {
+      bool clear = false;
+      if (const auto array = ParseArray(text, clear, note)) return *array;
+      throw Error("not a list of the numbers of bytes in brackets or braces");
+    }
+    case Encoding::kLog:
+      if (const auto run = ParseLog(text, note)) return *run;
+      throw Error("no line has " + std::to_string(kShortestRun) + " bytes of hex");
+  }
+  throw Error("no such form");
+}
+
+}  // namespace virtual_modem::inspect

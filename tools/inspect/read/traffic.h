@@ -1,0 +1,44 @@
+// Messages with their time, direction and type: what captures and logs hold.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "inspect/read/byte_stream.h"
+#include "inspect/schema/schema.h"
+
+namespace virtual_modem::inspect {
+
+enum class Direction : std::uint8_t { kToModem, kToTelephony };
+
+constexpr std::int64_t kNoTime = -1;
+
+// One message. What it refers to is valid until the next one is read.
+struct Record {
+  std::int64_t number = 0;     // of the packet or line, from 1
+  std::int64_t time = 0;       // nanoseconds since 1970, in logs without a date since midnight
+  std::string_view time_text;  // as a log writes it, "-" when it does not; empty in captures
+  Direction direction = Direction::kToModem;
+  unsigned operation = 0;  // of the frame, 0 in logs
+  std::string_view name;   // of the type; not to be trusted when type is null
+  const TypeInfo* type = nullptr;
+  std::string_view bytes;
+  std::string problem;  // why the message is not whole, empty when it is
+};
+
+class Traffic {
+ public:
+  virtual ~Traffic() = default;
+  // False at the end. Throws Error.
+  virtual bool Next(Record& record) = 0;
+  // What was passed over, and how much of it; empty for nothing.
+  virtual std::string PassedOver() const = 0;
+};
+
+// A capture (pcap or pcapng) or a log, found out by the first bytes.
+bool IsCapture(ByteStream& stream);
+std::unique_ptr<Traffic> OpenTraffic(const Schema& schema, ByteStream& stream);
+
+}  // namespace virtual_modem::inspect

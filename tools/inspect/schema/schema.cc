@@ -1,0 +1,232 @@
+#include "inspect/schema/schema.h"
+
+#include <google/protobuf/descriptor.pb.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <system_error>
+#include <utility>
+
+#include "inspect/error.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::FileDescriptor;
+
+// Keeps the pool from logging: whoever gave the descriptor set gets one line.
+class FirstError : public google::protobuf::DescriptorPool::ErrorCollector {
+ public:
+  void AddError(const std::string& file, const std::string& element, const Message* /*part*/,
+                ErrorLocation /*location*/, const std::string& message) override {
+    if (text_.empty()) text_.append(file).append(": ").append(element).append(": ").append(message);
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// Levenshtein distance.
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t substituted = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({substituted, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+Schema::Schema(const std::string& descriptor_set) {
+  std::ifstream in(descriptor_set, std::ios::binary);
+  if (!in) {
+    throw Error("cannot read the descriptor set " + descriptor_set +
+                "; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET");
+  }
+  google::protobuf::FileDescriptorSet files;
+  if (!files.ParseFromIstream(&in) || files.file().empty()) {
+    throw Error(descriptor_set + " is not a descriptor set");
+  }
+  FirstError errors;
+  for (const auto& file_proto : files.file()) {
+    const FileDescriptor* file = pool_.BuildFileCollectingErrors(file_proto, &errors);
+    if (file == nullptr) throw Error(descriptor_set + ": " + errors.text());
+    for (int i = 0; i < file->message_type_count(); ++i) {
+      messages_.push_back(file->message_type(i));
+    }
+    for (int i = 0; i < file->enum_type_count(); ++i) enums_.push_back(file->enum_type(i));
+  }
+  ReadSubscriberData(
+      std::filesystem::path(descriptor_set).replace_filename("subscriber_data.txt").string());
+  tables_.Fill(messages_, subscriber_data_);
+  FillTypes();
+}
+
+void Schema::FillTypes() {
+  for (const Descriptor* type : messages_) {
+    const FieldDescriptor* serial = type->FindFieldByName("serial");
+    const FieldDescriptor* error = type->FindFieldByName("error");
+    // The first word of the comment says the kind. Sets without comments leave it to the fields.
+    const std::string comment = Comment(*type);
+    Kind kind = serial == nullptr ? Kind::kIndication : Kind::kRequest;
+    if (serial != nullptr && error != nullptr) kind = Kind::kResponse;
+    for (const Kind each : {Kind::kRequest, Kind::kResponse, Kind::kIndication, Kind::kRecord}) {
+      const std::string_view name = KindName(each);
+      if (Lower(comment.substr(0, name.size())) == name) kind = each;
+    }
+    types_.push_back(
+        {type, UnitOf(*type->file()), kind, serial == nullptr ? 0 : serial->number(), error});
+    types_by_name_[type->full_name()] = types_.size() - 1;
+    types_by_name_.emplace(type->name(), types_.size() - 1);
+  }
+}
+
+void Schema::ReadSubscriberData(const std::string& path) {
+  std::ifstream in(path);
+  std::string line;
+  for (int number = 1; std::getline(in, line); ++number) {
+    line.erase(std::min(line.find('#'), line.size()));
+    line.erase(line.find_last_not_of(" \t\r") + 1);
+    if (line.empty()) continue;
+    const FieldDescriptor* field = pool_.FindFieldByName(line);
+    if (field == nullptr) {
+      throw Error(std::string(path)
+                      .append(" line ")
+                      .append(std::to_string(number))
+                      .append(": no field is named ")
+                      .append(line));
+    }
+    subscriber_data_.insert(field);
+  }
+}
+
+const Descriptor* Schema::FindMessage(std::string_view name) const {
+  const TypeInfo* found = FindType(name);
+  return found == nullptr ? nullptr : found->type;
+}
+
+const Descriptor& Schema::GetMessage(std::string_view name) const {
+  const Descriptor* type = FindMessage(name);
+  if (type != nullptr) return *type;
+  std::vector<std::string> names;
+  for (const Descriptor* each : messages_) names.push_back(each->name());
+  throw Error("there is no message " + std::string(name) + DidYouMean(name, names));
+}
+
+const TypeInfo* Schema::FindType(std::string_view name) const {
+  const auto found = types_by_name_.find(name);
+  return found == types_by_name_.end() ? nullptr : &types_[found->second];
+}
+
+const EnumDescriptor* Schema::FindEnum(std::string_view name) const {
+  for (const EnumDescriptor* type : enums_) {
+    if (type->full_name() == name || type->name() == name) return type;
+  }
+  return nullptr;
+}
+
+std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) {
+  return std::unique_ptr<Message>(factory_.GetPrototype(&type)->New());
+}
+
+void Schema::RequireSubscriberData() const {
+  if (!subscriber_data_.empty()) return;
+  throw Error("there is no subscriber_data.txt beside the descriptor set: nothing can be redacted");
+}
+
+std::string_view KindName(Kind kind) {
+  switch (kind) {
+    case Kind::kRequest:
+      return "request";
+    case Kind::kResponse:
+      return "response";
+    case Kind::kIndication:
+      return "indication";
+    default:
+      return "record";
+  }
+}
+
+std::string DefaultDescriptorSet() {
+  const char* named = std::getenv("VIRTUAL_MODEM_DESCRIPTOR_SET");
+  if (named != nullptr && *named != '\0') return named;
+  std::error_code ignored;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+  return (program.parent_path() / VIRTUAL_MODEM_DESCRIPTOR_SET_FROM_PROGRAM)
+      .lexically_normal()
+      .string();
+}
+
+std::string UnitOf(const FileDescriptor& file) {
+  return std::filesystem::path(file.name()).stem().string();
+}
+
+bool SameLayout(const Descriptor& left, const Descriptor& right) {
+  if (&left == &right) return true;
+  if (left.field_count() != right.field_count()) return false;
+  for (int i = 0; i < left.field_count(); ++i) {
+    const FieldDescriptor& a = *left.field(i);
+    const FieldDescriptor* b = right.FindFieldByNumber(a.number());
+    if (b == nullptr || a.type() != b->type() || a.label() != b->label() ||
+        a.enum_type() != b->enum_type()) {
+      return false;
+    }
+    if (a.message_type() != nullptr && !SameLayout(*a.message_type(), *b->message_type())) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower;
+}
+
+std::vector<std::string> NearestNames(std::string_view name,
+                                      const std::vector<std::string>& names) {
+  const std::string wanted = Lower(name);
+  std::vector<std::pair<std::size_t, std::string>> near;
+  for (const std::string& candidate : names) {
+    const std::string lower = Lower(candidate);
+    std::size_t distance = EditDistance(wanted, lower);
+    // A part of a name is nearer than its length tells.
+    if (wanted.size() >= 3 && lower.find(wanted) != std::string::npos) {
+      distance = 1 + distance / 10;
+    }
+    if (distance <= 1 + wanted.size() / 3) near.emplace_back(distance, candidate);
+  }
+  std::sort(near.begin(), near.end());
+  std::vector<std::string> nearest;
+  for (const auto& [distance, candidate] : near) {
+    if (nearest.size() == 3) break;
+    if (std::find(nearest.begin(), nearest.end(), candidate) == nearest.end()) {
+      nearest.push_back(candidate);
+    }
+  }
+  return nearest;
+}
+
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& names) {
+  const std::vector<std::string> nearest = NearestNames(name, names);
+  if (nearest.empty()) return "";
+  std::string text = "; did you mean " + nearest.front();
+  for (std::size_t i = 1; i < nearest.size(); ++i) {
+    text += (i + 1 < nearest.size() ? ", " : " or ") + nearest[i];
+  }
+  return text + "?";
+}
+
+}  // namespace virtual_modem::inspect

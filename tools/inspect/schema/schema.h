@@ -1,0 +1,118 @@
+// The installed schema at run time: message types and enumerations by name, their comments, and
+// messages of types that this program was not compiled with.
+#pragma once
+
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/dynamic_message.h>
+#include <google/protobuf/message.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "inspect/schema/schema_tables.h"
+
+namespace virtual_modem::inspect {
+
+using google::protobuf::Descriptor;
+using google::protobuf::EnumDescriptor;
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+
+enum class Kind : std::uint8_t { kRequest, kResponse, kIndication, kRecord };
+
+// "request", "response", "indication" or "record".
+std::string_view KindName(Kind kind);
+
+// What the traffic of messages is read by.
+struct TypeInfo {
+  const Descriptor* type;
+  std::string unit;
+  Kind kind;
+  int serial;                    // number of the field of that name, 0 when there is none
+  const FieldDescriptor* error;  // null when there is none
+};
+
+class Schema {
+ public:
+  // Reads a FileDescriptorSet, and the list of subscriber data beside it when there is one.
+  // Throws Error when the set cannot be read.
+  explicit Schema(const std::string& descriptor_set);
+
+  // In the order of declaration, unit by unit.
+  const std::vector<const Descriptor*>& messages() const { return messages_; }
+  const std::vector<const EnumDescriptor*>& enums() const { return enums_; }
+  // The same, by the index that a message has in the tables.
+  const std::vector<TypeInfo>& types() const { return types_; }
+  const text::Tables& tables() const { return tables_.tables(); }
+  unsigned IndexOf(const Descriptor& type) const { return tables_.IndexOf(type); }
+
+  // A message by its full name or, where that is unique, without its package; null when there is
+  // none.
+  const Descriptor* FindMessage(std::string_view name) const;
+  // The same, but throws Error with the nearest names.
+  const Descriptor& GetMessage(std::string_view name) const;
+  const TypeInfo* FindType(std::string_view name) const;
+  const EnumDescriptor* FindEnum(std::string_view name) const;
+
+  std::unique_ptr<Message> NewMessage(const Descriptor& type);
+
+  // Whether the field holds what identifies a subscriber or what a subscriber says.
+  bool IsSubscriberData(const FieldDescriptor& field) const {
+    return subscriber_data_.count(&field) != 0;
+  }
+  // Throws Error when the schema says of no field that it is subscriber data: nothing could be
+  // masked then.
+  void RequireSubscriberData() const;
+
+ private:
+  void ReadSubscriberData(const std::string& path);
+  void FillTypes();
+
+  google::protobuf::DescriptorPool pool_;
+  google::protobuf::DynamicMessageFactory factory_{&pool_};
+  std::vector<const Descriptor*> messages_;
+  std::vector<const EnumDescriptor*> enums_;
+  std::vector<TypeInfo> types_;
+  std::unordered_map<std::string_view, std::size_t> types_by_name_;  // with and without package
+  SchemaTables tables_;
+  std::unordered_set<const FieldDescriptor*> subscriber_data_;
+};
+
+// Where the descriptor set is: the environment variable VIRTUAL_MODEM_DESCRIPTOR_SET, else the data
+// folder of the tree that the running program is installed (or built) in.
+std::string DefaultDescriptorSet();
+
+// The comment of a declaration as one line.
+template <typename Declaration>
+std::string Comment(const Declaration& declaration) {
+  google::protobuf::SourceLocation location;
+  if (!declaration.GetSourceLocation(&location)) return "";
+  std::istringstream words(location.leading_comments + " " + location.trailing_comments);
+  std::string comment;
+  std::string word;
+  while (words >> word) comment += (comment.empty() ? "" : " ") + word;
+  return comment;
+}
+
+// The unit of a declaration, such as "radio".
+std::string UnitOf(const google::protobuf::FileDescriptor& file);
+
+// Two types with identical layouts read and write the same bytes alike.
+bool SameLayout(const Descriptor& left, const Descriptor& right);
+
+std::string Lower(std::string_view text);
+
+// Up to three of the names that look most like the one given; empty when none is near.
+std::vector<std::string> NearestNames(std::string_view name, const std::vector<std::string>& names);
+
+// "; did you mean A, B or C?", or nothing.
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& names);
+
+}  // namespace virtual_modem::inspect

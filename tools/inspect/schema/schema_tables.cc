@@ -1,0 +1,132 @@
+#include "inspect/schema/schema_tables.h"
+
+#include <algorithm>
+
+#include "inspect/error.h"
+
+namespace virtual_modem::inspect {
+namespace {
+
+using google::protobuf::Descriptor;
+using google::protobuf::EnumDescriptor;
+using google::protobuf::FieldDescriptor;
+using text::FieldKind;
+
+constexpr std::int32_t kFromZero = 256;  // numbers below it are found by their place
+
+FieldKind KindOf(const FieldDescriptor& field) {
+  switch (field.type()) {
+    case FieldDescriptor::TYPE_INT32:
+      return FieldKind::kInt32;
+    case FieldDescriptor::TYPE_UINT32:
+      return FieldKind::kUint32;
+    case FieldDescriptor::TYPE_BOOL:
+      return FieldKind::kBool;
+    case FieldDescriptor::TYPE_ENUM:
+      return FieldKind::kEnum;
+    case FieldDescriptor::TYPE_STRING:
+      return FieldKind::kString;
+    case FieldDescriptor::TYPE_MESSAGE:
+      return FieldKind::kMessage;
+    default:
+      return FieldKind::kNone;
+  }
+}
+
+[[noreturn]] void Refuse(const FieldDescriptor& field, const std::string& why) {
+  throw Error("the schema's field " + field.full_name() + " " + why +
+              ", unlike any of a virtual modem");
+}
+
+}  // namespace
+
+void SchemaTables::Fill(const std::vector<const Descriptor*>& messages,
+                        const std::unordered_set<const FieldDescriptor*>& subscriber_data) {
+  if (messages.size() > UINT8_MAX) throw Error("the schema has over 255 messages");
+  for (const Descriptor* type : messages) {
+    indexes_.emplace(type, static_cast<unsigned>(indexes_.size()));
+  }
+  for (const Descriptor* type : messages) {
+    int highest = 0;
+    for (int i = 0; i < type->field_count(); ++i) {
+      const FieldDescriptor& field = *type->field(i);
+      highest = std::max(highest, field.number());
+      if (highest > UINT8_MAX) Refuse(field, "has a number over 255");
+    }
+    const std::size_t first = fields_.size();
+    messages_.push_back({static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(highest)});
+    fields_.resize(first + static_cast<std::size_t>(highest));
+    if (fields_.size() > UINT16_MAX) throw Error("the schema has too many fields");
+    for (int i = 0; i < type->field_count(); ++i) {
+      const FieldDescriptor& field = *type->field(i);
+      text::Field row = MakeField(field);
+      row.subscriber_data = subscriber_data.count(&field) != 0;
+      if (row.subscriber_data &&
+          (row.kind == FieldKind::kEnum || row.kind == FieldKind::kMessage)) {
+        Refuse(field, "is subscriber data that has no mask");
+      }
+      fields_[first + static_cast<std::size_t>(field.number()) - 1] = row;
+    }
+  }
+  names_.append(text::kNamePadding, '\0');
+  tables_ = {messages_.data(), fields_.data(), names_.data(), NameOf, this};
+}
+
+text::Field SchemaTables::MakeField(const FieldDescriptor& field) {
+  text::Field row{};
+  row.kind = KindOf(field);
+  if (row.kind == FieldKind::kNone) Refuse(field, std::string("is a ") + field.type_name());
+  if (field.name().size() > text::kNamePadding) Refuse(field, "has a name over 32 letters");
+  row.number = static_cast<std::uint8_t>(field.number());
+  row.name = Place(field.name());
+  row.name_size = static_cast<std::uint8_t>(field.name().size());
+  row.repeated = field.is_repeated();
+  row.required = field.is_required();
+  if (row.kind == FieldKind::kEnum) row.below = PlaceEnum(*field.enum_type());
+  if (row.kind == FieldKind::kMessage) {
+    const auto found = indexes_.find(field.message_type());
+    if (found == indexes_.end()) Refuse(field, "has a type declared within a message");
+    row.below = static_cast<std::uint8_t>(found->second);
+  }
+  return row;
+}
+
+std::uint16_t SchemaTables::Place(const std::string& name) {
+  const auto [found, added] = places_.emplace(name, static_cast<std::uint16_t>(names_.size()));
+  if (added) names_ += name;
+  if (names_.size() > UINT16_MAX) throw Error("the schema has too many names");
+  return found->second;
+}
+
+std::uint8_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
+  const auto [found, added] =
+      enum_indexes_.emplace(&type, static_cast<std::uint8_t>(enums_.size()));
+  if (!added) return found->second;
+  if (enums_.size() == UINT8_MAX) throw Error("the schema has over 255 enumerations");
+  Names names;
+  names.from_zero.resize(kFromZero);
+  for (int i = type.value_count() - 1; i >= 0; --i) {  // the first of aliases is printed
+    const auto& value = *type.value(i);
+    if (value.number() >= 0 && value.number() < kFromZero) {
+      names.from_zero[static_cast<std::size_t>(value.number())] = value.name();
+    } else {
+      names.others.insert(names.others.begin(), {value.number(), value.name()});
+    }
+  }
+  std::stable_sort(names.others.begin(), names.others.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  enums_.push_back(std::move(names));
+  return found->second;
+}
+
+std::string_view SchemaTables::NameOf(const void* context, unsigned enumeration,
+                                      std::int32_t number) {
+  const Names& names = static_cast<const SchemaTables*>(context)->enums_[enumeration];
+  if (number >= 0 && number < kFromZero) return names.from_zero[static_cast<std::size_t>(number)];
+  const auto found =
+      std::lower_bound(names.others.begin(), names.others.end(), number,
+                       [](const auto& entry, std::int32_t wanted) { return entry.first < wanted; });
+  return found != names.others.end() && found->first == number ? found->second : "";
+}
+
+}  // namespace virtual_modem::inspect

@@ -1,0 +1,55 @@
+// Prints encoded messages as text or JSON.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "inspect/examine/findings.h"
+#include "inspect/schema/schema.h"
+#include "inspect/show/output.h"
+
+namespace virtual_modem::inspect {
+
+// What becomes of bytes that are to be redacted and do not fit their type.
+enum class Misfit : std::uint8_t {
+  kHide,   // nothing is shown
+  kShape,  // all strings and lists of numbers are masked
+  kTrust,  // they are masked by the type all the same
+};
+
+struct PrinterOptions {
+  bool json = false;
+  bool redact = false;
+  Misfit misfit = Misfit::kHide;
+  bool single_line = false;
+};
+
+class Printer {
+ public:
+  Printer(Schema& schema, const PrinterOptions& options, Output& out);
+
+  // Appends the message, whose type is an index into the schema's types, and tells what there is to
+  // tell. Text of several lines ends with a line break. What a misfit hides is not
+  // shown, and shown() is false.
+  //
+  // Bytes as a serializer writes them are printed where they stand; others are parsed first.
+  Findings Print(unsigned type, std::string_view bytes);
+  bool shown() const { return shown_; }
+
+ private:
+  text::Outcome AppendText(unsigned type, std::string_view bytes, bool whatever_comes);
+  Message& MessageOf(unsigned type);
+
+  Schema& schema_;
+  const PrinterOptions options_;
+  Output& out_;
+  std::unordered_map<unsigned, std::unique_ptr<Message>> messages_;
+  std::string masked_;
+  std::string json_;
+  bool shown_ = true;
+};
+
+}  // namespace virtual_modem::inspect
