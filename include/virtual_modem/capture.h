@@ -6,6 +6,7 @@
 #pragma once
 
 #include <google/protobuf/message_lite.h>
+#include <virtual_modem/frame.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -16,12 +17,6 @@
 #pragma GCC visibility push(default)
 
 namespace virtual_modem {
-
-// Which way a message goes.
-enum class Direction : std::uint8_t {
-  kToModem,      // most requests
-  kToTelephony,  // most responses and indications
-};
 
 struct CaptureOptions {
   bool show_subscriber_data = false;  // else messages are recorded as MaskedBytes() gives them

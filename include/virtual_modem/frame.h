@@ -1,0 +1,128 @@
+// The frame in which captures and the examples carry a message, for channels of one's own: a
+// message names neither its type nor its length, and one NoParmRequest asks for something else than
+// the next. Part of libvirtual-modem-text; link VirtualModemProtos::text.
+//
+//   offset  bytes  content
+//   0       2      'V' 'M'
+//   2       1      operation: what the message stands for where its type does not say; a number
+//                  that the two sides agree on, 0 for none
+//   3       1      N, length of the type name, 1 to 64
+//   4       4      P, length of the message, big-endian
+//   8       N      type name, such as "Dial": letters, digits, '_' and '.'
+//   8 + N   P      the message
+//
+// Nothing throws but for lack of memory, no RTTI is needed, and nothing is allocated but in the
+// buffers that are written to. Functions may be called from any thread; a FrameReader from one at a
+// time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace google::protobuf {
+class MessageLite;
+}
+
+#pragma GCC visibility push(default)
+
+namespace virtual_modem {
+
+// Which way a message goes.
+enum class Direction : std::uint8_t {
+  kToModem,      // most requests
+  kToTelephony,  // most responses and indications
+};
+
+inline constexpr std::size_t kFrameHeaderBytes = 8;
+inline constexpr std::size_t kMaxTypeNameBytes = 64;
+
+struct Frame {
+  std::uint8_t operation = 0;
+  std::string_view type;
+  std::string_view message;  // encoded
+};
+
+// Appends the bytes of the frame. False, and nothing appended, when the type has no legal name or
+// the message takes 4 GiB or more.
+bool AppendFrame(const Frame& frame, std::string& out);
+
+// The same for a message; it may lack required fields. False for a message of another library and
+// one of 2 GiB or more.
+bool AppendFrame(const google::protobuf::MessageLite& message, std::uint8_t operation,
+                 std::string& out);
+
+enum class FrameStatus : std::uint8_t {
+  kFrame,
+  kMoreNeeded,  // the bytes end within a frame
+  // These begin no frame that can be read. After the last two, nobody knows where the next begins.
+  kTooLarge,  // the message is larger than the caller allows
+  kNotAFrame,
+  kBadType,  // the type has no legal name
+};
+
+// The end of a sentence about a frame, such as "does not begin with 'VM'".
+const char* Explain(FrameStatus status);
+
+struct FrameRead {
+  FrameStatus status = FrameStatus::kMoreNeeded;
+  // Refers into the bytes that were read. Of kTooLarge, it has the operation and, when all of the
+  // name was there, the type; of the others but kFrame, nothing.
+  Frame frame;
+  // Of kFrame and kTooLarge, the bytes of all of the frame. Of kMoreNeeded, how many bytes are
+  // needed as far as that is known, counted from the beginning of the frame.
+  std::uint64_t size = 0;
+};
+
+// Reads the frame with which the bytes begin; others may follow it. max_message bounds the size of
+// its message, in bytes, and is looked at as soon as the header is there. What cannot become a
+// frame is refused by its first wrong byte.
+FrameRead ReadFrame(std::string_view bytes, std::size_t max_message);
+
+// Reads frames from a stream that comes in pieces of any size:
+//
+//   reader.Add({buffer, size});  // what read() gave
+//   while (const auto read = reader.Next()) {
+//     if (read->status == virtual_modem::FrameStatus::kFrame) Receive(read->frame);
+//   }
+//   if (reader.ended()) Disconnect();
+//
+// Keeps at most one unfinished frame beside what was added since Next() returned nothing.
+class FrameReader {
+ public:
+  enum class TooLarge : std::uint8_t {
+    kEnds,     // the connection, as what is no frame does
+    kSkipped,  // without being kept; the next frame is read
+  };
+
+  explicit FrameReader(std::size_t max_message, TooLarge too_large = TooLarge::kEnds)
+      : max_message_(max_message), too_large_(too_large) {}
+
+  // Takes the bytes that follow those taken before. Ignored after the end.
+  void Add(std::string_view bytes);
+
+  // The next frame, or why there is none: that a message is too large, with its type and size, or
+  // the fault that ends the stream, once. Nothing when more bytes are needed and after the end.
+  // What it returns refers into the reader until the next Add().
+  std::optional<FrameRead> Next();
+
+  // No frame follows: the connection is of no use anymore.
+  bool ended() const { return ended_; }
+
+  // Nothing of a frame has come yet, so here the other side may close the connection.
+  bool between_frames() const { return at_ == bytes_.size() && skip_ == 0; }
+
+ private:
+  std::size_t max_message_;
+  TooLarge too_large_;
+  bool ended_ = false;
+  std::string bytes_;
+  std::size_t at_ = 0;      // where the next frame begins in them
+  std::uint64_t skip_ = 0;  // bytes to come that belong to a frame which is too large
+};
+
+}  // namespace virtual_modem
+
+#pragma GCC visibility pop
