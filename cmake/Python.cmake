@@ -25,7 +25,7 @@ if(NOT VIRTUAL_MODEM_PYTHON AND VIRTUAL_MODEM_RUNTIME STREQUAL "source")
       google/protobuf/descriptor.proto
     COMMAND_ERROR_IS_FATAL ANY)
   file(CONFIGURE OUTPUT ${_modules}/python3 CONTENT [[#!/bin/sh
-PYTHONPATH='@_modules@' PYTHONDONTWRITEBYTECODE=1 exec '@VIRTUAL_MODEM_BARE_PYTHON@' "$@"
+PYTHONPATH='@_modules@'${PYTHONPATH:+:$PYTHONPATH} PYTHONDONTWRITEBYTECODE=1 exec '@VIRTUAL_MODEM_BARE_PYTHON@' "$@"
 ]] @ONLY)
   file(CHMOD ${_modules}/python3 PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   set(VIRTUAL_MODEM_PYTHON ${_modules}/python3)
@@ -41,3 +41,13 @@ if(NOT VIRTUAL_MODEM_PYTHON OR NOT _reads_protobuf)
     "Install one (Debian: scripts/setup build, which is apt-get install python3-protobuf) or name it "
     "with -D VIRTUAL_MODEM_PYTHON=/path/to/python3.")
 endif()
+
+# How a program that reads the schema is run (src/schema is the Python module), and what it depends on:
+# the descriptor set and the list beside it, once they are checked.
+set(virtual_modem_python ${CMAKE_COMMAND} -E env PYTHONPATH=${PROJECT_SOURCE_DIR}/src
+  PYTHONDONTWRITEBYTECODE=1 ${VIRTUAL_MODEM_PYTHON})
+file(GLOB virtual_modem_schema_module CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/schema/*.py)
+set(virtual_modem_schema_inputs
+  ${PROJECT_BINARY_DIR}/share/virtual-modem-protos/virtual-modem-protos.binpb
+  ${PROJECT_BINARY_DIR}/share/virtual-modem-protos/subscriber_data.txt
+  ${virtual_modem_schema_module} virtual-modem-descriptor-set)

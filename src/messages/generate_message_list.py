@@ -3,13 +3,14 @@
 
 Usage: generate_message_list.py DESCRIPTOR_SET OUTPUT
 """
+import pathlib
 import sys
 import zlib
 
-from google.protobuf import descriptor_pb2
+import schema
 
 HEADER = """\
-// Made from the descriptor set by generate_message_list.py; do not edit.
+// Generated from the descriptor set by generate_message_list.py; do not edit.
 //
 // VIRTUAL_MODEM_MESSAGES(X) expands X(type_name, cpp_class, unit) for every message and
 // VIRTUAL_MODEM_ENUMS(X) expands X(name, cpp_type, unit) for every enumeration, in schema order.
@@ -22,29 +23,20 @@ HEADER = """\
 
 
 def main() -> None:
-    source, target = sys.argv[1:]
-    files = descriptor_pb2.FileDescriptorSet()
-    with open(source, "rb") as stream:
-        files.ParseFromString(stream.read())
-
-    includes, messages, enums = [], [], []
+    everything, target = schema.load(sys.argv[1]), pathlib.Path(sys.argv[2])
     interface = 0
-    for file in files.file:
-        unit = file.name.split("/")[-1].removesuffix(".proto")
-        dots = file.package + "." if file.package else ""
-        scope = "::" + dots.replace(".", "::")
-        includes.append(f'#include "virtual_modem/{unit}.pb.h"')
-        messages += [f'  X("{dots}{m.name}", {scope}{m.name}, {unit})' for m in file.message_type]
-        for message in file.message_type:
-            interface = zlib.crc32(dots.encode() + message.SerializeToString(deterministic=True),
-                                   interface)
-        enums += [f"  X({e.name}, {scope}{e.name}, {unit})" for e in file.enum_type]
+    for message in everything.messages:
+        scope = message.full_name[:-len(message.name)]
+        interface = zlib.crc32(
+            scope.encode() + message.proto.SerializeToString(deterministic=True), interface)
 
-    with open(target, "w", encoding="ascii") as out:
-        out.write(HEADER + "\n".join(includes))
-        for macro, rows in (("MESSAGES", messages), ("ENUMS", enums)):
-            out.write(f"\n\n#define VIRTUAL_MODEM_{macro}(X) \\\n" + " \\\n".join(rows) + "\n")
-        out.write(f"\n#define VIRTUAL_MODEM_INTERFACE {interface:#010x}u\n")
+    lines = [f'#include "virtual_modem/{unit.name}.pb.h"' for unit in everything.units]
+    for macro, rows in (
+            ("MESSAGES", [f'"{m.full_name}", ::{m.cpp_name}, {m.unit.name}' for m in everything.messages]),
+            ("ENUMS", [f"{e.name}, ::{e.cpp_name}, {e.unit.name}" for e in everything.enums])):
+        lines += ["", " \\\n".join([f"#define VIRTUAL_MODEM_{macro}(X)", *(f"  X({row})" for row in rows)])]
+    lines += ["", f"#define VIRTUAL_MODEM_INTERFACE {interface:#010x}u"]
+    target.write_text(HEADER + "\n".join(lines) + "\n", encoding="ascii")
 
 
 if __name__ == "__main__":

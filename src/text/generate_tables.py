@@ -1,49 +1,17 @@
 #!/usr/bin/python3
-"""Writes the tables of libvirtual-modem-text from the schema.
+"""Writes the tables of libvirtual-modem-text from the schema, which has passed schema.check.
 
-Usage: generate_tables.py DESCRIPTOR_SET SUBSCRIBER_DATA OUTPUT
+Usage: generate_tables.py DESCRIPTOR_SET [SUBSCRIBER_DATA] OUTPUT
 
-DESCRIPTOR_SET has the comments of the schema: the first word of a message's is its kind. What the
-tables cannot say (a field of another type, say) is refused with its name.
+SUBSCRIBER_DATA is wanted when the list does not stand beside the set.
 """
 import pathlib
 import sys
 
-from google.protobuf.descriptor_pb2 import FieldDescriptorProto, FileDescriptorSet
+import schema
 
-KINDS = ("Request", "Response", "Indication", "Record")
-FIELD_KINDS = {
-    FieldDescriptorProto.TYPE_INT32: "kInt32",
-    FieldDescriptorProto.TYPE_UINT32: "kUint32",
-    FieldDescriptorProto.TYPE_BOOL: "kBool",
-    FieldDescriptorProto.TYPE_ENUM: "kEnum",
-    FieldDescriptorProto.TYPE_STRING: "kString",
-    FieldDescriptorProto.TYPE_MESSAGE: "kMessage",
-}
-MASKED_KINDS = ("kString", "kInt32", "kUint32")
-MESSAGE_IN_FILE = 4  # field number of message_type in FileDescriptorProto, for paths of comments
-NAME_PADDING = 32  # kNamePadding
 # Names of the numbers of an enumeration from its lowest on are kept at hand, so many at most.
 MOST_SLOTS = 600
-
-
-def refuse(what: str) -> None:
-    sys.exit(f"generate_tables.py: {what}")
-
-
-def message_kinds(file) -> dict[int, str]:
-    """The kind of each message of a file, by its place."""
-    comments = {location.path[1]: location.leading_comments
-                for location in file.source_code_info.location
-                if len(location.path) == 2 and location.path[0] == MESSAGE_IN_FILE}
-    kinds = {}
-    for place, message in enumerate(file.message_type):
-        first = (comments.get(place, "").split() or [""])[0].strip(":,.")
-        if first not in KINDS:
-            refuse(f"{file.name}: the comment of {message.name} begins with '{first}', not with its "
-                   f"kind: {', '.join(KINDS)}")
-        kinds[place] = first
-    return kinds
 
 
 class Names:
@@ -54,8 +22,6 @@ class Names:
         self.places: dict[str, int] = {}
 
     def place(self, name: str) -> int:
-        if len(name) > NAME_PADDING:
-            refuse(f"the name {name} is longer than {NAME_PADDING} bytes")
         if name not in self.places:
             self.places[name] = len(self.text)
             self.text += name
@@ -63,63 +29,28 @@ class Names:
 
 
 def main() -> None:
-    source, subscriber_file, target = sys.argv[1:]
-    files = FileDescriptorSet()
-    files.ParseFromString(pathlib.Path(source).read_bytes())
-    lines = (line.split("#")[0].strip()
-             for line in pathlib.Path(subscriber_file).read_text(encoding="utf-8").splitlines())
-    subscriber_data = set(filter(None, lines))
+    everything, target = schema.load(*sys.argv[1:-1]), sys.argv[-1]
+    messages, enums = everything.messages, everything.enums
+    index = {each.full_name: place for each in (messages, enums) for place, each in enumerate(each)}
 
-    messages = []  # full name, C++ class, unit, kind, descriptor
-    enums = {}  # full name -> C++ type and its numbers, in order
-    for file in files.file:
-        unit = pathlib.PurePath(file.name).stem
-        prefix = file.package + "." if file.package else ""
-        scope = "::" + prefix.replace(".", "::")
-        kinds = message_kinds(file)
-        messages += [(prefix + m.name, scope + m.name, unit, kinds[place], m)
-                     for place, m in enumerate(file.message_type)]
-        enums.update({prefix + e.name: (scope + e.name, [v.number for v in e.value])
-                      for e in file.enum_type})
-    index = {name: place for place, (name, *_) in enumerate(messages)}
-    enum_index = {name: place for place, name in enumerate(enums)}
-
-    names, message_rows, field_rows, used_enums = Names(), [], [], set()
-    for name, _, _, _, message in messages:
-        if message.nested_type or message.enum_type or message.oneof_decl:
-            refuse(f"{name}: nested declarations and oneofs have no place in the tables")
-        by_number = {f.number: f for f in message.field}
+    names, message_rows, field_rows = Names(), [], []
+    for message in messages:
+        by_number = {f.number: f for f in message.fields}
         highest = max(by_number, default=0)
-        if highest > 2 * len(by_number) + 16:
-            refuse(f"{name}: field numbers up to {highest} are too sparse")
-        message_rows.append(f"{{{len(field_rows)}, {highest}}},  // {name}")
+        message_rows.append(f"{{{len(field_rows)}, {highest}}},  // {message.full_name}")
         for number in range(1, highest + 1):
             if number not in by_number:
                 field_rows.append("{},")
                 continue
             f = by_number[number]
-            full = f"{name}.{f.name}"
-            if f.type not in FIELD_KINDS:
-                refuse(f"{full}: type {FieldDescriptorProto.Type.Name(f.type)} has no place in the tables")
-            kind = FIELD_KINDS[f.type]
-            masked = full in subscriber_data
-            subscriber_data.discard(full)
-            if masked and kind not in MASKED_KINDS:
-                refuse(f"{full}: subscriber data of this type cannot be masked")
-            below = 0
-            if kind == "kMessage":
-                below = index[f.type_name.lstrip(".")]
-            elif kind == "kEnum":
-                used_enums.add(f.type_name.lstrip("."))
-                below = enum_index[f.type_name.lstrip(".")]
-            flags = (f.label == FieldDescriptorProto.LABEL_REPEATED,
-                     f.label == FieldDescriptorProto.LABEL_REQUIRED, masked)
-            field_rows.append(f"{{{names.place(f.name)}, {len(f.name)}, {number}, {below}, FieldKind::{kind}, "
+            kind = f.type if f.is_scalar else type(f.declared).__name__
+            below = index[f.declared.full_name] if f.declared else 0
+            flags = (f.label == "repeated", f.label == "required", f.is_subscriber_data)
+            field_rows.append(f"{{{names.place(f.name)}, {len(f.name)}, {number}, {below}, "
+                              f"FieldKind::k{kind.title()}, "
                               + ", ".join("true" if flag else "false" for flag in flags) + "},")
-    if subscriber_data:
-        refuse(f"subscriber data that no message has: {', '.join(sorted(subscriber_data))}")
 
-    out = ["// Made from the descriptor set by generate_tables.py; do not edit.",
+    out = ["// Generated from the descriptor set by generate_tables.py; do not edit.",
            '#include "text/generated.h"',
            "",
            "#include <atomic>",
@@ -141,15 +72,16 @@ def main() -> None:
            "const std::string* LibraryName(unsigned enumeration, std::int32_t number) {",
            "  switch (enumeration) {"]
     slots, slot_rows = 0, []
-    for name, (cpp, numbers) in enums.items():
-        if name not in used_enums:
-            slot_rows.append(f"{{0, 0, 0}},  // {name}")
+    for place, enum in enumerate(enums):
+        if not enum.carried_by:
+            slot_rows.append(f"{{0, 0, 0}},  // {enum.full_name}")
             continue
-        out += [f"    case {enum_index[name]}:",
-                f"      return &{cpp}_Name(static_cast<{cpp}>(number));"]
+        numbers = [value.number for value in enum.values]
+        out += [f"    case {place}:",
+                f"      return &::{enum.cpp_name}_Name(static_cast<::{enum.cpp_name}>(number));"]
         first = min(numbers)
         count = max(n for n in numbers if n - first < MOST_SLOTS) - first + 1
-        slot_rows.append(f"{{{slots}, {count}, {first}}},  // {name}")
+        slot_rows.append(f"{{{slots}, {count}, {first}}},  // {enum.full_name}")
         slots += count
     out += ["  }",
             "  return nullptr;", "}", "",
@@ -170,18 +102,17 @@ def main() -> None:
             "const Tables kTables{kMessages, kFields, kNames, EnumName, nullptr};", "",
             "const Type kTypes[kTypeCount] = {"]
     serials = []
-    for place, (name, cpp, unit, kind, message) in enumerate(messages):
-        fields = {f.name: f for f in message.field}
-        if "serial" in fields:
-            if fields["serial"].type != FieldDescriptorProto.TYPE_INT32:
-                refuse(f"{name}.serial is no int32")
-            serials.append((place, cpp))
-        scope, _, plain = cpp.rpartition("::")
+    for place, message in enumerate(messages):
+        fields = {f.name: f for f in message.fields}
+        has_serial = "serial" in fields
+        if has_serial:
+            serials.append((place, message.cpp_name))
+        scope, _, plain = f"::{message.cpp_name}".rpartition("::")
         instance = f"{scope}::_{plain}_default_instance_"
-        out.append(f'    {{"{name}", "{unit}", Kind::k{kind}, '
+        out.append(f'    {{"{message.full_name}", "{message.unit.name}", Kind::k{message.kind.title()}, '
                    f"reinterpret_cast<const google::protobuf::MessageLite*>(&{instance}), "
-                   f"{str('serial' in fields).lower()}, {str('error' in fields).lower()}}},")
-    by_name = sorted(range(len(messages)), key=lambda place: messages[place][0].encode())
+                   f"{str(has_serial).lower()}, {str('error' in fields).lower()}}},")
+    by_name = sorted(range(len(messages)), key=lambda place: messages[place].full_name.encode())
     out += ["};", "",
             "const std::uint8_t kTypesByName[kTypeCount] = {"
             + ", ".join(map(str, by_name)) + "};", "",
@@ -195,7 +126,7 @@ def main() -> None:
             "                                     const google::protobuf::MessageLite& message) {",
             "  switch (index) {"]
     for place, cpp in serials:
-        out += [f"    case {place}:", f"      return Serial<{cpp}>(message);"]
+        out += [f"    case {place}:", f"      return Serial<::{cpp}>(message);"]
     out += ["  }", "  return std::nullopt;", "}", "", "}  // namespace virtual_modem::text", ""]
     pathlib.Path(target).write_text("\n".join(out), encoding="ascii")
 

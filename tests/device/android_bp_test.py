@@ -128,7 +128,9 @@ class AndroidBp(unittest.TestCase):
 
             def tool(match, names=tuple(module["tools"])):
                 named = MODULES.get(match[1] or names[0])
-                return f"{sys.executable} -B {named['main']}" if named else "protoc"
+                modules = MODULES["virtual-modem-schema-reader"]["path"]
+                return (f"PYTHONPATH={modules} {sys.executable} -B {named['main']}" if named
+                        else "protoc")
             with self.subTest(name), tempfile.TemporaryDirectory() as scratch:
                 out = pathlib.Path(scratch, module["out"][0])
                 out.parent.mkdir(exist_ok=True)

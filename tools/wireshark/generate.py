@@ -7,11 +7,9 @@ import json
 import pathlib
 import sys
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "docs" / "reference"))
-import schema  # pylint: disable=wrong-import-position
+import schema
 
 PLACEHOLDER = "local MESSAGES, ENUMS = {}, {}\n"
-SCALARS = {"int32", "uint32", "bool", "string"}  # as virtual_modem.lua has them
 
 
 def quote(text: str) -> str:
@@ -19,23 +17,19 @@ def quote(text: str) -> str:
     return json.dumps(" ".join(text.encode("ascii").decode().split()))
 
 
-def tables(units: list[schema.Unit]) -> str:
-    # A field names its type without the package.
-    full_names = {m.name: m.full_name for unit in units for m in unit.messages}
+def tables(everything: schema.Schema) -> str:
     lines = ["local MESSAGES = {"]
-    for message in (m for unit in units for m in unit.messages):
-        lines.append(f"  [{quote(message.full_name)}] = {{ kind = {quote(message.kind or '')},")
+    for message in everything.messages:
+        lines.append(f"  [{quote(message.full_name)}] = {{ kind = {quote(message.kind)},")
         for field in message.fields:
-            if field.is_scalar and field.type not in SCALARS:
-                sys.exit(f"generate.py: virtual_modem.lua cannot show {field.type} "
-                         f"({message.full_name}.{field.name})")
-            named = full_names.get(field.type, field.type)
+            is_message = isinstance(field.declared, schema.Message)
             lines.append(f"    {{ number = {field.number}, name = {quote(field.name)}, "
-                         f"label = {quote(field.label)}, type = {quote(named)},\n"
+                         f"label = {quote(field.label)}, "
+                         f"type = {quote(field.declared.full_name if is_message else field.type)},\n"
                          f"      comment = {quote(field.comment)} }},")
         lines.append("  },")
     lines += ["}", "local ENUMS = {"]
-    for enum in (e for unit in units for e in unit.enums):
+    for enum in everything.enums:
         lines.append(f"  {enum.name} = {{")
         lines += [f"    [{value.number}] = {quote(value.name)}," for value in enum.values]
         lines.append("  },")
@@ -43,12 +37,11 @@ def tables(units: list[schema.Unit]) -> str:
 
 
 def main() -> None:
-    descriptor_set, source, target = sys.argv[1:]
-    script = pathlib.Path(source).read_text(encoding="ascii")
+    everything, source, target = schema.load(sys.argv[1]), *map(pathlib.Path, sys.argv[2:])
+    script = source.read_text(encoding="ascii")
     if script.count(PLACEHOLDER) != 1:
         sys.exit(f"generate.py: {source} has to hold '{PLACEHOLDER.strip()}' once")
-    pathlib.Path(target).write_text(
-        script.replace(PLACEHOLDER, tables(schema.load(descriptor_set))), encoding="ascii")
+    target.write_text(script.replace(PLACEHOLDER, tables(everything)), encoding="ascii")
 
 
 if __name__ == "__main__":

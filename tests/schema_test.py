@@ -1,0 +1,245 @@
+#!/usr/bin/python3
+"""What the schema must hold to, and what is said to who breaks it: src/schema, scripts/check-schema.
+
+Usage: schema_test.py DESCRIPTOR_SET        (needs protoc, or PROTOC in the environment)
+"""
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import schema
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+DESCRIPTOR_SET = sys.argv.pop(1)
+# Names of strings that name no one: networks, the card and its files, versions, states.
+PUBLIC_STRINGS = set("alphalong alphashort numeric registeredplmn smscpdu mcc mnc urns aid applabel atr "
+                     "path versioncode versionname broadcastflag type seqno callmode".split())
+# Names of numbers that tell a place, or that are the digits and bytes of a short message.
+PERSONAL_NUMBERS = set("lac cid bsic psc ci pci tac cpid nci networkid systemid basestationid longitude "
+                       "latitude digits bearerdata".split())
+
+SOUND = """// A license line, not the comment of the file.
+
+// Test unit.
+syntax = "proto2";
+package a.b;
+option optimize_for = LITE_RUNTIME;
+
+// ---- Kinds ----
+
+// Kind of an Ask.
+enum Kind {
+  KIND_NONE = 0;  // None.
+  KIND_LEAST = -1;  // Below none.
+}
+
+// ---- Messages ----
+
+// Request to ask.
+// Answered
+// by a Reply.
+message Ask {
+  optional Kind kind = 1;  // Kind.
+  optional string text = 2048 [default = "-1"];  // Text.
+  repeated int64 moments = 536870911;  // Moments.
+}
+
+// Response to answer Ask.
+message Reply {
+  optional bytes text = 1;  // How it is said is agreed between the sides.
+}
+
+// Request without more. Its response is agreed between the sides.
+message Order {}
+"""
+# What a contributor may add to it by mistake, the line that is named, and what is said of it.
+MISTAKES = [
+    ("// Sent to no end.\nmessage Unkind {}", "message Unkind",
+     "Unkind: its comment begins with no kind; let the first word be Request, "),
+    ("message Silent {}", "message Silent", "Silent: has no comment; say its kind first ("),
+    ("enum Still {\n  STILL = 0;  // It is.\n}", "enum Still",
+     "Still: has no comment; say what the enumeration tells"),
+    ("// Request. Answered by a Reply.\nmessage Deaf {}", "message Deaf",
+     "Deaf: is answered by Reply, whose comment does not say so; name Deaf in the comment of Reply"),
+    ("// Request. Answered by a Replay.\nmessage Typo {}", "message Typo",
+     "Typo: is answered by Replay, which is no message; correct the name"),
+    ("// Request to wait.\nmessage Wait {}", "message Wait",
+     "Wait: tells neither its answer nor that the sides agree on it; write 'answered by NAME'"),
+    ("// Response to Order.\nmessage Late {}", "message Late",
+     "Late: answers Order, whose comment does not say so; write 'answered by Late' there"),
+    ("// Record.\nmessage Open {\n  optional int32 open = 1;  // It is.\n}", "int32 open",
+     "a.b.Open.open: nobody decided whether it is subscriber data; add it to subscriber_data.txt, or "),
+    ("// Record.\nmessage Bare {\n  optional bool bare = 1;\n}", "bool bare",
+     "Bare.bare: has no comment; say meaning, unit, range and sentinel"),
+    ("// Record.\nmessage Real {\n  optional double real = 1;  // It is.\n}", "double real",
+     "Real.real: its type double is one that the tools do not show; take one of "),
+    ("// Record.\nmessage Plan {\n  map<bool, bool> plan = 1;  // It is.\n}", "plan = 1",
+     "Plan.plan: is a map, which the tools do not show; make it a list of records"),
+    ("// Record.\nmessage Tight {\n  repeated bool tight = 1 [packed = true];  // It is.\n}",
+     "bool tight", "Tight.tight: is packed, but lists are written unpacked here; leave out"),
+    ("// Record.\nmessage Either {\n  oneof one {\n    bool other = 1;  // It is.\n  }\n}", "message Either",
+     "Either: declares oneofs inside, which the tables do not hold; declare optional fields"),
+    ("// Record.\nmessage Case {\n  optional bool case = 1;  // It is.\n}", "bool case",
+     "Case.case: name fields in lower-case letters and digits"),
+    ("// Record.\nmessage Dash {\n  optional bool dash = 1;  // Long \u2013 and wide.\n}", "bool dash",
+     "Dash.dash: its comment has '\u2013'; write it in ASCII"),
+]
+LISTS = {"subscriber_data.txt": "# One a line\na.b.Ask.text # why\na.b.Ask.txt\na.b.Ask.text\n",
+         "not_subscriber_data.txt": "a.b.Ask.moments\na.b.Reply.text\na.b.Ask.kind\na.b.Ask.text\n"}
+LIST_FAULTS = [
+    "subscriber_data.txt:3: a.b.Ask.txt: the schema has no such field; correct or delete it",
+    "subscriber_data.txt:4: a.b.Ask.text: stands in subscriber_data.txt:2 already; keep one line",
+    "not_subscriber_data.txt:3: a.b.Ask.kind: Kind names no one; delete the line",
+    "not_subscriber_data.txt:4: a.b.Ask.text: stands in subscriber_data.txt:2 already; keep one line",
+]
+# Breaks of what was released: what is replaced in which unit, and what is said of it.
+BREAKS = [
+    ("radio", "Clir clir = 4;", "Clir clir = 9;", "field Dial.clir: number 4 became 9: "),
+    ("radio", "int32 ssrsrp", "uint32 ssrsrp", "field NrSignalStrength.ssrsrp: type int32 became uint32: "),
+    ("radio", "required string dtmf", "optional string dtmf",
+     "field SendBurstDtmf.dtmf: label required became optional: "),
+    ("radio", "  BUSY = 17;", "  USER_BUSY = 17;",
+     "value LastCallFailCause.BUSY was renamed to USER_BUSY: "),
+    ("radio", r"(// [^\n]*\n)+message SetMute \{.*?\n\}\n", "", "message SetMute was removed: "),
+    ("radio", r"message Hangup \{", "message Hangup { required bool added = 9;  // New.\n",
+     "field Hangup.added was added as required: "),
+    ("radio", r"enum SmsAckFailCause \{", "enum SmsAckFailCause { ADDED = 5;  // New.\n",
+     "enum SmsAckFailCause: first MEMORY_CAPACITY_EXCEEDED became ADDED: "),
+    ("radio", "// Record([^\n]*\n(?://[^\n]*\n)*message UusInfo)", r"// Indication\1",
+     "message UusInfo: role record became indication: "),
+    ("conference", r'\[default = "-1"\]', '[default = "0"]',
+     "field EconfResultIndication.joinedcallid: default -1 became 0: "),
+]
+ADDITIONS = [
+    ("radio", "Clir clir = 4;[^\n]*", r"\g<0> optional bool added = 20000;  // New."),
+    ("radio", "  BUSY = 17;", "  ADDED = 5;  // New.\n  BUSY = 17;"),
+    ("conference", r"\Z", "// Record: new.\nmessage Added { required bool added = 1;  // New.\n}\n"),
+]
+
+
+class Case(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.proto = pathlib.Path(scratch.name) / "proto"
+        self.units = self.proto / "virtual_modem"
+
+    def check(self, *options: str) -> list[str]:
+        """The lines of its complaint."""
+        result = subprocess.run([ROOT / "scripts/check-schema", f"--proto={self.proto}", *options],
+                                capture_output=True, text=True, check=False)
+        self.assertEqual(result.returncode, 1 if result.stderr else 0, result.stderr)
+        return result.stderr.splitlines()
+
+    def hold(self, said: list[str], wanted: list[str]) -> None:
+        """Each complaint begins with what is wanted, and there is no other."""
+        missed = [words for words in wanted if not any(line.startswith(words) for line in said)]
+        self.assertEqual((missed, len(said)), ([], len(wanted)), "\n".join(said))
+
+
+class Check(Case):
+    def write(self, text: str, lists: dict[str, str]) -> None:
+        self.units.mkdir(parents=True)
+        (self.units / "test.proto").write_text(text, "utf-8")
+        for name, lines in lists.items():
+            (self.units / name).write_text(lines, "utf-8")
+
+    def test_every_mistake_is_said_once(self):
+        text = SOUND + "\n" + "\n\n".join(declaration for declaration, *_ in MISTAKES) + "\n"
+        self.write(text, LISTS)
+        lines = text.splitlines()
+        wanted = [next(f"proto/virtual_modem/test.proto:{number}: {said}"
+                       for number, line in enumerate(lines, 1) if place in line)
+                  for _, place, said in MISTAKES]
+        self.hold(self.check(), wanted + ["proto/virtual_modem/" + fault for fault in LIST_FAULTS])
+
+    def test_units(self):
+        self.write(SOUND.replace("// Test unit.\n", "").replace("option optimize", "// option optimize")
+                   .replace("// A license line, not the comment of the file.\n", ""), LISTS)
+        said = "\n".join(self.check())
+        for words in ("test.proto:1: test: has no comment; say above 'syntax' what the unit is for",
+                      "test.proto:1: test: its classes would need the full runtime; add 'option"):
+            self.assertIn(words, said)
+
+    def test_what_is_read(self):
+        self.write(SOUND, {"subscriber_data.txt": "a.b.Ask.text # why\na.b.Reply.text\n",
+                           "not_subscriber_data.txt": "a.b.Ask.moments\n"})
+        released = self.proto.parent / "released.txt"
+        self.assertEqual(self.check("--accept", f"--released={released}"), [])
+        self.assertRegex(released.read_text(), r"^# release \d+\.\d+\.\d+\n")
+        with tempfile.NamedTemporaryFile() as out:
+            subprocess.run([os.environ.get("PROTOC", "protoc"), f"--proto_path={self.proto}", "--include_source_info",
+                            f"--descriptor_set_out={out.name}", "virtual_modem/test.proto"], check=True)
+            (unit,) = schema.load(out.name, self.units / "subscriber_data.txt").units
+        self.assertEqual([(s.title, [m.name for m in s.members]) for s in unit.sections],
+                         [("Kinds", ["Kind"]), ("Messages", ["Ask", "Reply", "Order"])])
+        ask, reply, order = unit.messages
+        self.assertEqual([(m.kind, m.answered_by, m.answers, m.is_agreed) for m in unit.messages],
+                         [("request", ["Reply"], [], False), ("response", [], ["Ask"], False),
+                          ("request", [], [], True)])
+        self.assertEqual([(f.tag, f.wire, f.is_subscriber_data) for f in ask.fields + reply.fields],
+                         [("08", "varint", False), ("82 80 01", "length", True),
+                          ("f8 ff ff ff 0f", "varint", False), ("0a", "length", True)])
+        self.assertEqual((order.full_name, order.cpp_name, ask.fields[1].default, unit.comment.strip()),
+                         ("a.b.Order", "a::b::Order", "-1", "Test unit."))
+        self.assertEqual([(v.number, v.wire) for v in unit.enums[0].values],
+                         [(0, "00"), (-1, "ff ff ff ff ff ff ff ff ff 01")])
+
+
+class Released(Case):
+    def setUp(self):
+        super().setUp()
+        shutil.copytree(ROOT / "proto", self.proto)
+
+    def edit(self, unit: str, pattern: str, new: str) -> None:
+        path = self.units / f"{unit}.proto"
+        text, count = re.subn(pattern, new, path.read_text("utf-8"), flags=re.DOTALL)
+        self.assertEqual(count, 1, f"{pattern} has to stand once in {path}")
+        path.write_text(text, "utf-8")
+
+    def test_every_break_is_named(self):
+        for unit, pattern, new, _ in BREAKS:
+            self.edit(unit, pattern, new)
+        for name in ("subscriber_data.txt", "not_subscriber_data.txt"):
+            path = self.units / name
+            path.write_text(re.sub(r"(?m)^SetMute\..*\n", "", path.read_text("utf-8")), "utf-8")
+        self.hold(self.check(), [f"check-schema: {said}" for *_, said in BREAKS]
+                  + [f"check-schema: breaks of what was released: {len(BREAKS)}"])
+
+    def test_additions_pass(self):
+        for addition in ADDITIONS:
+            self.edit(*addition)
+        self.assertEqual(self.check(), [])
+
+
+class Words(unittest.TestCase):
+    # A field moved to the other list by mistake is decided once, too.
+    def test_what_is_personal_by_its_name_is_masked(self):
+        shown = []
+        for message in schema.load(DESCRIPTOR_SET).messages:
+            for field in message.fields:
+                place = message.name.startswith("Cell") and field.name in ("value12", "value13")
+                personal = (field.name not in PUBLIC_STRINGS if field.type == "string"
+                            else place or field.name in PERSONAL_NUMBERS)
+                if personal and not field.is_subscriber_data:
+                    shown.append(field.full_name)
+        self.assertEqual(shown, ["EmergencyNumber.number"])
+
+    def test_units_say_the_same_of_the_same_code(self):
+        texts = {enum.name: {v.number: v.comment.split() for v in enum.values}
+                 for enum in schema.load(DESCRIPTOR_SET).enums}
+        for ours, theirs in (("Radio_Errno", "Qti_Radio_Errno"),
+                             ("LastCallFailCause", "QtiCallFailCause")):
+            shared = texts[ours].keys() & texts[theirs].keys()
+            self.assertIn(25, shared)
+            for number in shared:
+                self.assertEqual(texts[ours][number], texts[theirs][number], f"{ours} {number}")
+
+
+if __name__ == "__main__":
+    unittest.main()
