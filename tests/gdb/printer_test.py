@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Has gdb print messages of every type, out of a process and out of its core file.
 
-Usage: printer_test.py SUBJECT LIBRARY PRINTER DESCRIPTOR_SET SUBSCRIBER_DATA
+Usage: printer_test.py SUBJECT LIBRARY PRINTER DESCRIPTOR_SET
 
 SUBJECT is the program made from subject.cc, PRINTER the script as it is installed. Exits 77, skipped,
 without gdb or where it may not watch a process.
@@ -20,12 +20,13 @@ os.environ["PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION"] = "python"
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "interop"))
 # pylint: disable=wrong-import-position
 import random_exchange
+import schema
 from google.protobuf.descriptor import Descriptor, FieldDescriptor
 from google.protobuf.message_factory import MessageFactory
 
-SUBJECT, LIBRARY, PRINTER, DESCRIPTOR_SET, SUBSCRIBER_DATA = sys.argv[1:]
-with open(SUBSCRIBER_DATA, encoding="ascii") as lines:
-    HIDDEN = {line.split("#")[0].strip() for line in lines}
+SUBJECT, LIBRARY, PRINTER, DESCRIPTOR_SET = sys.argv[1:]
+HIDDEN = {field.full_name for message in schema.load(DESCRIPTOR_SET).messages
+          for field in message.fields if field.is_subscriber_data}
 TYPES = random_exchange.load(DESCRIPTOR_SET)
 CLASSES = MessageFactory()
 # Not in the schema of any type.
