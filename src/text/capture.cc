@@ -5,13 +5,13 @@
 #include <virtual_modem/text.h>
 #include <virtual_modem/types.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <mutex>
 
+#include "capture/file.h"
 #include "text/walk.h"
 
 namespace virtual_modem {
@@ -19,38 +19,15 @@ namespace {
 
 using google::protobuf::MessageLite;
 
-constexpr std::size_t kFileHeader = 24;
-constexpr std::size_t kRecordHeader = 16;
-constexpr std::size_t kIpHeader = 20;
-constexpr std::size_t kUdpHeader = 8;
-constexpr std::size_t kFrameHeader = 8;
-constexpr std::size_t kMaxTypeName = 64;
-constexpr std::size_t kMaxPacket = 65535;
-static_assert(CaptureWriter::kMaxMessageBytes ==
-              kMaxPacket - kIpHeader - kUdpHeader - kFrameHeader - kMaxTypeName);
+using capture::kFileHeaderBytes;
+using capture::kRecordHeaderBytes;
 
-constexpr std::uint32_t kMicroseconds = 0xA1B2C3D4;  // what such files begin with
-constexpr std::uint32_t kRawIp = 101;  // link type: a packet begins with its IP header
-constexpr std::uint16_t kTelephonyPort = 47601;
-constexpr std::uint16_t kModemPort = 47602;
+static_assert(CaptureWriter::kMaxMessageBytes == capture::kMaxMessageBytes);
 
-// Big-endian, as the network's headers are. These return where the number ends.
-char* Put16(std::size_t value, char* to) {
-  *to++ = static_cast<char>(value >> 8U);
-  *to++ = static_cast<char>(value);
-  return to;
-}
-char* Put32(std::size_t value, char* to) { return Put16(value & 0xFFFFU, Put16(value >> 16U, to)); }
-
-// Little-endian, as the file's own headers are on every host.
-char* PutFile32(std::uint32_t value, char* to) {
-  for (unsigned shift = 0; shift < 32; shift += 8) *to++ = static_cast<char>(value >> shift);
-  return to;
-}
-
-char* Put(std::string_view bytes, char* to) {
-  std::memcpy(to, bytes.data(), bytes.size());
-  return to + bytes.size();
+std::string FileHeader() {
+  std::string header;
+  capture::AppendFileHeader(capture::Resolution::kMicroseconds, header);
+  return header;
 }
 
 std::uint32_t ReadFile32(const char* from) {
@@ -59,69 +36,6 @@ std::uint32_t ReadFile32(const char* from) {
     value |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(from[i])) << (8 * i);
   }
   return value;
-}
-
-// kFileHeader bytes.
-char* PutFileHeader(char* to) {
-  to = PutFile32(kMicroseconds, to);
-  to = PutFile32(4U << 16U | 2U, to);  // version 2.4
-  to = PutFile32(0, to);
-  to = PutFile32(0, to);
-  to = PutFile32(kMaxPacket, to);
-  return PutFile32(kRawIp, to);
-}
-
-// RFC 1071, over the IP header with its checksum field 0.
-std::size_t Checksum(const char* header) {
-  std::size_t sum = 0;
-  for (std::size_t at = 0; at < kIpHeader; at += 2) {
-    sum += static_cast<std::size_t>(static_cast<std::uint8_t>(header[at])) << 8U |
-           static_cast<std::uint8_t>(header[at + 1]);
-  }
-  while (sum > 0xFFFF) sum = (sum & 0xFFFFU) + (sum >> 16U);
-  return ~sum & 0xFFFFU;
-}
-
-// Appends the record of a message to what is to be written.
-void AppendRecord(Direction direction, std::string_view type, std::string_view bytes,
-                  std::uint8_t operation, std::string& out) {
-  const std::size_t frame = kFrameHeader + type.size() + bytes.size();
-  const std::size_t packet = kIpHeader + kUdpHeader + frame;
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-
-  const std::size_t before = out.size();
-  out.resize(before + kRecordHeader + packet);
-  char* at = &out[before];
-  at = PutFile32(static_cast<std::uint32_t>(now.tv_sec), at);
-  at = PutFile32(static_cast<std::uint32_t>(now.tv_nsec / 1000), at);
-  at = PutFile32(static_cast<std::uint32_t>(packet), at);
-  at = PutFile32(static_cast<std::uint32_t>(packet), at);
-
-  char* ip = at;
-  at = Put({"\x45\0", 2}, at);  // IPv4, 20 bytes of header; no service class
-  at = Put16(packet, at);
-  at = Put({"\0\0\0\0\x40\x11\0\0", 8}, at);  // not fragmented, 64 hops, UDP; checksum
-  at = Put({"\x7f\0\0\1\x7f\0\0\1", 8}, at);  // from and to 127.0.0.1
-  Put16(Checksum(ip), ip + 10);
-
-  const bool to_modem = direction == Direction::kToModem;
-  at = Put16(to_modem ? kTelephonyPort : kModemPort, at);
-  at = Put16(to_modem ? kModemPort : kTelephonyPort, at);
-  at = Put16(kUdpHeader + frame, at);
-  at = Put16(0, at);  // no checksum, RFC 768
-
-  at = Put("VM", at);
-  *at++ = static_cast<char>(operation);
-  *at++ = static_cast<char>(type.size());
-  at = Put32(bytes.size(), at);
-  at = Put(type, at);
-  Put(bytes, at);
-}
-
-bool IsTypeCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '.';
 }
 
 }  // namespace
@@ -146,12 +60,14 @@ class CaptureWriter::File {
   bool Write(Direction direction, std::string_view type, std::string_view bytes,
              std::uint8_t operation) {
     if (fd_ < 0) return Fail("no capture is open");
-    if (type.empty() || type.size() > kMaxTypeName ||
-        !std::all_of(type.begin(), type.end(), IsTypeCharacter)) {
-      return Fail("not the name of a message type");
-    }
-    if (bytes.size() > kMaxMessageBytes) {
+    std::timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::string record = FileHeader();
+    if (!capture::AppendRecord(now, capture::Resolution::kMicroseconds, direction,
+                               {operation, type, bytes}, record)) {
       std::string why;
+      if (!AppendFrame({operation, type, {}}, why)) return Fail("not the name of a message type");
+      why.resize(0);
       text::Append(why, "a ");
       text::Append(why, type);
       text::Append(why, " of ");
@@ -159,17 +75,10 @@ class CaptureWriter::File {
       text::Append(why, " bytes is larger than a capture holds");
       return Fail(why);
     }
-    const std::size_t size =
-        kRecordHeader + kIpHeader + kUdpHeader + kFrameHeader + type.size() + bytes.size();
+    const std::size_t size = record.size() - kFileHeaderBytes;
     const bool full = options_.max_bytes != 0 && size_ + size > options_.max_bytes;
-    if (full && size_ > kFileHeader && !Rotate()) return false;
-    std::string record;
-    if (size_ == 0) {
-      record.resize(kFileHeader);
-      PutFileHeader(record.data());
-    }
-    AppendRecord(direction, type, bytes, operation, record);
-    return Append(record);
+    if (full && size_ > kFileHeaderBytes && !Rotate()) return false;
+    return Append(size_ == 0 ? record : std::string_view(&record[kFileHeaderBytes], size));
   }
 
   void Close() {
@@ -202,26 +111,23 @@ class CaptureWriter::File {
       return FindEnd(static_cast<std::uint64_t>(info.st_size));
     }
     if (info.st_size > 0 && ftruncate(fd_, 0) != 0) return Fail(std::strerror(errno));
-    char header[kFileHeader];
-    PutFileHeader(header);
-    return Append({header, kFileHeader});
+    return Append(FileHeader());
   }
 
   // Leaves in size_ where the last whole record of the capture ends, and ends the file there.
   bool FindEnd(std::uint64_t file_size) {
-    char expected[kFileHeader];
-    PutFileHeader(expected);
-    char header[kFileHeader];
-    if (pread(fd_, header, kFileHeader, 0) != static_cast<ssize_t>(kFileHeader) ||
-        std::memcmp(header, expected, kFileHeader) != 0) {
+    char header[kFileHeaderBytes];
+    if (pread(fd_, header, kFileHeaderBytes, 0) != static_cast<ssize_t>(kFileHeaderBytes) ||
+        std::memcmp(header, FileHeader().data(), kFileHeaderBytes) != 0) {
       return Fail("is not a capture of this form; it is left as it is");
     }
-    size_ = kFileHeader;
-    while (pread(fd_, header, kRecordHeader, static_cast<off_t>(size_)) ==
-           static_cast<ssize_t>(kRecordHeader)) {
+    size_ = kFileHeaderBytes;
+    while (pread(fd_, header, kRecordHeaderBytes, static_cast<off_t>(size_)) ==
+           static_cast<ssize_t>(kRecordHeaderBytes)) {
       const std::uint32_t packet = ReadFile32(header + 8);
-      if (packet > kMaxPacket || size_ + kRecordHeader + packet > file_size) break;
-      size_ += kRecordHeader + packet;
+      if (packet > capture::kMaxPacketBytes || size_ + kRecordHeaderBytes + packet > file_size)
+        break;
+      size_ += kRecordHeaderBytes + packet;
     }
     if (size_ < file_size && ftruncate(fd_, static_cast<off_t>(size_)) != 0) {
       return Fail(std::strerror(errno));

@@ -74,7 +74,7 @@ What does not fit its type is not masked by it, and nothing is left half done:
   virtual-modem-inspect: .: Is a directory
   [1]
   $ inspect mask secret.pcap - >/dev/full
-  virtual-modem-inspect: -: No space left on device
+  virtual-modem-inspect: standard output: No space left on device
   [1]
   $ inspect mask --type IccCardStatusResponse card.bin /dev/full
   virtual-modem-inspect: /dev/full: No space left on device

@@ -64,10 +64,11 @@ void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::strin
           .count();
   record.direction = type.kind == Kind::kRequest ? Direction::kToModem : Direction::kToTelephony;
   record.name = type.type->full_name();
+  std::string capture;
+  capture::AppendFileHeader(capture::Resolution::kMicroseconds, capture);
+  AppendRecord(record, bytes, capture::Resolution::kMicroseconds, path, capture);
   FileToWrite file(path);
-  CaptureWriter writer(file.get(), path);
-  writer.Write(record, bytes);
-  writer.Finish();
+  file.Write(capture);
   file.Keep();
 }
 

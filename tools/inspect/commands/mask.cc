@@ -18,7 +18,9 @@ namespace {
 Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& options) {
   FileToWrite file(options.to);
   CaptureReader reader(schema, stream);
-  CaptureWriter writer(file.get(), options.to);
+  const auto resolution = capture::Resolution::kMicroseconds;
+  std::string out;
+  capture::AppendFileHeader(resolution, out);
   Progress progress(stream);
   Record record;
   std::int64_t emptied = 0;
@@ -38,9 +40,11 @@ Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& 
       const bool misfit = !outcome.acceptable() || outcome.wrong_type != 0;
       masked = Redact(schema, *record.type->type, record.bytes, misfit);
     }
-    writer.Write(record, masked);
+    file.Write(out);
+    out.clear();
+    AppendRecord(record, masked, resolution, options.to, out);
   }
-  writer.Finish();
+  file.Write(out);
   file.Keep();
   const std::string left_out = reader.PassedOver();
   if (!left_out.empty()) Note(stream.name() + ": left out " + left_out);

@@ -12,13 +12,10 @@
 namespace virtual_modem::inspect {
 namespace {
 
-constexpr std::uint16_t kTelephonyPort = 47601;
-constexpr std::uint16_t kModemPort = 47602;
-constexpr std::size_t kIpHeader = 20;
-constexpr std::size_t kUdpHeader = 8;
-constexpr std::size_t kFrameHeader = 8;
-constexpr std::size_t kMaxTypeLength = 64;
-constexpr int kSnapLength = 65535;
+using capture::kIpHeaderBytes;
+using capture::kModemPort;
+using capture::kTelephonyPort;
+using capture::kUdpHeaderBytes;
 
 std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
   std::uint32_t number = 0;
@@ -26,21 +23,6 @@ std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
     number = number << 8U | static_cast<std::uint8_t>(bytes[i]);
   }
   return number;
-}
-
-void Append(std::string& to, std::size_t number, unsigned size) {
-  for (unsigned shift = 8 * size; shift > 0;) {
-    shift -= 8;
-    to += static_cast<char>(number >> shift);
-  }
-}
-
-// RFC 1071, over a header with its checksum field 0.
-std::size_t Checksum(std::string_view header) {
-  std::size_t sum = 0;
-  for (std::size_t at = 0; at < header.size(); at += 2) sum += Number(header, at, 2);
-  while (sum > 0xFFFF) sum = (sum & 0xFFFFU) + (sum >> 16U);
-  return ~sum & 0xFFFFU;
 }
 
 // Bytes before the IP header.
@@ -76,19 +58,19 @@ bool IsTypeName(std::string_view name) {
 }  // namespace
 
 bool ReadDatagram(std::string_view packet, Datagram& datagram) {
-  if (packet.size() < kIpHeader || Number(packet, 0, 1) >> 4U != 4) return false;
+  if (packet.size() < kIpHeaderBytes || Number(packet, 0, 1) >> 4U != 4) return false;
   const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
   constexpr std::uint32_t kUdp = 17;
   constexpr std::uint32_t kFragment = 0x3FFF;  // its offset, or that more follow
-  if (header < kIpHeader || packet.size() < header + kUdpHeader || Number(packet, 9, 1) != kUdp ||
-      (Number(packet, 6, 2) & kFragment) != 0) {
+  if (header < kIpHeaderBytes || packet.size() < header + kUdpHeaderBytes ||
+      Number(packet, 9, 1) != kUdp || (Number(packet, 6, 2) & kFragment) != 0) {
     return false;
   }
   const std::size_t length = Number(packet, header + 4, 2);
-  if (length < kUdpHeader) return false;
+  if (length < kUdpHeaderBytes) return false;
   datagram.from_port = static_cast<std::uint16_t>(Number(packet, header, 2));
   datagram.to_port = static_cast<std::uint16_t>(Number(packet, header + 2, 2));
-  datagram.payload = packet.substr(header + kUdpHeader, length - kUdpHeader);
+  datagram.payload = packet.substr(header + kUdpHeaderBytes, length - kUdpHeaderBytes);
   return true;
 }
 
@@ -105,15 +87,15 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
   const std::string_view frame = datagram.payload;
   const std::string cut = "the capture keeps " + std::to_string(frame.size()) + " of the frame's " +
                           std::to_string(frame.size() + lost) + " bytes";
-  if (frame.size() < kFrameHeader || frame.substr(0, 2) != "VM") {
-    record.problem = frame.size() < kFrameHeader && lost > 0 ? cut : "not a frame";
+  if (frame.size() < kFrameHeaderBytes || frame.substr(0, 2) != "VM") {
+    record.problem = frame.size() < kFrameHeaderBytes && lost > 0 ? cut : "not a frame";
     return true;
   }
   record.operation = Number(frame, 2, 1);
   const std::size_t name_size = Number(frame, 3, 1);
   const std::size_t size = Number(frame, 4, 4);
-  record.name = frame.substr(kFrameHeader, name_size);
-  if (name_size == 0 || name_size > kMaxTypeLength || !IsTypeName(record.name)) {
+  record.name = frame.substr(kFrameHeaderBytes, name_size);
+  if (name_size == 0 || name_size > kMaxTypeNameBytes || !IsTypeName(record.name)) {
     record.name = {};
     record.problem = "a frame without the name of a type";
     return true;
@@ -124,7 +106,7 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
     return true;
   }
   record.type = schema.FindType(record.name);
-  record.bytes = frame.substr(kFrameHeader + name_size);
+  record.bytes = frame.substr(kFrameHeaderBytes + name_size);
   if (record.bytes.size() < size) {
     record.problem = lost > 0 ? cut
                               : "the frame announces " + std::to_string(size) + " bytes and has " +
@@ -209,59 +191,16 @@ std::string CaptureReader::PassedOver() const {
   return "packets between other ports: " + std::to_string(foreign_);
 }
 
-CaptureWriter::CaptureWriter(std::FILE* file, std::string name)
-    : name_(std::move(name)), format_(pcap_open_dead(DLT_RAW, kSnapLength)) {
-  if (format_ == nullptr) throw std::bad_alloc();
-  dumper_ = pcap_dump_fopen(format_, file);
-  if (dumper_ == nullptr) {
-    const std::string why = pcap_geterr(format_);
-    pcap_close(format_);
-    throw Error(name_ + ": " + why);
-  }
-}
-
-CaptureWriter::~CaptureWriter() {
-  // Closing the dumper would close the file.
-  pcap_close(format_);
-}
-
-void CaptureWriter::Write(const Record& record, std::string_view bytes) {
-  if (bytes.size() > kMaxMessageBytes) {
-    throw Error(name_ + ": a message of " + std::to_string(bytes.size()) +
+void AppendRecord(const Record& record, std::string_view bytes, capture::Resolution resolution,
+                  const std::string& file, std::string& out) {
+  std::timespec time{};
+  time.tv_sec = static_cast<std::time_t>(record.time / 1'000'000'000);
+  time.tv_nsec = static_cast<long>(record.time % 1'000'000'000);
+  if (!capture::AppendRecord(time, resolution, record.direction,
+                             {static_cast<std::uint8_t>(record.operation), record.name, bytes},
+                             out)) {
+    throw Error(file + ": a message of " + std::to_string(bytes.size()) +
                 " bytes does not fit a datagram");
-  }
-  const std::size_t size = kUdpHeader + kFrameHeader + record.name.size() + bytes.size();
-  const bool to_modem = record.direction == Direction::kToModem;
-  packet_.assign("\x45\0", 2);  // IPv4, 20 bytes of header; no service class
-  Append(packet_, kIpHeader + size, 2);
-  packet_.append("\0\0\0\0\x40\x11\0\0", 8);  // not fragmented, 64 hops, UDP
-  packet_.append("\x7f\0\0\1\x7f\0\0\1", 8);
-  const std::size_t checksum = Checksum(packet_);
-  packet_[10] = static_cast<char>(checksum >> 8U);
-  packet_[11] = static_cast<char>(checksum);
-  Append(packet_, to_modem ? kTelephonyPort : kModemPort, 2);
-  Append(packet_, to_modem ? kModemPort : kTelephonyPort, 2);
-  Append(packet_, size, 2);
-  Append(packet_, 0, 2);  // no UDP checksum, RFC 768
-  packet_ += "VM";
-  Append(packet_, record.operation, 1);
-  Append(packet_, record.name.size(), 1);
-  Append(packet_, bytes.size(), 4);
-  packet_.append(record.name).append(bytes);
-
-  pcap_pkthdr header{};
-  header.ts.tv_sec = static_cast<time_t>(record.time / 1'000'000'000);
-  header.ts.tv_usec = static_cast<suseconds_t>(record.time % 1'000'000'000 / 1000);
-  header.caplen = static_cast<bpf_u_int32>(packet_.size());
-  header.len = header.caplen;
-  pcap_dump(reinterpret_cast<u_char*>(dumper_), &header,
-            reinterpret_cast<const u_char*>(packet_.data()));
-  if (std::ferror(pcap_dump_file(dumper_)) != 0) Finish();
-}
-
-void CaptureWriter::Finish() {
-  if (std::fflush(pcap_dump_file(dumper_)) != 0 || std::ferror(pcap_dump_file(dumper_)) != 0) {
-    throw Error(name_ + ": " + std::strerror(errno));
   }
 }
 

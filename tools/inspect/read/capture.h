@@ -1,16 +1,15 @@
-// Captures of the messages' frames, read and written by libpcap. docs/captures.md tells the format.
+// Captures of the messages' frames, read by libpcap. docs/captures.md tells the format.
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "capture/file.h"
 #include "inspect/read/traffic.h"
 
 struct pcap;
-struct pcap_dumper;
 
 namespace virtual_modem::inspect {
 
@@ -51,26 +50,9 @@ class CaptureReader : public Traffic {
   std::int64_t foreign_ = 0;
 };
 
-class CaptureWriter {
- public:
-  // The largest message that a datagram can carry beside the longest name of a type.
-  static constexpr std::size_t kMaxMessageBytes = 65435;
-
-  // Writes to the file, which is closed in the end by the caller; errors name it so.
-  CaptureWriter(std::FILE* file, std::string name);
-  ~CaptureWriter();
-  CaptureWriter(const CaptureWriter&) = delete;
-  CaptureWriter& operator=(const CaptureWriter&) = delete;
-
-  // Throws Error, as Finish() does. A record without a type keeps its name.
-  void Write(const Record& record, std::string_view bytes);
-  void Finish();
-
- private:
-  std::string name_;
-  pcap* format_;
-  pcap_dumper* dumper_;
-  std::string packet_;
-};
+// Appends a record to what goes into a capture; a record without a type keeps its name. Throws
+// Error that names the file when the message is too large.
+void AppendRecord(const Record& record, std::string_view bytes, capture::Resolution resolution,
+                  const std::string& file, std::string& out);
 
 }  // namespace virtual_modem::inspect

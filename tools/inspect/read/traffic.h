@@ -1,6 +1,8 @@
 // Messages with their time, direction and type: what captures and logs hold.
 #pragma once
 
+#include <virtual_modem/frame.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -10,8 +12,6 @@
 #include "inspect/schema/schema.h"
 
 namespace virtual_modem::inspect {
-
-enum class Direction : std::uint8_t { kToModem, kToTelephony };
 
 constexpr std::int64_t kNoTime = -1;
 

@@ -17,7 +17,6 @@ class FileToWrite {
   FileToWrite(const FileToWrite&) = delete;
   FileToWrite& operator=(const FileToWrite&) = delete;
 
-  std::FILE* get() const { return file_; }
   void Write(std::string_view bytes);
   void Keep();
 
