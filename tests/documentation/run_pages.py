@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Runs the shell blocks of pages, in order, in one shell session, as a reader would.
 
-Usage: run_pages.py [--in ROOT] FOLDER PAGE...
+Usage: run_pages.py [--in ROOT [--env WORDS]] FOLDER PAGE...
 
 FOLDER is the clone in which each page starts and whose pages are read; with --in it stands below ROOT,
 into which every command changes its root first. Exit status 1 at the first block that fails.
@@ -69,6 +69,8 @@ def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--in", dest="root", type=pathlib.Path)
+    parser.add_argument("--env", default="HOME=/root TERM=dumb",
+                        help="the environment with --in, NAME=VALUE with blanks between")
     parser.add_argument("folder", type=pathlib.Path)
     parser.add_argument("pages", nargs="+")
     options = parser.parse_args()
@@ -76,7 +78,7 @@ def main() -> None:
     command = ["bash", "-c"]
     if options.root:
         outside = options.root / options.folder.relative_to("/")
-        command = ["chroot", str(options.root), "env", "-i", "HOME=/root", "TERM=dumb",
+        command = ["chroot", str(options.root), "env", "-i", *options.env.split(),
                    "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", *command]
 
     def run(script: str, **output) -> subprocess.CompletedProcess:
