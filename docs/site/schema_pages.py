@@ -1,0 +1,207 @@
+"""Sphinx extension: pages of the schema, and links to them from every name in prose.
+
+A page of the schema is a file with the one directive `schema-section:: UNIT NUMBER`. Each message,
+field, enumeration and value on it is an object of the domain `vm`. Sphinx would lower-case ordinary
+labels; these anchors are the names themselves: #Dial, #Dial.clir, #RADIO_E_SIM_BUSY.
+"""
+
+import re
+
+import schema
+from docutils import nodes
+from docutils.parsers.rst import Directive
+from sphinx import addnodes
+from sphinx.domains import Domain, ObjType
+from sphinx.util.nodes import make_refnode
+
+NAME = re.compile(r"\b[A-Z]\w+(?:\.[a-z]\w+)?\b")
+
+
+def is_word(name):
+    """Whether an ordinary word is a name too (Call, BUSY): prose does not link it."""
+    return name.isalpha() and (name.isupper() or name[1:].islower())
+
+
+def literal(text, *classes):
+    return nodes.literal("", text, classes=list(classes))
+
+
+def link(name, docname, text=None):
+    reference = addnodes.pending_xref("", refdomain="vm", reftype="name", reftarget=name,
+                                      refdoc=docname, refwarn=True)
+    reference += literal(text or name)
+    return reference
+
+
+def joined(parts):
+    """The parts as inline nodes with commas between them."""
+    return [node for part in parts for node in (nodes.Text(", "), part)][1:]
+
+
+def names_of(everything):
+    """Every name that prose may link."""
+    inner = [f"{m.name}.{f.name}" for m in everything.messages for f in m.fields]
+    inner += [value.name for enum in everything.enums for value in enum.values]
+    return {declared.name for declared in everything.messages + everything.enums}.union(inner)
+
+
+class SchemaSection(Directive):
+    """All members of one section of a unit."""
+
+    required_arguments = 2
+
+    def run(self):
+        self.env = self.state.document.settings.env
+        self.docname = self.env.docname
+        for path in (__file__, self.env.app.virtual_modem_transcript, schema.__file__,
+                     self.env.app.virtual_modem_descriptor_set):
+            self.env.note_dependency(str(path))
+        everything = self.env.app.virtual_modem_schema
+        self.names = names_of(everything)
+        unit = next(u for u in everything.units if u.name == self.arguments[0])
+        section = unit.sections[int(self.arguments[1])]
+        return [self.member(member) for member in section.members]
+
+    def entry(self, objtype, name, title, *signature, shown=None):
+        """A description of one object, and the node that its content goes to."""
+        head = addnodes.desc_signature("", "", ids=[name], classes=["sig", "sig-object"])
+        head["_toc_name"] = title if objtype in ("message", "enumeration") else ""
+        head["_toc_parts"] = (title,)
+        head += addnodes.desc_name("", title)
+        for part in signature:
+            head += nodes.Text(" ")
+            head += part
+        content = addnodes.desc_content()
+        whole = addnodes.desc("", head, content, domain="vm", objtype=objtype, desctype=objtype,
+                              noindex=False, classes=["vm", objtype])
+        self.env.get_domain("vm").add(name, shown or name, objtype, self.docname)
+        return whole, content
+
+    def prose(self, text, own):
+        """A paragraph, its names linked except for the one that it explains."""
+        paragraph, end = nodes.paragraph(), 0
+        text = " ".join(text.split())
+        for match in NAME.finditer(text):
+            name = match[0]
+            if name not in self.names:
+                name = name.partition(".")[0]
+            if name not in self.names or name == own or is_word(name):
+                continue
+            paragraph += nodes.Text(text[end:match.start()])
+            paragraph += link(name, self.docname)
+            end = match.start() + len(name)
+        paragraph += nodes.Text(text[end:])
+        return paragraph
+
+    def comment(self, declared):
+        for block in re.split(r"\n\s*\n", declared.comment.strip("\n")):
+            lines = block.split("\n")
+            if all(line.startswith("   ") for line in lines):
+                yield nodes.literal_block("", "\n".join(line[3:] for line in lines), language="none")
+            else:
+                yield self.prose(block, declared.name)
+
+    def facts(self, declared):
+        """Pairs of a title and inline nodes."""
+        if isinstance(declared, schema.Message):
+            names = [link(name, self.docname) for name in declared.answered_by or declared.answers]
+            if declared.is_agreed:
+                names.append(nodes.Text("agreed between the sides"))
+            if names:
+                yield ("Answers" if declared.kind == "response" else "Answer"), joined(names)
+        if declared.carried_by:
+            yield "Carried by", joined(link(f"{message}.{field}", self.docname)
+                                       for message, field in declared.carried_by)
+        scenarios = self.env.app.virtual_modem_exchanges.get(declared.name)
+        if scenarios:
+            yield "In the demo", joined(
+                addnodes.pending_xref("", nodes.inline("", name), refdomain="std", reftype="ref",
+                                      reftarget=f"exchange-{name}", refexplicit=True,
+                                      refdoc=self.docname, refwarn=True) for name in scenarios)
+        if declared.cpp_name != declared.name:
+            yield "C++", [literal(declared.cpp_name)]
+
+    def member(self, declared):
+        is_message = isinstance(declared, schema.Message)
+        kind = (declared.kind or "message") if is_message else "enumeration"
+        whole, content = self.entry(
+            "message" if is_message else "enumeration", declared.name, declared.name,
+            nodes.inline("", kind, classes=["badge", kind]))
+        content += list(self.comment(declared))
+        for title, facts in self.facts(declared):
+            content += nodes.paragraph("", f"{title}: ", *facts, classes=["fact"])
+        if is_message:
+            content += [self.field(declared, field) for field in declared.fields]
+        else:
+            content += [self.value(declared, value) for value in declared.values]
+        return whole
+
+    def field(self, message, field):
+        type_ = link(field.type, self.docname) if field.declared else literal(field.type)
+        signature = [nodes.inline("", field.label, classes=[field.label]), type_,
+                     nodes.inline("", f"= {field.number}"),
+                     nodes.inline("", f"tag {field.tag} ({field.wire})", classes=["wire"])]
+        if field.default is not None:
+            signature.append(nodes.inline("", f"default {field.default}"))
+        if field.is_subscriber_data:
+            signature.append(nodes.inline("", "subscriber data", classes=["badge", "masked"]))
+        name = f"{message.name}.{field.name}"
+        whole, content = self.entry("field", name, field.name, *signature)
+        content += self.prose(field.comment, message.name)
+        return whole
+
+    def value(self, enum, value):
+        decimal, hexadecimal = str(value.number), hex(value.number & 0xFFFFFFFF)
+        whole, content = self.entry(
+            "value", value.name, value.name, nodes.inline("", f"= {decimal}"),
+            nodes.inline("", f"{hexadecimal}, wire {value.wire}", classes=["wire"]),
+            # The search compares what follows the last dot with the words.
+            shown=f"{decimal} = {hexadecimal} = {enum.name}.{value.name}")
+        content += self.prose(value.comment, value.name)
+        return whole
+
+
+class SchemaDomain(Domain):
+    name = "vm"
+    label = "schema"
+    object_types = {kind: ObjType(kind) for kind in ("message", "field", "enumeration", "value")}
+    initial_data = {"objects": {}}
+
+    def add(self, name, shown, objtype, docname):
+        self.data["objects"][name] = (shown, objtype, docname)
+
+    def clear_doc(self, docname):
+        self.data["objects"] = {name: found for name, found in self.data["objects"].items()
+                                if found[2] != docname}
+
+    def merge_domaindata(self, docnames, otherdata):
+        self.data["objects"].update(otherdata["objects"])
+
+    def get_objects(self):
+        for name, (shown, objtype, docname) in self.data["objects"].items():
+            yield shown, shown, objtype, docname, name, 1
+
+    def resolve_xref(self, env, fromdocname, builder, typ, target, node, contnode):
+        if target not in self.data["objects"]:
+            return None
+        docname = self.data["objects"][target][2]
+        return make_refnode(builder, fromdocname, docname, target, contnode, target)
+
+    def resolve_any_xref(self, *_):
+        return []
+
+
+def link_guides(app, doctree, docname):
+    """Links names in the code spans of guides."""
+    objects = app.env.get_domain("vm").data["objects"]
+    for span in list(doctree.findall(nodes.literal)):
+        if span.astext() in objects and not isinstance(span.parent, nodes.reference):
+            to = objects[span.astext()][2]
+            span.replace_self(make_refnode(app.builder, docname, to, span.astext(), span.deepcopy()))
+
+
+def setup(app):
+    app.add_domain(SchemaDomain)
+    app.add_directive("schema-section", SchemaSection)
+    app.connect("doctree-resolved", link_guides)
+    return {"parallel_read_safe": True, "parallel_write_safe": True}
