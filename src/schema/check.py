@@ -186,7 +186,7 @@ class Check:
         for count, most, what in (
                 (len(self.schema.messages), MOST_TYPES, "messages"),
                 (len(self.schema.enums), MOST_TYPES, "enumerations"),
-                (sum(len(m.fields) for m in self.schema.messages) * 3, MOST_ROWS, "fields"),
+                (sum(2 * len(m.fields) + 16 for m in self.schema.messages), MOST_ROWS, "rows of fields"),
                 (sum(map(len, names)), MOST_NAMES, "letters in names of fields")):
             if count > most:
                 self.say(self.schema.units[-1].file, 1, "schema",

@@ -11,7 +11,7 @@ import sys
 import schema
 
 # Names of the numbers of an enumeration from its lowest on are kept at hand, so many at most.
-MOST_SLOTS = 600
+MOST_SLOTS, MOST_SLOTS_IN_ALL = 600, 65535
 
 
 class Names:
@@ -28,32 +28,47 @@ class Names:
         return self.places[name]
 
 
+def last_dense(numbers) -> int:
+    """Up to which number each has a row: no more than twice as many as are declared, and 16."""
+    ordered = [number for number in sorted(numbers) if number <= 255]
+    return max((n for count, n in enumerate(ordered, 1) if n <= 2 * count + 16), default=0)
+
+
 def main() -> None:
     everything, target = schema.load(*sys.argv[1:-1]), sys.argv[-1]
     messages, enums = everything.messages, everything.enums
     index = {each.full_name: place for each in (messages, enums) for place, each in enumerate(each)}
 
-    names, message_rows, field_rows = Names(), [], []
+    names, message_rows, field_rows, sparse_rows = Names(), [], [], []
     for message in messages:
         by_number = {f.number: f for f in message.fields}
-        highest = max(by_number, default=0)
-        message_rows.append(f"{{{len(field_rows)}, {highest}}},  // {message.full_name}")
-        for number in range(1, highest + 1):
+        dense = last_dense(by_number)
+        message_rows.append(f"{{{len(field_rows)}, {dense}}},  // {message.full_name}")
+        for number in [*range(1, dense + 1), *sorted(n for n in by_number if n > dense)]:
             if number not in by_number:
                 field_rows.append("{},")
                 continue
+            if number > dense:
+                sparse_rows.append(f"{{{number}, {len(field_rows)}}},")
             f = by_number[number]
             kind = f.type if f.is_scalar else type(f.declared).__name__
             below = index[f.declared.full_name] if f.declared else 0
-            flags = (f.label == "repeated", f.label == "required", f.is_subscriber_data)
-            field_rows.append(f"{{{names.place(f.name)}, {len(f.name)}, {number}, {below}, "
-                              f"FieldKind::k{kind.title()}, "
-                              + ", ".join("true" if flag else "false" for flag in flags) + "},")
+            flags = [str(flag).lower() for flag in (
+                f.label == "repeated", f.label == "required", f.is_subscriber_data)]
+            field_rows.append(
+                f"{{{names.place(f.name)}, {below}, FieldKind::k{kind.title()}, {flags[0]}, "
+                f"{len(f.name)}, {flags[1]}, {flags[2]}, {number if number <= dense else 0}}},")
+    message_rows.append(f"{{{len(field_rows)}, 0}},")
+    sparse = "nullptr, nullptr"
+    if sparse_rows:
+        sparse = "std::begin(kSparse), std::end(kSparse)"
+        sparse_rows = ["constexpr SparseNumber kSparse[] = {", *sparse_rows, "};"]
 
     out = ["// Generated from the descriptor set by generate_tables.py; do not edit.",
            '#include "text/generated.h"',
            "",
            "#include <atomic>",
+           "#include <iterator>",
            "#include <string>",
            "",
            "namespace virtual_modem::text {",
@@ -65,7 +80,7 @@ def main() -> None:
            "  std::int32_t first;   // number",
            "};", "",
            "constexpr Message kMessages[] = {", *message_rows, "};",
-           "constexpr Field kFields[] = {", *field_rows, "};",
+           "constexpr Field kFields[] = {", *field_rows, "};", *sparse_rows,
            f'constexpr char kNames[{len(names.text)} + kNamePadding + 1] = "{names.text}";',
            "",
            "// Null for an enumeration that no field has.",
@@ -80,7 +95,8 @@ def main() -> None:
         out += [f"    case {place}:",
                 f"      return &::{enum.cpp_name}_Name(static_cast<::{enum.cpp_name}>(number));"]
         first = min(numbers)
-        count = max(n for n in numbers if n - first < MOST_SLOTS) - first + 1
+        most = min(MOST_SLOTS, MOST_SLOTS_IN_ALL - slots)
+        count = max((n - first + 1 for n in numbers if n - first < most), default=0)
         slot_rows.append(f"{{{slots}, {count}, {first}}},  // {enum.full_name}")
         slots += count
     out += ["  }",
@@ -99,12 +115,13 @@ def main() -> None:
             "  }",
             "  return *name;",
             "}", "", "}  // namespace", "",
-            "const Tables kTables{kMessages, kFields, kNames, EnumName, nullptr};", "",
+            "const Tables kTables{kMessages, kFields, " + sparse + ", kNames, EnumName, nullptr};", "",
             "const Type kTypes[kTypeCount] = {"]
     serials = []
     for place, message in enumerate(messages):
         fields = {f.name: f for f in message.fields}
-        has_serial = "serial" in fields
+        serial = fields.get("serial")
+        has_serial = serial is not None and (serial.type, serial.label != "repeated") == ("int32", True)
         if has_serial:
             serials.append((place, message.cpp_name))
         scope, _, plain = f"::{message.cpp_name}".rpartition("::")
@@ -114,7 +131,7 @@ def main() -> None:
                    f"{str(has_serial).lower()}, {str('error' in fields).lower()}}},")
     by_name = sorted(range(len(messages)), key=lambda place: messages[place].full_name.encode())
     out += ["};", "",
-            "const std::uint8_t kTypesByName[kTypeCount] = {"
+            "const TypeIndex kTypesByName[kTypeCount] = {"
             + ", ".join(map(str, by_name)) + "};", "",
             "template <typename M>",
             "static std::optional<std::int32_t> Serial(const google::protobuf::MessageLite& message) {",

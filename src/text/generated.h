@@ -1,4 +1,4 @@
-// What generate_tables.py makes of the descriptor set.
+// What generate_tables.py generates from the schema.
 #pragma once
 
 #include <google/protobuf/message_lite.h>
@@ -7,17 +7,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 
 #include "text/tables.h"
 
 namespace virtual_modem::text {
 
-inline constexpr std::size_t kTypeCount = 122;
+#define VIRTUAL_MODEM_COUNT(...) +1
+inline constexpr std::size_t kTypeCount = 0 VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_COUNT);
+#undef VIRTUAL_MODEM_COUNT
+using TypeIndex = std::conditional_t<(kTypeCount > 256), std::uint16_t, std::uint8_t>;
 
 // A type has the same index in all of these.
 extern const Tables kTables;
 extern const Type kTypes[kTypeCount];
-extern const std::uint8_t kTypesByName[kTypeCount];  // indexes, in the order of the names' bytes
+extern const TypeIndex kTypesByName[kTypeCount];  // indexes, in the order of the names' bytes
 
 // Requires a message of the type of that index.
 std::optional<std::int32_t> SerialOf(std::size_t index,

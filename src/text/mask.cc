@@ -21,7 +21,8 @@ char* WriteVarint(std::uint64_t value, char* to) {
 
 class Masker : public Handler {
  public:
-  Masker(Show show, std::string& out) : shape_(show == Show::kShape), out_(out) {}
+  Masker(const Tables& tables, Show show, std::string& out)
+      : tables_(tables), shape_(show == Show::kShape), out_(out) {}
 
   void Number(const Level& /*level*/, const Field& field, std::uint64_t value) {
     Tag(field, kVarint);
@@ -56,12 +57,15 @@ class Masker : public Handler {
   }
 
  private:
-  void Tag(const Field& field, WireType type) { Varint(std::uint64_t{field.number} << 3U | type); }
+  void Tag(const Field& field, WireType type) {
+    Varint(std::uint64_t{tables_.NumberOf(field)} << 3U | type);
+  }
   void Varint(std::uint64_t value) {
     char bytes[10];
     out_.append(bytes, static_cast<std::size_t>(WriteVarint(value, bytes) - bytes));
   }
 
+  const Tables& tables_;
   const bool shape_;
   std::string& out_;
 };
@@ -70,7 +74,7 @@ class Masker : public Handler {
 
 Outcome AppendMasked(const Tables& tables, unsigned message, std::string_view bytes, Show show,
                      std::string& masked) {
-  Masker masker(show, masked);
+  Masker masker(tables, show, masked);
   return WalkMessage(tables, message, bytes, masker);
 }
 

@@ -174,6 +174,12 @@ class Printer : public Handler {
       at = WriteNumber(static_cast<std::int32_t>(value), at);
     } else if (field.kind == FieldKind::kUint32) {
       at = WriteNumber(static_cast<std::uint32_t>(value), at);
+    } else if (field.kind != FieldKind::kBool) {
+      if (field.kind == FieldKind::kInt64 && static_cast<std::int64_t>(value) < 0) {
+        *at++ = '-';
+        value = 0 - value;
+      }
+      at = text::WriteNumber(value, at);
     } else {
       std::memcpy(at, value != 0 ? "true\0\0\0" : "false\0\0", 8);  // of a fixed size: no call
       at += value != 0 ? 4 : 5;

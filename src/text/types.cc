@@ -47,7 +47,12 @@ class TypesByClass {
   }
 
  private:
-  static constexpr std::size_t kSlots = 512;
+  // A power of two, so that a slot is found without a division; three of four stay free.
+  static constexpr std::size_t kSlots = [] {
+    std::size_t slots = 4;
+    while (slots < 4 * kTypeCount) slots *= 2;
+    return slots;
+  }();
   struct Slot {
     std::uintptr_t key;  // 0: free
     std::size_t index;
@@ -81,7 +86,7 @@ const Type* FindType(std::string_view name) {
   const auto* end = text::kTypesByName + kTypeCount;
   const auto* found = std::lower_bound(
       text::kTypesByName, end, name,
-      [](std::uint8_t index, std::string_view wanted) { return kTypes[index].name < wanted; });
+      [](text::TypeIndex index, std::string_view wanted) { return kTypes[index].name < wanted; });
   if (found == end || kTypes[*found].name != name) return nullptr;
   return &kTypes[*found];
 }

@@ -1,8 +1,23 @@
 #include "text/walk.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace virtual_modem::text {
+
+const SparseNumber* Tables::FirstSparse(std::ptrdiff_t row) const {
+  return std::lower_bound(
+      sparse, sparse_end, row,
+      [](const SparseNumber& one, std::ptrdiff_t wanted) { return one.row < wanted; });
+}
+
+const Field* Tables::FindSparse(const Message& row, std::uint32_t number) const {
+  const SparseNumber* end = FirstSparse((&row)[1].first_field);
+  const SparseNumber* found = std::lower_bound(
+      FirstSparse(row.first_field), end, number,
+      [](const SparseNumber& one, std::uint32_t wanted) { return one.number < wanted; });
+  return found != end && found->number == number ? &fields[found->row] : nullptr;
+}
 
 char* WriteNumber(std::uint64_t number, char* to) {
   if (number < 10) {

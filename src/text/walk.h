@@ -98,7 +98,7 @@ struct Handler {
   // A number, or an element of a list of numbers, packed or not.
   void Number(const Level&, const Field&, std::uint64_t /*value*/) {}
   void Enum(const Level&, const Field&, std::uint64_t /*value*/, std::string_view /*name*/) {}
-  void String(const Level&, const Field&, std::string_view /*bytes*/) {}
+  void String(const Level&, const Field&, std::string_view /*bytes*/) {}  // of kBytes, too
   // A message begins; what is returned is given to End, which follows whatever happens.
   std::size_t Begin(const Level&, const Field&) { return 0; }
   void End(const Level&, const Field&, std::size_t) {}
@@ -209,6 +209,7 @@ class Walk {
     const Message& row;
     const Level& level;
     const Field* field = nullptr;  // in hand, when it is declared
+    std::uint32_t number = 0;      // its number
     std::uint32_t last = 0;        // highest number that was kept
     int count = 0;                 // elements so far of the list of messages of that number
     bool unknown = false;          // something was not kept
@@ -225,7 +226,7 @@ class Walk {
       const Level at{&level, field, element ? state.count : -1};
       handler_.Malformed(field == nullptr ? level : at, outcome_);
     }
-    if (state.last < state.row.highest_field) ReportMissing(state, state.row.highest_field + 1U);
+    ReportMissing(state, UINT32_MAX);
     return read;
   }
 
@@ -240,11 +241,12 @@ class Walk {
       if (number == 0) return reader_.Fail(Fault::kFieldZero, start);
       const Field* field = tables_.Find(state.row, number);
       state.field = field;
+      state.number = number;
       if (field == nullptr) {
         ++outcome_.unknown;
-        if (!ReadUnknown(state, number, wire_type, start)) return false;
+        if (!ReadUnknown(state, wire_type, start)) return false;
       } else if (field->kind == FieldKind::kMessage && wire_type == kLengthDelimited) {
-        Keep(state, number);
+        Keep(state);
         if (!ReadBelow(state, start)) return false;
       } else if (!ReadField(state, wire_type, start)) {
         return false;
@@ -255,7 +257,8 @@ class Walk {
     return lacking == 0 || reader_.Fail(Fault::kEndsEarly, reader_.at(), lacking);
   }
 
-  void Keep(State& state, std::uint32_t number) {
+  void Keep(State& state) {
+    const std::uint32_t number = state.number;
     if (state.unknown) outcome_.canonical = false;
     if (number > state.last) {
       if (number > state.last + 1) ReportMissing(state, number);
@@ -268,9 +271,14 @@ class Walk {
 
   // Of the numbers between the last one kept and to.
   void ReportMissing(const State& state, std::uint32_t to) {
-    for (std::uint32_t number = state.last + 1; number < to; ++number) {
-      const Field* field = tables_.Find(state.row, number);
-      if (field == nullptr || !field->required) continue;
+    // Up to the last dense number, rows stand at the places of their numbers.
+    const std::uint32_t dense = state.row.last_dense;
+    const Field* field = tables_.Begin(state.row) + (state.last < dense ? state.last : dense);
+    const Field* end = to <= dense ? tables_.Begin(state.row) + to - 1 : tables_.End(state.row);
+    for (; field < end; ++field) {
+      if (!field->required) continue;
+      const std::uint32_t number = tables_.NumberOf(*field);
+      if (number <= state.last || number >= to) continue;
       ++outcome_.missing;
       handler_.Missing(state.level, *field);
     }
@@ -280,15 +288,15 @@ class Walk {
     return {place, static_cast<std::size_t>(reader_.at() - place)};
   }
 
-  bool ReadUnknown(State& state, std::uint32_t number, unsigned wire_type, const char* start) {
+  bool ReadUnknown(State& state, unsigned wire_type, const char* start) {
     const char* value = reader_.at();
-    if (!reader_.Skip(number, wire_type, start, depth_)) return false;
+    if (!reader_.Skip(state.number, wire_type, start, depth_)) return false;
     if (wire_type == kLengthDelimited) {
       while (static_cast<signed char>(*value) < 0) ++value;  // the length, which was read
       ++value;
     }
     state.unknown = true;
-    handler_.Unknown(state.level, state.field, number, static_cast<WireType>(wire_type),
+    handler_.Unknown(state.level, state.field, state.number, static_cast<WireType>(wire_type),
                      From(start), From(value));
     return true;
   }
@@ -299,17 +307,17 @@ class Walk {
     if (field.kind < FieldKind::kString) {
       if (wire_type == kVarint) return ReadNumber(state, start);
       if (wire_type == kLengthDelimited && field.repeated) return ReadPacked(state, start);
-    } else if (field.kind == FieldKind::kString && wire_type == kLengthDelimited) {
+    } else if (field.kind != FieldKind::kMessage && wire_type == kLengthDelimited) {
       std::size_t size = 0;
       if (!reader_.ReadLength(size)) return false;
       const char* value = reader_.at();
       if (!reader_.SkipBytes(size)) return false;
       handler_.String(state.level, field, {value, size});
-      Keep(state, field.number);
+      Keep(state);
       return true;
     }
     ++outcome_.wrong_type;
-    return ReadUnknown(state, field.number, wire_type, start);
+    return ReadUnknown(state, wire_type, start);
   }
 
   bool ReadNumber(State& state, const char* start) {
@@ -319,7 +327,7 @@ class Walk {
     if (!reader_.ReadVarint(kMaxVarintBytes, "varint", value)) return false;
     if (field.kind != FieldKind::kEnum) {
       handler_.Number(state.level, field, value);
-      Keep(state, field.number);
+      Keep(state);
       return true;
     }
     const std::string_view name =
@@ -327,10 +335,10 @@ class Walk {
     if (name.empty()) {
       ++outcome_.undeclared;
       state.unknown = true;  // the field itself is still absent
-      handler_.Unknown(state.level, &field, field.number, kVarint, From(start), From(begin));
+      handler_.Unknown(state.level, &field, state.number, kVarint, From(start), From(begin));
     } else {
       handler_.Enum(state.level, field, value, name);
-      Keep(state, field.number);
+      Keep(state);
     }
     return true;
   }

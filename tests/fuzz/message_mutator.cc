@@ -1,6 +1,5 @@
 // A mutator that knows the schema: edits an input of message_fuzzer.cc or text_fuzzer.cc field by
-// field, so that most of what it makes still parses. Linked into the structured variant of the
-// former.
+// field, so that most of what it generates still parses.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -34,21 +34,29 @@ const char* WireTypeName(text::WireType wire_type) {
   }
 }
 
+// The field of that message whose value is the one at the level.
+const FieldDescriptor* FieldAt(const text::Tables& tables, const Descriptor& above,
+                               const text::Level& level) {
+  return above.FindFieldByNumber(static_cast<int>(tables.NumberOf(*level.field)));
+}
+
 // The message at a level below the outermost one; null when the runtime has none there.
-const Message* At(const Message& outermost, const text::Level& level) {
+const Message* At(const text::Tables& tables, const Message& outermost, const text::Level& level) {
   if (level.above == nullptr) return &outermost;
-  const Message* above = At(outermost, *level.above);
+  const Message* above = At(tables, outermost, *level.above);
   if (above == nullptr) return nullptr;
-  const FieldDescriptor* field = above->GetDescriptor()->FindFieldByNumber(level.field->number);
+  const FieldDescriptor* field = FieldAt(tables, *above->GetDescriptor(), level);
   const Reflection& reflection = *above->GetReflection();
   if (level.index < 0) return &reflection.GetMessage(*above, field);
   if (level.index >= reflection.FieldSize(*above, field)) return nullptr;
   return &reflection.GetRepeatedMessage(*above, field, level.index);
 }
 
-const Descriptor* TypeAt(const Descriptor& outermost, const text::Level& level) {
+const Descriptor* TypeAt(const text::Tables& tables, const Descriptor& outermost,
+                         const text::Level& level) {
   if (level.above == nullptr) return &outermost;
-  return TypeAt(outermost, *level.above)->FindFieldByNumber(level.field->number)->message_type();
+  const Descriptor* above = TypeAt(tables, outermost, *level.above);
+  return FieldAt(tables, *above, level)->message_type();
 }
 
 // Turns what the walk comes by into findings. The message was parsed from the same bytes.
@@ -70,8 +78,8 @@ class Reporter : public text::Handler {
                                             std::to_string(whole.size()) + " bytes with its tag");
       return;
     }
-    const FieldDescriptor& field =
-        *TypeAt(*message_.GetDescriptor(), level)->FindFieldByNumber(static_cast<int>(number));
+    const FieldDescriptor& field = *TypeAt(tables_, *message_.GetDescriptor(), level)
+                                        ->FindFieldByNumber(static_cast<int>(number));
     const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
     const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
     if (findings_.full()) return findings_.Add(kind, "");
@@ -125,7 +133,7 @@ class Reporter : public text::Handler {
     std::string text =
         "; kept as unknown field " + std::to_string(field.number()) + " (byte " + offset + ")";
     if (field.is_repeated()) return text;
-    const Message* message = At(message_, level);
+    const Message* message = At(tables_, message_, level);
     if (message != nullptr && message->GetReflection()->HasField(*message, &field)) return text;
     told_.insert(path);
     return text + ", so " + (field.is_required() ? "required " : "") + field.name() + " is absent";

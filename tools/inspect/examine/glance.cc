@@ -15,7 +15,8 @@ class Looker : public text::Handler {
       : tables_(tables), type_(type), condition_(condition), glance_(glance) {}
 
   void Number(const text::Level& level, const text::Field& field, std::uint64_t value) {
-    if (level.above == nullptr && field.number == type_.serial) {
+    if (level.above == nullptr &&
+        tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.serial)) {
       glance_.serial = static_cast<std::int32_t>(value);
     }
     const FieldCondition* asked = Asked(level, field);
@@ -43,7 +44,7 @@ class Looker : public text::Handler {
  private:
   bool IsError(const text::Level& level, const text::Field& field) const {
     return level.above == nullptr && type_.error != nullptr &&
-           field.number == type_.error->number();
+           tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.error->number());
   }
   // The condition, if it is about the field.
   const FieldCondition* Asked(const text::Level& level, const text::Field& field) const {
@@ -122,9 +123,11 @@ bool FieldCondition::Names(const text::Tables& tables, const text::Level& level,
 bool FieldCondition::Is(const text::Field& field, std::uint64_t number) const {
   if (contains_) return false;
   if (field.kind == text::FieldKind::kBool) return value_ == (number != 0 ? "true" : "false");
-  return number_ &&
-         (field.kind == text::FieldKind::kUint32 ? static_cast<std::uint32_t>(number) == *number_
-                                                 : static_cast<std::int32_t>(number) == *number_);
+  if (field.kind == text::FieldKind::kUint64) return value_ == std::to_string(number);
+  if (!number_) return false;
+  if (field.kind == text::FieldKind::kUint32) return static_cast<std::uint32_t>(number) == *number_;
+  if (field.kind == text::FieldKind::kInt64) return static_cast<std::int64_t>(number) == *number_;
+  return static_cast<std::int32_t>(number) == *number_;
 }
 
 bool FieldCondition::Is(std::string_view string) const {

@@ -20,12 +20,18 @@ FieldKind KindOf(const FieldDescriptor& field) {
       return FieldKind::kInt32;
     case FieldDescriptor::TYPE_UINT32:
       return FieldKind::kUint32;
+    case FieldDescriptor::TYPE_INT64:
+      return FieldKind::kInt64;
+    case FieldDescriptor::TYPE_UINT64:
+      return FieldKind::kUint64;
     case FieldDescriptor::TYPE_BOOL:
       return FieldKind::kBool;
     case FieldDescriptor::TYPE_ENUM:
       return FieldKind::kEnum;
     case FieldDescriptor::TYPE_STRING:
       return FieldKind::kString;
+    case FieldDescriptor::TYPE_BYTES:
+      return FieldKind::kBytes;
     case FieldDescriptor::TYPE_MESSAGE:
       return FieldKind::kMessage;
     default:
@@ -42,34 +48,54 @@ FieldKind KindOf(const FieldDescriptor& field) {
 
 void SchemaTables::Fill(const std::vector<const Descriptor*>& messages,
                         const std::unordered_set<const FieldDescriptor*>& subscriber_data) {
-  if (messages.size() > UINT8_MAX) throw Error("the schema has over 255 messages");
+  if (messages.size() > text::kMostTypes) throw Error("the schema has too many messages");
   for (const Descriptor* type : messages) {
     indexes_.emplace(type, static_cast<unsigned>(indexes_.size()));
   }
   for (const Descriptor* type : messages) {
-    int highest = 0;
-    for (int i = 0; i < type->field_count(); ++i) {
-      const FieldDescriptor& field = *type->field(i);
-      highest = std::max(highest, field.number());
-      if (highest > UINT8_MAX) Refuse(field, "has a number over 255");
-    }
+    std::vector<const FieldDescriptor*> fields;
+    for (int i = 0; i < type->field_count(); ++i) fields.push_back(type->field(i));
+    std::sort(fields.begin(), fields.end(),
+              [](const auto* a, const auto* b) { return a->number() < b->number(); });
     const std::size_t first = fields_.size();
-    messages_.push_back({static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(highest)});
-    fields_.resize(first + static_cast<std::size_t>(highest));
-    if (fields_.size() > UINT16_MAX) throw Error("the schema has too many fields");
-    for (int i = 0; i < type->field_count(); ++i) {
-      const FieldDescriptor& field = *type->field(i);
+    int dense = 0;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      const int number = fields[i]->number();
+      if (number <= std::min(static_cast<int>(2 * i) + 18, UINT8_MAX)) dense = number;
+    }
+    messages_.push_back({static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(dense)});
+    fields_.resize(first + static_cast<std::size_t>(dense));
+    for (const FieldDescriptor* declared : fields) {
+      const FieldDescriptor& field = *declared;
       text::Field row = MakeField(field);
+      const bool sparse = field.number() > dense;
+      const std::size_t place =
+          sparse ? fields_.size() : first + static_cast<std::size_t>(field.number()) - 1;
+      if (place >= UINT16_MAX) throw Error("the schema has too many fields");
+      if (sparse) {
+        sparse_.push_back(
+            {static_cast<std::uint32_t>(field.number()), static_cast<std::uint16_t>(place)});
+        fields_.emplace_back();
+      } else {
+        row.number = static_cast<std::uint8_t>(field.number());
+      }
       row.subscriber_data = subscriber_data.count(&field) != 0;
       if (row.subscriber_data &&
           (row.kind == FieldKind::kEnum || row.kind == FieldKind::kMessage)) {
         Refuse(field, "is subscriber data that has no mask");
       }
-      fields_[first + static_cast<std::size_t>(field.number()) - 1] = row;
+      fields_[place] = row;
     }
   }
+  messages_.push_back({static_cast<std::uint16_t>(fields_.size()), 0});
   names_.append(text::kNamePadding, '\0');
-  tables_ = {messages_.data(), fields_.data(), names_.data(), NameOf, this};
+  tables_ = {messages_.data(),
+             fields_.data(),
+             sparse_.data(),
+             sparse_.data() + sparse_.size(),
+             names_.data(),
+             NameOf,
+             this};
 }
 
 text::Field SchemaTables::MakeField(const FieldDescriptor& field) {
@@ -77,16 +103,16 @@ text::Field SchemaTables::MakeField(const FieldDescriptor& field) {
   row.kind = KindOf(field);
   if (row.kind == FieldKind::kNone) Refuse(field, std::string("is a ") + field.type_name());
   if (field.name().size() > text::kNamePadding) Refuse(field, "has a name over 32 letters");
-  row.number = static_cast<std::uint8_t>(field.number());
   row.name = Place(field.name());
-  row.name_size = static_cast<std::uint8_t>(field.name().size());
+  row.name_size = static_cast<std::uint8_t>(field.name().size()) & 0x3FU;
   row.repeated = field.is_repeated();
   row.required = field.is_required();
-  if (row.kind == FieldKind::kEnum) row.below = PlaceEnum(*field.enum_type());
+  if (row.kind == FieldKind::kEnum)
+    row.below = PlaceEnum(*field.enum_type()) & (text::kMostTypes - 1);
   if (row.kind == FieldKind::kMessage) {
     const auto found = indexes_.find(field.message_type());
     if (found == indexes_.end()) Refuse(field, "has a type declared within a message");
-    row.below = static_cast<std::uint8_t>(found->second);
+    row.below = static_cast<std::uint16_t>(found->second) & (text::kMostTypes - 1);
   }
   return row;
 }
@@ -98,11 +124,11 @@ std::uint16_t SchemaTables::Place(const std::string& name) {
   return found->second;
 }
 
-std::uint8_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
+std::uint16_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
   const auto [found, added] =
-      enum_indexes_.emplace(&type, static_cast<std::uint8_t>(enums_.size()));
+      enum_indexes_.emplace(&type, static_cast<std::uint16_t>(enums_.size()));
   if (!added) return found->second;
-  if (enums_.size() == UINT8_MAX) throw Error("the schema has over 255 enumerations");
+  if (enums_.size() == text::kMostTypes) throw Error("the schema has too many enumerations");
   Names names;
   names.from_zero.resize(kFromZero);
   for (int i = type.value_count() - 1; i >= 0; --i) {  // the first of aliases is printed

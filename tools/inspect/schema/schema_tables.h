@@ -36,14 +36,15 @@ class SchemaTables {
   static std::string_view NameOf(const void* context, unsigned enumeration, std::int32_t number);
   text::Field MakeField(const google::protobuf::FieldDescriptor& field);
   std::uint16_t Place(const std::string& name);
-  std::uint8_t PlaceEnum(const google::protobuf::EnumDescriptor& type);
+  std::uint16_t PlaceEnum(const google::protobuf::EnumDescriptor& type);
 
   std::vector<text::Message> messages_;
   std::vector<text::Field> fields_;
+  std::vector<text::SparseNumber> sparse_;
   std::string names_;
   std::vector<Names> enums_;
   std::unordered_map<const google::protobuf::Descriptor*, unsigned> indexes_;
-  std::unordered_map<const google::protobuf::EnumDescriptor*, std::uint8_t> enum_indexes_;
+  std::unordered_map<const google::protobuf::EnumDescriptor*, std::uint16_t> enum_indexes_;
   std::unordered_map<std::string, std::uint16_t> places_;
   text::Tables tables_{};
 };

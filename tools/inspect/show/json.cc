@@ -1,5 +1,6 @@
 #include "inspect/show/json.h"
 
+#include <google/protobuf/stubs/strutil.h>
 #include <google/protobuf/type.pb.h>
 #include <google/protobuf/util/json_util.h>
 #include <google/protobuf/util/type_resolver_util.h>
@@ -56,12 +57,21 @@ class Writer : public text::Handler {
 
   void Number(const text::Level& /*level*/, const text::Field& field, std::uint64_t value) {
     Key(field);
-    if (field.kind == text::FieldKind::kBool) {
-      json_ += value != 0 ? "true" : "false";
-    } else if (field.kind == text::FieldKind::kUint32) {
-      AppendNumber(static_cast<std::uint32_t>(value));
-    } else {
-      AppendNumber(static_cast<std::int32_t>(value));
+    switch (field.kind) {
+      case text::FieldKind::kBool:
+        json_ += value != 0 ? "true" : "false";
+        break;
+      case text::FieldKind::kUint32:
+        AppendNumber(static_cast<std::uint32_t>(value));
+        break;
+      case text::FieldKind::kInt64:  // in quotes, since JSON's numbers may be read as doubles
+        json_.append("\"").append(std::to_string(static_cast<std::int64_t>(value))).append("\"");
+        break;
+      case text::FieldKind::kUint64:
+        json_.append("\"").append(std::to_string(value)).append("\"");
+        break;
+      default:
+        AppendNumber(static_cast<std::int32_t>(value));
     }
   }
   void Enum(const text::Level& /*level*/, const text::Field& field, std::uint64_t /*value*/,
@@ -71,7 +81,12 @@ class Writer : public text::Handler {
   }
   void String(const text::Level& level, const text::Field& field, std::string_view bytes) {
     Key(field);
-    if (!AppendJsonString(bytes, json_) && told_ != &field) {
+    if (field.kind == text::FieldKind::kBytes) {
+      std::string base64;
+      google::protobuf::Base64Escape(google::protobuf::StringPiece(bytes.data(), bytes.size()),
+                                     &base64);
+      json_.append("\"").append(base64).append("\"");
+    } else if (!AppendJsonString(bytes, json_) && told_ != &field) {
       told_ = &field;
       const unsigned message = level.field == nullptr ? message_ : level.field->below;
       findings_.Add(Findings::kText, schema_.messages()[message]->full_name() + "." +

@@ -1,4 +1,4 @@
-#include "support/ways_in.h"
+#include "ways_in.h"
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
