@@ -10,6 +10,10 @@
 // thread changes. Nothing throws but for lack of memory; no RTTI is needed.
 #pragma once
 
+#ifdef _GLIBCXX_DEBUG
+#error "libvirtual-modem-text has other containers than _GLIBCXX_DEBUG: use _GLIBCXX_ASSERTIONS"
+#endif
+
 #include <google/protobuf/message_lite.h>
 
 #include <cstddef>

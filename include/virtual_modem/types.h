@@ -1,17 +1,25 @@
 // The message types of the library as data: by name, by message, in order. Part of
 // libvirtual-modem-text; link VirtualModemProtos::text.
 //
-// Everything here is constant or computed from it: any thread may call any function at any time.
-// Nothing allocates, throws or needs RTTI.
+// Any thread may call any function at any time. Nothing throws or needs RTTI, and only Parse()
+// allocates.
 #pragma once
+
+#ifdef _GLIBCXX_DEBUG
+#error "libvirtual-modem-text has other containers than _GLIBCXX_DEBUG: use _GLIBCXX_ASSERTIONS"
+#endif
 
 #include <google/protobuf/message_lite.h>
 #include <virtual_modem/message_list.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #pragma GCC visibility push(default)
@@ -65,22 +73,218 @@ const Type& TypeOf(const google::protobuf::MessageLite& message);
 // The serial of a request or response; nothing when it is absent, and for types without one.
 std::optional<std::int32_t> SerialOf(const google::protobuf::MessageLite& message);
 
-// Calls visitor(m), m being the message as its own class, const: the visitor overloads operator()
-// for the types it knows and has a template for the rest. False, without a call, for a message of
-// another library. A look-up and a call through a pointer.
+// The type of a class of the library.
+template <typename T>
+const Type& TypeOf() {
+  return TypeOf(T::default_instance());
+}
+
+namespace internal {
+// The compiler is not to conclude from an object that it sees that the branch which casts it to
+// another class is an error.
+template <typename T, typename Base>
+T* Cast(Base& message) {
+  return std::launder(static_cast<T*>(&message));
+}
+}  // namespace internal
+
+// The message as its class, such as As<Dial>(message); null when it is another's.
+template <typename T>
+const T* As(const google::protobuf::MessageLite& message) {
+  if (TypeOf(message).prototype != &T::default_instance()) return nullptr;
+  return internal::Cast<const T>(message);
+}
+template <typename T>
+T* As(google::protobuf::MessageLite& message) {
+  return const_cast<T*>(As<T>(std::as_const(message)));
+}
+
+// What Parse() made of bytes.
+struct Parsed {
+  const Type* type = nullptr;  // null when the library has none of that name
+  // Null without a type. Of bytes that break, what stood before the break.
+  std::unique_ptr<google::protobuf::MessageLite> message;
+  bool whole = false;  // the bytes did not break
+
+  explicit operator bool() const { return whole; }
+};
+
+// A new message of that full type name, read from its encoded form. Writes nothing to stderr.
+// Required fields may be absent: ask MissingFields() of <virtual_modem/text.h> next, or
+// IsInitialized().
+inline Parsed Parse(std::string_view name, std::string_view bytes) {
+  Parsed parsed;
+  parsed.type = FindType(name);
+  if (parsed.type == nullptr) return parsed;
+  parsed.message.reset(parsed.type->prototype->New());
+  parsed.whole =
+      bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max()) &&
+      parsed.message->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
+  return parsed;
+}
+
+namespace internal {
+
+using google::protobuf::MessageLite;
+
+template <typename... T>
+struct Classes {};
+#define VIRTUAL_MODEM_CLASS(name, cpp_class, unit) , cpp_class
+template <typename, typename... T>
+struct AllClasses {
+  using List = Classes<T...>;
+};
+using Messages = AllClasses<void VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_CLASS)>::List;
+#undef VIRTUAL_MODEM_CLASS
+
+// The visitor with overloads for MessageLite in the place of its own: a class for which one of them
+// is chosen has no overload in the visitor.
+struct Rest {};
+template <typename Visitor, bool = std::is_class_v<Visitor> && !std::is_final_v<Visitor>>
+struct Probe : Visitor {
+  using Visitor::operator();
+  Rest operator()(const MessageLite&) const;
+  Rest operator()(MessageLite&) const;
+};
 template <typename Visitor>
-bool Visit(const google::protobuf::MessageLite& message, Visitor&& visitor) {
-  using Call = void (*)(Visitor&, const google::protobuf::MessageLite&);
-#define VIRTUAL_MODEM_VISIT(name, cpp_class, unit)                      \
-  [](Visitor& target, const google::protobuf::MessageLite& base) {      \
-    std::forward<Visitor>(target)(static_cast<const cpp_class&>(base)); \
-  },
-  static constexpr Call kCalls[] = {VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_VISIT)};
-#undef VIRTUAL_MODEM_VISIT
-  const Type& type = TypeOf(message);
-  if (type.prototype == nullptr) return false;
-  kCalls[&type - Types().begin()](visitor, message);
-  return true;
+struct Probe<Visitor, false> {};
+
+// What a visitor returns: the type that all of its calls have in common, else void.
+template <typename R>
+struct Returns {
+  using Type = R;
+};
+template <>
+struct Returns<Rest> {
+  using Type = void;
+};
+template <typename R>
+Returns<R> operator+(Returns<Rest>, Returns<R>);
+template <typename R>
+Returns<R> operator+(Returns<R>, Returns<Rest>);
+Returns<Rest> operator+(Returns<Rest>, Returns<Rest>);
+template <typename R>
+Returns<R> operator+(Returns<R>, Returns<R>);
+template <typename R, typename S>
+Returns<void> operator+(Returns<R>, Returns<S>);
+
+template <typename Base, typename Visitor, typename List>
+class Visiting;
+template <typename Base, typename Visitor, typename... T>
+class Visiting<Base, Visitor, Classes<T...>> {
+  template <typename M>
+  using As = std::conditional_t<std::is_const_v<Base>, const M, M>&;
+  template <typename M>
+  static constexpr bool kTaken = std::is_invocable_v<Visitor&, As<M>>;
+
+  // M is taken by an overload for every message.
+  template <typename M>
+  static constexpr bool IsRest() {
+    using Probing = Probe<std::remove_cv_t<Visitor>>&;
+    if constexpr (kTaken<M> && std::is_invocable_v<Probing, As<M>>) {
+      if constexpr (std::is_same_v<std::invoke_result_t<Probing, As<M>>, Rest>) {
+        return std::is_invocable_v<Visitor&, Base&>;
+      }
+    }
+    return false;
+  }
+  template <typename M>
+  static constexpr bool kHasOverload = kTaken<M> && !IsRest<M>();
+
+  static constexpr bool kTakesRest = (... || IsRest<T>());
+  static constexpr std::size_t kOverloads = (std::size_t{0} + ... + kHasOverload<T>);
+  static_assert(kTakesRest || kOverloads != 0, "the visitor takes no message of the library");
+
+  template <typename M>
+  static auto ResultOf() {
+    if constexpr (kTaken<M>) {
+      return Returns<std::decay_t<std::invoke_result_t<Visitor&, As<M>>>>();
+    } else {
+      return Returns<Rest>();
+    }
+  }
+  using Result = typename decltype((Returns<Rest>() + ... + ResultOf<T>()))::Type;
+
+ public:
+  using Answer = std::conditional_t<std::is_void_v<Result>, bool, std::optional<Result>>;
+
+  static Answer Run(Base& message, Visitor& visitor) {
+    const Type& type = TypeOf(message);
+    Answer answer{};
+    if (type.prototype == nullptr) return answer;
+    bool called = false;
+    if constexpr (kOverloads > 16) {
+      static constexpr Function kCalls[] = {FunctionFor<T>()...};
+      const Function call = kCalls[&type - Types().begin()];
+      called = call != nullptr;
+      if (called) call(message, visitor, answer);
+    } else {
+      called = (... || CallIf<T>(type, message, visitor, answer));
+      if constexpr (kTakesRest) {
+        if (!called) Call<Base>(message, visitor, answer);
+        called = true;
+      }
+    }
+    if constexpr (std::is_void_v<Result>) answer = called;
+    return answer;
+  }
+
+ private:
+  using Function = void (*)(Base&, Visitor&, Answer&);
+
+  template <typename M>
+  static void Call(Base& message, Visitor& visitor, [[maybe_unused]] Answer& answer) {
+    if constexpr (std::is_void_v<Result>) {
+      static_cast<void>(visitor(*Cast<std::remove_reference_t<As<M>>>(message)));
+    } else {
+      answer.emplace(visitor(*Cast<std::remove_reference_t<As<M>>>(message)));
+    }
+  }
+  template <typename M>
+  static constexpr Function FunctionFor() {
+    if constexpr (kHasOverload<M>) {
+      return &Call<M>;
+    } else if constexpr (kTakesRest) {
+      return &Call<Base>;
+    } else {
+      return nullptr;
+    }
+  }
+  template <typename M>
+  static bool CallIf(const Type& type, Base& message, Visitor& visitor, Answer& answer) {
+    if constexpr (kHasOverload<M>) {
+      if (type.prototype != &M::default_instance()) return false;
+      Call<M>(message, visitor, answer);
+      return true;
+    } else {
+      return false;
+    }
+  }
+};
+
+}  // namespace internal
+
+// Calls visitor(m), m being the message as its own class, and mutable if it is so here. The visitor
+// overloads operator() for the classes it knows; the rest goes to an overload for const
+// MessageLite& or a template, or nowhere if it has neither. An auto& would be chosen before a const
+// Dial& for a mutable message: say const auto&.
+//
+// Returns what the visitor returns, as std::optional: nothing when it was not called, which is so
+// for a message of another library too. For visitors that return nothing, or of different types, it
+// is a bool: whether the visitor was called.
+//
+// A look-up, and some comparisons or a call through a pointer.
+template <typename Visitor>
+auto Visit(const google::protobuf::MessageLite& message, Visitor&& visitor) {
+  using Visiting = internal::Visiting<const google::protobuf::MessageLite,
+                                      std::remove_reference_t<Visitor>, internal::Messages>;
+  return Visiting::Run(message, visitor);
+}
+template <typename Visitor>
+auto Visit(google::protobuf::MessageLite& message, Visitor&& visitor) {
+  using Visiting = internal::Visiting<google::protobuf::MessageLite,
+                                      std::remove_reference_t<Visitor>, internal::Messages>;
+  return Visiting::Run(message, visitor);
 }
 
 }  // namespace virtual_modem
