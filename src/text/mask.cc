@@ -7,66 +7,148 @@
 namespace virtual_modem::text {
 namespace {
 
-std::size_t VarintSize(std::uint64_t value) {
-  std::size_t size = 1;
-  for (; value >= 0x80; value >>= 7U) ++size;
-  return size;
+bool Continues(char byte) { return static_cast<signed char>(byte) < 0; }  // as a varint does
+
+// Makes the varint at that place 0 in as many bytes; it may be cut. Returns where it ends.
+char* MaskVarint(char* at, const char* end) {
+  while (at != end) {
+    const bool more = Continues(*at);
+    *at++ = more ? '\x80' : '\0';
+    if (!more) break;
+  }
+  return at;
 }
 
-char* WriteVarint(std::uint64_t value, char* to) {
-  for (; value >= 0x80; value >>= 7U) *to++ = static_cast<char>(value | 0x80U);
-  *to++ = static_cast<char>(value);
-  return to;
-}
-
+// Copies the bytes, but for what is to be hidden.
 class Masker : public Handler {
  public:
-  Masker(const Tables& tables, Show show, std::string& out)
-      : tables_(tables), shape_(show == Show::kShape), out_(out) {}
+  Masker(std::string_view bytes, Show show, bool keep_sizes, std::string& out)
+      : bytes_(bytes),
+        copied_(bytes.data()),
+        at_(copied_),
+        shape_(show == Show::kShape),
+        keep_sizes_(keep_sizes),
+        out_(out) {}
 
-  void Number(const Level& /*level*/, const Field& field, std::uint64_t value) {
-    Tag(field, kVarint);
-    const bool masked = field.subscriber_data || (shape_ && field.repeated);
-    Varint(masked ? 0 : value);
-  }
-  void Enum(const Level& /*level*/, const Field& field, std::uint64_t value,
-            std::string_view /*name*/) {
-    Tag(field, kVarint);
-    Varint(value);
-  }
-  void String(const Level& /*level*/, const Field& field, std::string_view bytes) {
-    Tag(field, kLengthDelimited);
-    Varint(bytes.size());
-    if (field.subscriber_data || shape_) {
-      out_.append(bytes.size(), 'X');
+  void Reached(const char* place) { at_ = place; }
+
+  void Number(const Level& /*level*/, const Field& field, std::uint64_t /*value*/) {
+    if (!field.subscriber_data && !(shape_ && field.repeated)) return;
+    const char* begin = at_ - 1;
+    while (Continues(begin[-1])) --begin;  // before it ends a tag, a length or a number
+    CopyTo(begin);
+    if (keep_sizes_) {
+      CopyTo(at_);
+      char* end = out_.data() + out_.size();
+      MaskVarint(end - (at_ - begin), end);
     } else {
-      Append(out_, bytes);
+      out_.append(1, '\0');
+      copied_ = at_;
     }
   }
-  // The length comes last: masked bytes are fewer than those they stand for.
-  std::size_t Begin(const Level& /*level*/, const Field& field) {
-    Tag(field, kLengthDelimited);
+
+  void String(const Level& /*level*/, const Field& field, std::string_view bytes) {
+    if (!field.subscriber_data && !shape_) return;
+    CopyTo(bytes.data());
+    FillTo(bytes.data() + bytes.size());
+  }
+
+  std::size_t Begin(const Level& /*level*/, const Field& /*field*/) { return BeginPacked(); }
+  void End(const Level& /*level*/, const Field& /*field*/, std::size_t mark) { EndPacked(mark); }
+  std::size_t BeginPacked() {
+    CopyTo(at_);
     return out_.size();
   }
-  void End(const Level& /*level*/, const Field& /*field*/, std::size_t mark) {
+  // Mends the length, which ends at the mark: masked bytes may be fewer.
+  void EndPacked(std::size_t mark) {
+    CopyTo(at_);
+    if (keep_sizes_) return;
     const std::size_t size = out_.size() - mark;
-    const std::size_t length = VarintSize(size);
-    out_.append(length, '\0');
-    std::memmove(&out_[mark + length], &out_[mark], size);
-    WriteVarint(size, &out_[mark]);
+    char* const content = &out_[mark];
+    char* begin = content - 1;
+    while (Continues(begin[-1])) --begin;  // before it ends a tag
+    char* at = begin;
+    std::size_t rest = size;
+    for (; rest >= 0x80; rest >>= 7U) *at++ = static_cast<char>(rest | 0x80U);
+    *at++ = static_cast<char>(rest);
+    if (at == content) return;
+    std::memmove(at, content, size);
+    out_.resize(out_.size() - static_cast<std::size_t>(content - at));
   }
+
+  void Unknown(const Level& /*level*/, const Field* field, std::uint32_t /*number*/, WireType type,
+               std::string_view whole, std::string_view /*value*/) {
+    const bool undeclared = field != nullptr && field->kind == FieldKind::kEnum && type == kVarint;
+    if (!undeclared) MaskFields(whole);
+  }
+
+  void Malformed(const Level& /*level*/, const Outcome& outcome) {
+    MaskFields({bytes_.data() + outcome.broken_from, outcome.broken_to - outcome.broken_from});
+    FillTo(bytes_.data() + bytes_.size());
+  }
+
+  void Finish() { CopyTo(bytes_.data() + bytes_.size()); }
 
  private:
-  void Tag(const Field& field, WireType type) {
-    Varint(std::uint64_t{tables_.NumberOf(field)} << 3U | type);
+  void CopyTo(const char* place) {
+    if (place <= copied_) return;
+    Append(out_, {copied_, static_cast<std::size_t>(place - copied_)});
+    copied_ = place;
   }
-  void Varint(std::uint64_t value) {
-    char bytes[10];
-    out_.append(bytes, static_cast<std::size_t>(WriteVarint(value, bytes) - bytes));
+  void FillTo(const char* place) {
+    out_.append(static_cast<std::size_t>(place - copied_), 'X');
+    copied_ = place;
   }
 
-  const Tables& tables_;
+  // Masks the values of fields, the last of which may be cut anywhere: tags and lengths stay. What
+  // is in a group is masked like what is around it.
+  void MaskFields(std::string_view fields) {
+    CopyTo(fields.data() + fields.size());
+    char* const end = out_.data() + out_.size();
+    Outcome unused;
+    Reader reader({end - fields.size(), fields.size()}, unused);
+    while (!reader.AtEnd()) {
+      char* at = end - reader.Left();
+      std::uint64_t tag = 0;
+      if (!reader.ReadVarint(kMaxTagBytes, "", tag)) {
+        MaskVarint(at, end);
+        return;
+      }
+      at = end - reader.Left();
+      char mask = '\0';
+      std::uint64_t size = 0;
+      switch (tag & 7U) {
+        case kVarint:
+          reader.MoveTo(MaskVarint(at, end));
+          continue;
+        case kFixed64:
+          size = 8;
+          break;
+        case kFixed32:
+          size = 4;
+          break;
+        case kLengthDelimited:
+          if (!reader.ReadVarint(kMaxLengthBytes, "", size)) {
+            MaskVarint(at, end);
+            return;
+          }
+          mask = 'X';
+          break;
+        default:
+          continue;
+      }
+      if (size > reader.Left()) size = reader.Left();
+      at = end - reader.Left();
+      std::memset(at, mask, static_cast<std::size_t>(size));
+      reader.MoveTo(at + size);
+    }
+  }
+
+  const std::string_view bytes_;
+  const char* copied_;  // up to here
+  const char* at_;
   const bool shape_;
+  const bool keep_sizes_;  // masked numbers take as many bytes as before
   std::string& out_;
 };
 
@@ -74,8 +156,14 @@ class Masker : public Handler {
 
 Outcome AppendMasked(const Tables& tables, unsigned message, std::string_view bytes, Show show,
                      std::string& masked) {
-  Masker masker(tables, show, masked);
-  return WalkMessage(tables, message, bytes, masker);
+  const std::size_t before = masked.size();
+  for (bool keep_sizes = false;; keep_sizes = true) {
+    Masker masker(bytes, show, keep_sizes, masked);
+    const Outcome outcome = WalkMessage(tables, message, bytes, masker);
+    masker.Finish();
+    if (keep_sizes || !outcome.malformed()) return outcome;
+    masked.resize(before);
+  }
 }
 
 }  // namespace virtual_modem::text

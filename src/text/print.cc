@@ -113,7 +113,6 @@ class UnknownFields {
     return false;
   }
 
- private:
   bool ReadVarint(std::uint64_t& value) {
     value = 0;
     for (unsigned shift = 0; shift < 70; shift += 7) {
@@ -125,6 +124,7 @@ class UnknownFields {
     return false;
   }
 
+ private:
   bool ReadFixed(unsigned size, std::uint64_t& value) {
     if (static_cast<std::size_t>(end_ - at_) < size) return false;
     value = 0;
@@ -155,11 +155,9 @@ bool AreFields(UnknownFields& fields, std::uint32_t group, int budget) {
 
 class Printer : public Handler {
  public:
-  Printer(const Tables& tables, Show show, bool single_line, Sink& sink,
-          std::vector<std::string>* missing)
+  Printer(const Tables& tables, Show show, bool single_line, Sink& sink)
       : tables_(tables),
         sink_(sink),
-        missing_(missing),
         show_(show),
         single_line_(single_line),
         separator_(single_line ? ' ' : '\n') {}
@@ -239,13 +237,9 @@ class Printer : public Handler {
   }
   void End(const Level& /*level*/, const Field& /*field*/, std::size_t /*mark*/) { Close(); }
 
-  void Unknown(const Level& /*level*/, const Field* /*field*/, std::uint32_t number, WireType type,
+  void Unknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
                std::string_view whole, std::string_view value) {
-    if (show_ != Show::kAll) {
-      ++hidden_;
-      hidden_bytes_ += whole.size();
-      return;
-    }
+    if (show_ != Show::kAll) return NameUnknown(level, field, number, type, whole.size(), value);
     UnknownFields fields(type == kStartGroup ? value : whole);
     if (type == kStartGroup) {
       Group(number, fields, kUnknownDepth);
@@ -256,10 +250,6 @@ class Printer : public Handler {
       fields.Next(item);
       Print(item, fields, kUnknownDepth);
     }
-  }
-
-  void Missing(const Level& level, const Field& field) {
-    if (missing_ != nullptr) missing_->push_back(PathTo(tables_, level, field));
   }
 
   void Malformed(const Level& level, const Outcome& outcome) {
@@ -274,14 +264,11 @@ class Printer : public Handler {
     Append(break_, Explain(outcome));
   }
 
-  // What stands behind the fields.
+  // What stands after the fields.
   void Finish() {
-    if (hidden_ > 0) {
-      sink_.Append("# ");
-      AppendNumber(hidden_, sink_);
-      sink_.Append(hidden_ == 1 ? " unknown field, " : " unknown fields, ");
-      AppendNumber(hidden_bytes_, sink_);
-      sink_.Append(" bytes, not shown");
+    if (!unknown_.empty()) {
+      sink_.Append(several_unknown_ ? "# unknown fields " : "# unknown field ");
+      sink_.Append(unknown_);
       sink_.Append(separator_);
     }
     if (!break_.empty()) {
@@ -332,13 +319,39 @@ class Printer : public Handler {
     sink_.Append(separator_);
   }
 
+  // Names an unknown field for the comment: "calls[0].15 (2 bytes)", or "technology = 99" for a
+  // number that its enumeration does not declare.
+  void NameUnknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
+                   std::size_t size, std::string_view value) {
+    several_unknown_ = !unknown_.empty();
+    if (several_unknown_) text::Append(unknown_, ", ");
+    if (field != nullptr) {
+      text::Append(unknown_, PathTo(tables_, level, *field));
+    } else {
+      text::Append(unknown_, PathTo(tables_, level));
+      if (level.field != nullptr) text::Append(unknown_, ".");
+      text::AppendNumber(unknown_, number);
+    }
+    if (field != nullptr && field->kind == FieldKind::kEnum && type == kVarint) {
+      UnknownFields varint(value);
+      std::uint64_t undeclared = 0;
+      varint.ReadVarint(undeclared);
+      char digits[kMaxDigits];
+      text::Append(unknown_, " = ");
+      text::Append(
+          unknown_,
+          {digits, static_cast<std::size_t>(
+                       WriteNumber(static_cast<std::int32_t>(undeclared), digits) - digits)});
+    } else {
+      text::Append(unknown_, " (");
+      text::AppendNumber(unknown_, size);
+      text::Append(unknown_, " bytes)");
+    }
+  }
+
   void UnknownNumber(std::uint32_t number, std::string_view varint) {
     std::uint64_t value = 0;
-    unsigned shift = 0;
-    for (const char c : varint) {
-      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(c) & 0x7FU) << shift;
-      shift += 7;
-    }
+    UnknownFields(varint).ReadVarint(value);
     Indent();
     AppendNumber(std::uint64_t{number}, sink_);
     sink_.Append(": ");
@@ -391,14 +404,13 @@ class Printer : public Handler {
 
   const Tables& tables_;
   Sink& sink_;
-  std::vector<std::string>* missing_;
   const Show show_;
   const bool single_line_;
   const char separator_;
   std::size_t depth_ = 0;
-  std::size_t hidden_ = 0;
-  std::size_t hidden_bytes_ = 0;
-  std::string break_;
+  bool several_unknown_ = false;
+  std::string unknown_;  // fields that are not shown, and
+  std::string break_;    // where the bytes break, in words
 };
 
 }  // namespace
@@ -439,8 +451,8 @@ void AppendEscaped(std::string_view bytes, Sink& sink) {
 }
 
 Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
-              bool single_line, Sink& sink, std::vector<std::string>* missing) {
-  Printer printer(tables, show, single_line, sink, missing);
+              bool single_line, Sink& sink) {
+  Printer printer(tables, show, single_line, sink);
   const Outcome outcome = WalkMessage(tables, message, bytes, printer);
   printer.Finish();
   return outcome;

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "text/tables.h"
 #include "text/walk.h"
@@ -100,8 +99,8 @@ class Sink {
 // What a printer leaves out.
 enum class Show : std::uint8_t {
   kAll,
-  // X for each byte of a string of subscriber data and 0 for a number of it; unknown fields are not
-  // shown, since nobody knows what they hold.
+  // X for each byte of a string of subscriber data and 0 for a number of it; of unknown fields, of
+  // which nobody knows what they hold, no more than number and size.
   kMasked,
   // As kMasked, and no string or list of numbers at all: for bytes that do not fit their type and
   // may be another one's.
@@ -109,13 +108,11 @@ enum class Show : std::uint8_t {
 };
 
 // Prints bytes as the message, an index into tables.messages. A field whose bytes break is left
-// out, every message begun is closed. Behind the fields stand, as comments, how many unknown fields
-// are not shown and where and why the bytes break. On one line the text has no separator at its
-// end; else every line ends with one.
-//
-// missing, unless null, gets the paths of the required fields that are absent.
+// out, every message begun is closed. After the fields stand, as comments, which unknown fields are
+// not shown, and where and why the bytes break. On one line the text has no separator at its end;
+// else every line ends with one.
 Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
-              bool single_line, Sink& sink, std::vector<std::string>* missing = nullptr);
+              bool single_line, Sink& sink);
 
 void AppendNumber(std::uint64_t number, Sink& sink);
 

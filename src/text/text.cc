@@ -78,16 +78,11 @@ void WithBytes(const MessageLite& message, const Use& use) {
   use(buffer);
 }
 
-// Walks bytes for what is missing; paths may be null.
-Outcome Examine(unsigned index, std::string_view bytes, std::vector<std::string>* paths) {
-  char nothing = 0;
-  Sink sink(&nothing, 0);
-  return text::Print(kTables, index, bytes, Show::kMasked, true, sink, paths);
-}
-
 // What to show of bytes that nobody vouches for: when they do not fit, they may be another type's.
 Show ShowOf(unsigned index, std::string_view bytes) {
-  const Outcome outcome = Examine(index, bytes, nullptr);
+  char nothing = 0;
+  Sink sink(&nothing, 0);
+  const Outcome outcome = text::Print(kTables, index, bytes, Show::kMasked, true, sink);
   return outcome.acceptable() && outcome.wrong_type == 0 ? Show::kMasked : Show::kShape;
 }
 
@@ -135,7 +130,9 @@ std::vector<std::string> MissingFields(const MessageLite& message) {
   const Type& type = TypeOf(message);
   std::vector<std::string> paths;
   if (type.prototype != nullptr && !message.IsInitialized()) {
-    WithBytes(message, [&](std::string_view bytes) { Examine(IndexOf(type), bytes, &paths); });
+    WithBytes(message, [&](std::string_view bytes) {
+      text::FindMissing(kTables, IndexOf(type), bytes, &paths);
+    });
   }
   return paths;
 }

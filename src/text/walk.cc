@@ -131,19 +131,16 @@ bool Reader::Fail(Fault fault, const char* where, std::uint64_t detail, std::uin
 
 bool Reader::ReadLongVarint(int max_bytes, const char* item, std::uint64_t& value) {
   value = 0;
-  const char* at = at_;
-  for (int i = 0; i < max_bytes; ++i, ++at) {
-    if (at == limit_) {
-      return Fail(IsLast() ? Fault::kEndsInside : Fault::kOverruns, at, 0, 0, item);
+  const char* start = at_;
+  for (int i = 0; i < max_bytes; ++i) {
+    if (at_ == limit_) {
+      return Fail(IsLast() ? Fault::kEndsInside : Fault::kOverruns, at_, 0, 0, item);
     }
-    const auto byte = static_cast<std::uint8_t>(*at);
+    const auto byte = static_cast<std::uint8_t>(*at_++);
     value |= static_cast<std::uint64_t>(byte & 0x7FU) << (7U * static_cast<unsigned>(i));
-    if (byte < 0x80) {
-      at_ = at + 1;
-      return true;
-    }
+    if (byte < 0x80) return true;
   }
-  return Fail(Fault::kItemTooLong, at_, static_cast<std::uint64_t>(max_bytes), 0, item);
+  return Fail(Fault::kItemTooLong, start, static_cast<std::uint64_t>(max_bytes), 0, item);
 }
 
 bool Reader::FailShort(std::size_t size) {
@@ -187,6 +184,104 @@ bool Reader::SkipGroup(std::uint32_t number, const char* start, int& depth) {
     }
     if (!Skip(inner_number, wire_type, inner, depth)) return false;
   }
+}
+
+namespace {
+
+class MissingFinder {
+ public:
+  MissingFinder(const Tables& tables, std::vector<std::string>* paths)
+      : tables_(tables), paths_(paths) {}
+
+  std::uint32_t Run(std::string_view bytes, unsigned message) {
+    const Level outermost{nullptr, nullptr, -1};
+    Examine(bytes, way_, way_, message, outermost);
+    return found_;
+  }
+
+ private:
+  // Examines the message that bytes lead to by the singular fields from first up to before last,
+  // each of which may occur several times.
+  void Examine(std::string_view bytes, const Field** first, const Field** last, unsigned message,
+               const Level& level) {
+    if (last > way_ + kMaxDepth) return;
+    const Message& row = tables_.messages[message];
+    for (const Field* field = tables_.Begin(row); field != tables_.End(row); ++field) {
+      if (!field->required && field->kind != FieldKind::kMessage) continue;
+      *last = field;
+      int count = 0;
+      if (Occurs(bytes, first, last, level, count)) {
+        if (field->kind != FieldKind::kMessage || field->repeated) continue;
+        const Level below{&level, field, -1};
+        Examine(bytes, first, last + 1, field->below, below);
+      } else if (field->required) {
+        ++found_;
+        if (paths_ != nullptr) paths_->push_back(PathTo(tables_, level, *field));
+      }
+    }
+  }
+
+  // Whether the field at last is in that message. Examines the elements of a list of messages, of
+  // which count were seen before.
+  bool Occurs(std::string_view bytes, const Field** first, const Field** last, const Level& level,
+              int& count) {
+    const Field& field = **first;
+    const std::uint32_t wanted = tables_.NumberOf(field);
+    const unsigned expected = field.kind < FieldKind::kString ? kVarint : kLengthDelimited;
+    Outcome unused;
+    Reader reader(bytes, unused);
+    bool occurs = false;
+    while (!reader.AtEnd()) {
+      const char* start = reader.at();
+      std::uint64_t tag = 0;
+      if (!reader.ReadVarint(kMaxTagBytes, "", tag)) break;
+      const std::uint32_t number = static_cast<std::uint32_t>(tag) >> 3U;
+      const auto wire_type = static_cast<unsigned>(tag & 7U);
+      const char* value = reader.at();
+      if (number != wanted || wire_type != expected || field.kind != FieldKind::kMessage) {
+        int depth = 0;
+        if (!reader.Skip(number, wire_type, start, depth)) break;
+        if (number != wanted || wire_type != expected) continue;
+        occurs = occurs || field.kind != FieldKind::kEnum ||
+                 IsDeclared(field, {value, static_cast<std::size_t>(reader.at() - value)});
+        continue;
+      }
+      std::size_t size = 0;
+      if (!reader.ReadLength(size)) break;
+      if (size > reader.Left()) size = reader.Left();  // the beginning of a message may be there
+      const std::string_view below(reader.at(), size);
+      reader.SkipBytes(size);
+      if (first != last) {
+        occurs = Occurs(below, first + 1, last, level, count) || occurs;
+        continue;
+      }
+      occurs = true;
+      if (!field.repeated) continue;
+      const Level element{&level, &field, count++};
+      Examine(below, last + 1, last + 1, field.below, element);
+    }
+    return occurs;
+  }
+
+  bool IsDeclared(const Field& field, std::string_view varint) const {
+    std::uint64_t value = 0;
+    Outcome unused;
+    Reader(varint, unused).ReadVarint(kMaxVarintBytes, "", value);
+    return !tables_.enum_name(tables_.context, field.below, static_cast<std::int32_t>(value))
+                .empty();
+  }
+
+  const Tables& tables_;
+  std::vector<std::string>* paths_;
+  std::uint32_t found_ = 0;
+  const Field* way_[kMaxDepth + 1];  // down from the outermost message
+};
+
+}  // namespace
+
+std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
+                          std::vector<std::string>* paths) {
+  return MissingFinder(tables, paths).Run(bytes, message);
 }
 
 }  // namespace virtual_modem::text

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "text/tables.h"
 
@@ -74,11 +75,15 @@ struct Outcome {
   std::size_t offset = 0;  // of the fault, in bytes from the first one
   std::uint64_t detail = 0;
   std::uint64_t left = 0;
+  // What breaks: from the beginning of its field, or of its number in a packed list, up to where
+  // reading ended. Handlers were told of nothing behind its beginning.
+  std::size_t broken_from = 0;
+  std::size_t broken_to = 0;
 
   std::uint32_t unknown = 0;     // numbers that a message does not declare
   std::uint32_t undeclared = 0;  // numbers that an enumeration does not declare
   std::uint32_t wrong_type = 0;  // declared fields with a wire type not their own
-  // Required fields that are absent. Exact when canonical, else a hint.
+  // Required fields that are absent, in whatever order the others stand.
   std::uint32_t missing = 0;
   // Fields stand in the order of their numbers, each singular one once and unknown ones last, as
   // serializers write them: what is printed in the order of the bytes is what a parsed message
@@ -93,8 +98,17 @@ struct Outcome {
 // Such as "the input ends 3 bytes early". Requires outcome.malformed().
 std::string Explain(const Outcome& outcome);
 
+// The required fields that a message lacks at every depth, whatever the order of its fields, each
+// singular message merged from all its occurrences, as a parser does. Adds their paths in the
+// order of the schema, unless paths is null; returns how many there are.
+std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
+                          std::vector<std::string>* paths);
+
 // Told what the walk comes by, in the order of the bytes. Derive from it and hide what matters.
 struct Handler {
+  // Where the reader stands when Number, Begin, End, BeginPacked or EndPacked is called next: after
+  // the number, or at the beginning or end of the message or list.
+  void Reached(const char* /*place*/) {}
   // A number, or an element of a list of numbers, packed or not.
   void Number(const Level&, const Field&, std::uint64_t /*value*/) {}
   void Enum(const Level&, const Field&, std::uint64_t /*value*/, std::string_view /*name*/) {}
@@ -102,13 +116,14 @@ struct Handler {
   // A message begins; what is returned is given to End, which follows whatever happens.
   std::size_t Begin(const Level&, const Field&) { return 0; }
   void End(const Level&, const Field&, std::size_t) {}
+  // The same for a packed list, whose numbers are told in between.
+  std::size_t BeginPacked() { return 0; }
+  void EndPacked(std::size_t) {}
   // A field that the message does not keep as its own. whole is all of it, its tag included (of a
-  // packed list, up to the element); value is what stands behind the tag and, for kLengthDelimited,
-  // behind the length; a group's includes its end. field is null when the number is not declared.
+  // packed list, the element alone); value is what stands after the tag and, for kLengthDelimited,
+  // after the length; a group's includes its end. field is null when the number is not declared.
   void Unknown(const Level&, const Field* /*field*/, std::uint32_t /*number*/, WireType,
                std::string_view /*whole*/, std::string_view /*value*/) {}
-  // A required field is absent.
-  void Missing(const Level&, const Field&) {}
   // The bytes break in the field or message at level; told once.
   void Malformed(const Level&, const Outcome&) {}
 };
@@ -195,11 +210,16 @@ template <typename H>
 class Walk {
  public:
   Walk(const Tables& tables, std::string_view bytes, H& handler)
-      : tables_(tables), reader_(bytes, outcome_), handler_(handler) {}
+      : tables_(tables), bytes_(bytes), reader_(bytes, outcome_), handler_(handler) {}
 
   Outcome Run(unsigned message) {
     const Level outermost{nullptr, nullptr, -1};
     ReadMessage(message, outermost);
+    // Counted on the way, which is right unless an absent field came later or merged.
+    if (outcome_.missing != 0 && !outcome_.canonical) {
+      const std::size_t told = outcome_.malformed() ? outcome_.broken_from : bytes_.size();
+      outcome_.missing = FindMissing(tables_, message, {bytes_.data(), told}, nullptr);
+    }
     return outcome_;
   }
 
@@ -208,6 +228,7 @@ class Walk {
   struct State {
     const Message& row;
     const Level& level;
+    const char* start = nullptr;   // of the field, or number of a packed list, in hand
     const Field* field = nullptr;  // in hand, when it is declared
     std::uint32_t number = 0;      // its number
     std::uint32_t last = 0;        // highest number that was kept
@@ -220,39 +241,42 @@ class Walk {
     const bool read = ReadFields(state);
     if (!read && !told_) {
       told_ = true;
+      outcome_.broken_from = reader_.OffsetOf(state.start);
+      outcome_.broken_to = reader_.offset();
       const Field* field = state.field;
       const bool element =
           field != nullptr && field->repeated && field->kind == FieldKind::kMessage;
       const Level at{&level, field, element ? state.count : -1};
       handler_.Malformed(field == nullptr ? level : at, outcome_);
     }
-    ReportMissing(state, UINT32_MAX);
+    CountMissing(state, UINT32_MAX);
     return read;
   }
 
   bool ReadFields(State& state) {
     while (!reader_.AtEnd()) {
       state.field = nullptr;
-      const char* start = reader_.at();
+      state.start = reader_.at();
       std::uint64_t tag = 0;
       if (!reader_.ReadVarint(kMaxTagBytes, "tag", tag)) return false;
       const std::uint32_t number = static_cast<std::uint32_t>(tag) >> 3U;
       const auto wire_type = static_cast<unsigned>(tag & 7U);
-      if (number == 0) return reader_.Fail(Fault::kFieldZero, start);
+      if (number == 0) return reader_.Fail(Fault::kFieldZero, state.start);
       const Field* field = tables_.Find(state.row, number);
       state.field = field;
       state.number = number;
       if (field == nullptr) {
         ++outcome_.unknown;
-        if (!ReadUnknown(state, wire_type, start)) return false;
+        if (!ReadUnknown(state, wire_type)) return false;
       } else if (field->kind == FieldKind::kMessage && wire_type == kLengthDelimited) {
         Keep(state);
-        if (!ReadBelow(state, start)) return false;
-      } else if (!ReadField(state, wire_type, start)) {
+        if (!ReadBelow(state)) return false;
+      } else if (!ReadField(state, wire_type)) {
         return false;
       }
     }
     state.field = nullptr;
+    state.start = reader_.at();
     const std::size_t lacking = reader_.Lacking();
     return lacking == 0 || reader_.Fail(Fault::kEndsEarly, reader_.at(), lacking);
   }
@@ -261,7 +285,7 @@ class Walk {
     const std::uint32_t number = state.number;
     if (state.unknown) outcome_.canonical = false;
     if (number > state.last) {
-      if (number > state.last + 1) ReportMissing(state, number);
+      if (number > state.last + 1) CountMissing(state, number);
       state.last = number;
       state.count = 0;
     } else if (number < state.last || !state.field->repeated) {
@@ -270,7 +294,7 @@ class Walk {
   }
 
   // Of the numbers between the last one kept and to.
-  void ReportMissing(const State& state, std::uint32_t to) {
+  void CountMissing(const State& state, std::uint32_t to) {
     // Up to the last dense number, rows stand at the places of their numbers.
     const std::uint32_t dense = state.row.last_dense;
     const Field* field = tables_.Begin(state.row) + (state.last < dense ? state.last : dense);
@@ -278,9 +302,7 @@ class Walk {
     for (; field < end; ++field) {
       if (!field->required) continue;
       const std::uint32_t number = tables_.NumberOf(*field);
-      if (number <= state.last || number >= to) continue;
-      ++outcome_.missing;
-      handler_.Missing(state.level, *field);
+      if (number > state.last && number < to) ++outcome_.missing;
     }
   }
 
@@ -288,25 +310,25 @@ class Walk {
     return {place, static_cast<std::size_t>(reader_.at() - place)};
   }
 
-  bool ReadUnknown(State& state, unsigned wire_type, const char* start) {
+  bool ReadUnknown(State& state, unsigned wire_type) {
     const char* value = reader_.at();
-    if (!reader_.Skip(state.number, wire_type, start, depth_)) return false;
+    if (!reader_.Skip(state.number, wire_type, state.start, depth_)) return false;
     if (wire_type == kLengthDelimited) {
       while (static_cast<signed char>(*value) < 0) ++value;  // the length, which was read
       ++value;
     }
     state.unknown = true;
     handler_.Unknown(state.level, state.field, state.number, static_cast<WireType>(wire_type),
-                     From(start), From(value));
+                     From(state.start), From(value));
     return true;
   }
 
   // A declared field that is not a message, or is not sent as one.
-  bool ReadField(State& state, unsigned wire_type, const char* start) {
+  bool ReadField(State& state, unsigned wire_type) {
     const Field& field = *state.field;
     if (field.kind < FieldKind::kString) {
-      if (wire_type == kVarint) return ReadNumber(state, start);
-      if (wire_type == kLengthDelimited && field.repeated) return ReadPacked(state, start);
+      if (wire_type == kVarint) return ReadNumber(state);
+      if (wire_type == kLengthDelimited && field.repeated) return ReadPacked(state);
     } else if (field.kind != FieldKind::kMessage && wire_type == kLengthDelimited) {
       std::size_t size = 0;
       if (!reader_.ReadLength(size)) return false;
@@ -317,15 +339,16 @@ class Walk {
       return true;
     }
     ++outcome_.wrong_type;
-    return ReadUnknown(state, wire_type, start);
+    return ReadUnknown(state, wire_type);
   }
 
-  bool ReadNumber(State& state, const char* start) {
+  bool ReadNumber(State& state) {
     const Field& field = *state.field;
     const char* begin = reader_.at();
     std::uint64_t value = 0;
     if (!reader_.ReadVarint(kMaxVarintBytes, "varint", value)) return false;
     if (field.kind != FieldKind::kEnum) {
+      handler_.Reached(reader_.at());
       handler_.Number(state.level, field, value);
       Keep(state);
       return true;
@@ -335,7 +358,7 @@ class Walk {
     if (name.empty()) {
       ++outcome_.undeclared;
       state.unknown = true;  // the field itself is still absent
-      handler_.Unknown(state.level, &field, state.number, kVarint, From(start), From(begin));
+      handler_.Unknown(state.level, &field, state.number, kVarint, From(state.start), From(begin));
     } else {
       handler_.Enum(state.level, field, value, name);
       Keep(state);
@@ -344,28 +367,37 @@ class Walk {
   }
 
   // Repeated numbers in one length-delimited field, all of them elements of the same list.
-  bool ReadPacked(State& state, const char* start) {
+  bool ReadPacked(State& state) {
     std::size_t size = 0;
     if (!reader_.ReadLength(size)) return false;
     if (size > reader_.Left()) return reader_.SkipBytes(size);
     const std::size_t around = reader_.Enter(size);
+    handler_.Reached(reader_.at());
+    const std::size_t mark = handler_.BeginPacked();
     bool read = true;
-    while (read && !reader_.AtEnd()) read = ReadNumber(state, start);
+    while (read && !reader_.AtEnd()) {
+      state.start = reader_.at();
+      read = ReadNumber(state);
+    }
+    handler_.Reached(reader_.at());
+    handler_.EndPacked(mark);
     reader_.Leave(around);
     return read;
   }
 
-  bool ReadBelow(State& state, const char* start) {
+  bool ReadBelow(State& state) {
     const Field& field = *state.field;
     std::size_t size = 0;
     if (!reader_.ReadLength(size)) return false;
-    if (++depth_ > kMaxDepth) return reader_.Fail(Fault::kTooDeep, start);
+    if (++depth_ > kMaxDepth) return reader_.Fail(Fault::kTooDeep, state.start);
     // Where the input was cut, the fields that are left of the message are still worth reading.
     if (size > reader_.Left() && !reader_.IsLast()) return reader_.SkipBytes(size);
     const std::size_t around = reader_.Enter(size);
     const Level below{&state.level, &field, field.repeated ? state.count++ : -1};
+    handler_.Reached(reader_.at());
     const std::size_t mark = handler_.Begin(below, field);
     const bool read = ReadMessage(field.below, below);
+    handler_.Reached(reader_.at());
     handler_.End(below, field, mark);
     reader_.Leave(around);
     --depth_;
@@ -373,6 +405,7 @@ class Walk {
   }
 
   const Tables& tables_;
+  const std::string_view bytes_;
   Outcome outcome_;
   Reader reader_;
   H& handler_;

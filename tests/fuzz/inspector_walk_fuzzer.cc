@@ -57,10 +57,15 @@ struct Unmasked : text::Handler {
     found =
         found || (field.subscriber_data && bytes.find_first_not_of('X') != std::string_view::npos);
   }
-  void Unknown(const text::Level&, const text::Field*, std::uint32_t, text::WireType,
-               std::string_view, std::string_view) {
-    found = true;
+  void Unknown(const text::Level&, const text::Field* field, std::uint32_t, text::WireType type,
+               std::string_view, std::string_view value) {
+    const bool undeclared = field != nullptr && field->kind == text::FieldKind::kEnum;
+    if (type == text::kStartGroup || (type == text::kVarint && undeclared)) return;
+    found = found || value.find_first_not_of(type == text::kLengthDelimited
+                                                 ? std::string_view("X")
+                                                 : kZero) != std::string_view::npos;
   }
+  static constexpr std::string_view kZero{"\0\x80", 2};
   bool found = false;
 };
 

@@ -8,9 +8,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <type_traits>
 
 #include "check.h"
 #include "support/message_types.h"
@@ -43,43 +44,12 @@ std::string OneLine(std::string_view lines) {
   return line;
 }
 
-// Takes a comment off the end of lines and returns it; empty when there is none.
-std::string_view TakeComment(std::string_view* lines) {
-  if (lines->empty()) return {};
-  const std::size_t before = lines->substr(0, lines->size() - 1).rfind('\n');
-  const std::size_t start = before == std::string_view::npos ? 0 : before + 1;
-  if ((*lines)[start] != '#') return {};
-  const std::string_view comment = lines->substr(start);
-  lines->remove_suffix(comment.size());
-  return comment;
-}
-
-struct Comments {
-  std::string_view fields;  // what stands before them
-  bool malformed = false;
-  std::size_t offset = 0;         // where
-  std::size_t unknown = 0;        // fields not shown
-  std::size_t unknown_bytes = 0;  // that they take
-};
-
-Comments ReadComments(std::string_view lines) {
-  Comments comments{lines};
+// The byte at which the last line says that a message breaks, none when it says nothing.
+std::optional<std::size_t> BreakIn(std::string_view lines) {
   constexpr std::string_view kMalformed = "# malformed at byte ";
-  std::string_view comment = TakeComment(&comments.fields);
-  comments.malformed = comment.substr(0, kMalformed.size()) == kMalformed;
-  if (comments.malformed) {
-    comments.offset = std::stoul(std::string(comment.substr(kMalformed.size())));
-    comment = TakeComment(&comments.fields);
-  }
-  if (!comment.empty()) {
-    const std::size_t comma = comment.find(", ");
-    FUZZ_CHECK(comment.substr(0, 2) == "# " && comma != std::string_view::npos, "unknown fields");
-    comments.unknown = std::stoul(std::string(comment.substr(2)));
-    comments.unknown_bytes = std::stoul(std::string(comment.substr(comma + 2)));
-    FUZZ_CHECK(comment.find(" bytes, not shown\n") != std::string_view::npos, "how many bytes");
-  }
-  FUZZ_CHECK(TakeComment(&comments.fields).empty(), "a third comment");
-  return comments;
+  const std::size_t start = lines.rfind('\n', lines.empty() ? 0 : lines.size() - 2) + 1;
+  if (lines.substr(start, kMalformed.size()) != kMalformed) return std::nullopt;
+  return std::stoul(std::string(lines.substr(start + kMalformed.size())));
 }
 
 // The two forms in which the library takes a message.
@@ -140,9 +110,11 @@ class TextChecker {
     FUZZ_CHECK(!(parsed && altered.malformed), "the model");
     const bool fits = parsed && message->IsInitialized() && !altered.wrong_type;
     if (fits) {
-      CheckBytes(bytes, parsed, altered, planted);
+      CheckBytes(bytes, altered, planted);
+      FUZZ_CHECK(Again(MaskedBytes(type_.name, bytes)) == Again(MaskedBytes(*message)),
+                 "masks of bytes and message");
     } else {
-      CheckBytes(bytes, parsed, EditHidden(schema_, bytes, Edit::kAlter, true),
+      CheckBytes(bytes, EditHidden(schema_, bytes, Edit::kAlter, true),
                  EditHidden(schema_, bytes, Edit::kPlant, true));
     }
     const Outputs out = CheckMessage(*message, fits);
@@ -157,6 +129,12 @@ class TextChecker {
   static bool Read(const std::string& bytes, MessageLite& message) {
     return message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   }
+  // As a message writes them that was read from the bytes.
+  std::string Again(const std::string& bytes) const {
+    const auto message = type_.create();
+    FUZZ_CHECK(Read(bytes, *message), "masked bytes do not parse");
+    return message->SerializePartialAsString();
+  }
 
   struct Outputs {
     std::string lines;   // masked
@@ -164,9 +142,10 @@ class TextChecker {
     std::string chosen;  // text by the options of the input, not cut
   };
 
-  // That the texts of a subject agree, with one another and with its masked bytes.
+  // That the texts of a subject agree, with one another and with its masked bytes, of which a
+  // parser must think the same.
   template <typename Subject>
-  Outputs CheckOutputs(const Subject& subject) const {
+  Outputs CheckOutputs(const Subject& subject, const std::string& bytes) const {
     Outputs out{subject.Text(kLines), subject.Masked(), {}};
     const std::string& lines = out.lines;
     FUZZ_CHECK(std::all_of(lines.begin(), lines.end(),
@@ -178,11 +157,19 @@ class TextChecker {
     options.max_bytes = Limit(limit_, out.chosen.size());
     CheckCut(out.chosen, subject.Text(options), options.max_bytes);
 
-    const auto message = type_.create();
-    FUZZ_CHECK(Read(out.masked, *message), "masked bytes do not parse");
-    FUZZ_CHECK(ToText(type_.name, out.masked, kShownLines) == ReadComments(lines).fields,
-               "masked bytes and masked text");
-    FUZZ_CHECK(subject.Like(out.masked, *message).Masked() == out.masked, "masked twice");
+    const auto original = type_.create();
+    const auto masked = type_.create();
+    const bool parsed = Read(bytes, *original);
+    FUZZ_CHECK(parsed == Read(out.masked, *masked), "masked bytes parse as before");
+    FUZZ_CHECK(parsed || out.masked.size() == bytes.size(), "offsets in masked bytes");
+    FUZZ_CHECK(!parsed || original->IsInitialized() == masked->IsInitialized(), "what they lack");
+    const std::optional<std::size_t> breaks = BreakIn(lines);
+    FUZZ_CHECK(breaks.has_value() == !parsed && breaks.value_or(0) <= bytes.size(), "malformed");
+    const Subject like = subject.Like(out.masked, *masked);
+    if (parsed || std::is_same_v<Subject, Encoded>) {
+      FUZZ_CHECK(like.Text(kLines) == lines, "text of masked bytes");
+      FUZZ_CHECK(like.Masked() == out.masked, "masked twice");
+    }
     return out;
   }
 
@@ -192,37 +179,23 @@ class TextChecker {
     FUZZ_CHECK(out.lines == altered.Text(kLines), "text tells what it masks");
     FUZZ_CHECK(out.masked == altered.Masked(), "bytes tell what they mask");
     FUZZ_CHECK(planted.Text(kLines).find(kPlanted) == std::string::npos, "a marker in the text");
+    FUZZ_CHECK(Markers(planted.Masked()) <= Markers(out.masked), "a marker in the bytes");
+  }
+  static std::ptrdiff_t Markers(const std::string& bytes) {
+    return std::count(bytes.begin(), bytes.end(), kMarker);
   }
 
-  void CheckBytes(const std::string& bytes, bool parsed, const Edited& altered,
-                  const Edited& planted) const {
-    const Outputs out = CheckOutputs(Encoded{type_.name, bytes});
-    const Comments comments = ReadComments(out.lines);
-    FUZZ_CHECK(comments.malformed == !parsed, "malformed or not");
-    FUZZ_CHECK(comments.offset <= bytes.size(), "where");
-    FUZZ_CHECK(!parsed || comments.unknown == altered.unknown, "unknown fields");
-    FUZZ_CHECK(comments.unknown_bytes <= bytes.size(), "more unknown bytes than there are");
+  void CheckBytes(const std::string& bytes, const Edited& altered, const Edited& planted) const {
+    const Outputs out = CheckOutputs(Encoded{type_.name, bytes}, bytes);
     CheckHidden(out, Encoded{type_.name, altered.bytes}, Encoded{type_.name, planted.bytes});
   }
 
   Outputs CheckMessage(const MessageLite& message, bool fits) const {
     const std::string bytes = message.SerializePartialAsString();
     FUZZ_CHECK(TypeOf(message).name == type_.name, "type");
-    FUZZ_CHECK(SerialOf(message) == SerialIn(schema_, bytes), "serial");
-    std::vector<std::string> missing = MissingFields(message);
-    Outputs out = CheckOutputs(Parsed{message});
-    const Comments comments = ReadComments(out.lines);
-    // A parse that failed may have left half an unknown field, which ends what is read of it.
-    const bool whole = Read(bytes, *type_.create());
-    FUZZ_CHECK(comments.malformed == !whole, "malformed or not");
-    if (!whole) return out;
-
-    const MessageModel model = ModelOf(schema_, bytes);
-    std::sort(missing.begin(), missing.end());
-    FUZZ_CHECK(missing == model.missing, "missing fields");
-    FUZZ_CHECK(missing.empty() == message.IsInitialized(), "missing fields or not");
-    FUZZ_CHECK(out.masked == model.masked, "masked bytes");
-    FUZZ_CHECK(comments.unknown_bytes == model.unknown_bytes, "unknown bytes");
+    // Where a parse failed, it may have left half an unknown field.
+    Outputs out = CheckOutputs(Parsed{message}, bytes);
+    FUZZ_CHECK(MissingFields(message).empty() == message.IsInitialized(), "missing fields");
     if (fits || shown_) {
       const TextOptions options{shown_, single_line_, 0};
       FUZZ_CHECK(ToText(type_.name, bytes, options) == out.chosen, "text of bytes and message");

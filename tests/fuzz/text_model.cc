@@ -1,6 +1,8 @@
 #include "text_model.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "wire_reader.h"
@@ -8,22 +10,17 @@
 namespace virtual_modem::testing {
 namespace {
 
-bool IsDeclared(const FieldSchema& field, std::uint64_t number) {
-  return SchemaOfEnum(field.type).Declares(static_cast<std::int32_t>(number));
-}
-
 class Editor {
  public:
   Editor(std::string& bytes, Edit edit, bool shape) : bytes_(bytes), edit_(edit), shape_(shape) {}
 
   bool wrong_type() const { return wrong_type_; }
-  std::size_t unknown() const { return unknown_; }
 
   // False when the bytes break.
   bool EditMessage(const MessageSchema& schema, std::string_view in) {
     while (!in.empty()) {
       std::uint64_t value = 0;
-      if (!wire::TakeVarint(&in, &value)) return Break(in);
+      if (!TakeVarint(&in, &value)) return Break(in);
       const auto tag = static_cast<std::uint32_t>(value);
       const FieldSchema* field = wire::FindField(schema, tag >> 3);
       const bool as_declared = field != nullptr && (tag & 7) == wire::TypeOf(field->kind);
@@ -31,24 +28,23 @@ class Editor {
         if (!EditNumber(*field, &in)) return Break(in);
       } else if (as_declared && field->kind == Kind::kString) {
         std::string_view text;
-        if (!wire::TakeBytes(&in, &text)) return Break(in);
+        if (!TakeBytes(&in, &text)) return Break(in);
         Overwrite(text, shape_ || field->subscriber_data);
       } else if (as_declared) {
         // Of a message that the input's end cuts, the beginning may be shown.
-        if (!wire::TakeVarint(&in, &value)) return Break(in);
+        if (!TakeVarint(&in, &value)) return Break(in);
         const std::string_view below = in.substr(0, value);
         in.remove_prefix(below.size());
         if (!EditMessage(SchemaOf(field->type), below)) return false;
         if (below.size() < value) return Break(in);
       } else if (field != nullptr && (tag & 7) == wire::kBytes && IsListOfNumbers(*field)) {
         std::string_view list;
-        if (!wire::TakeBytes(&in, &list)) return Break(in);
+        if (!TakeBytes(&in, &list)) return Break(in);
         while (!list.empty()) {
           if (!EditNumber(*field, &list)) return Break(list);
         }
       } else {
         wrong_type_ = wrong_type_ || field != nullptr;
-        ++unknown_;
         if (!EditUnknown(tag, &in)) return Break(in);
       }
     }
@@ -61,6 +57,18 @@ class Editor {
   }
 
   char* Place(std::string_view view) { return bytes_.data() + (view.data() - bytes_.data()); }
+
+  // What there is of a varint that is cut, or too long, is hidden.
+  bool TakeVarint(std::string_view* in, std::uint64_t* value) {
+    const std::string_view start = *in;
+    if (wire::TakeVarint(in, value)) return true;
+    for (std::size_t i = 0; i < start.size() - in->size(); ++i) Place(start)[i] ^= 0x2a;
+    return false;
+  }
+  bool TakeBytes(std::string_view* in, std::string_view* bytes) {
+    std::uint64_t size = 0;
+    return TakeVarint(in, &size) && wire::TakeRaw(in, size, bytes);
+  }
 
   // Nothing from there on may matter.
   bool Break(std::string_view from) {
@@ -83,36 +91,22 @@ class Editor {
   bool EditNumber(const FieldSchema& field, std::string_view* in) {
     const std::string_view start = *in;
     std::uint64_t value = 0;
-    if (!wire::TakeVarint(in, &value)) return false;
-    const std::string_view varint = start.substr(0, start.size() - in->size());
-    if (field.kind == Kind::kEnum) {
-      if (IsDeclared(field, value)) return true;
-      ++unknown_;
-      EditUnknownVarint(varint, &field);
-    } else if (field.subscriber_data || (shape_ && field.label == Label::kRepeated)) {
-      for (std::size_t i = 0; i < varint.size(); ++i) Place(varint)[i] ^= 0x2a;
+    if (!TakeVarint(in, &value)) return false;
+    if (field.subscriber_data || (shape_ && IsListOfNumbers(field) && field.kind != Kind::kEnum)) {
+      EditVarint(start.substr(0, start.size() - in->size()));
     }
     return true;
   }
 
-  // Another number of the same size, in as many bytes; undeclared where an enumeration is given.
-  void EditUnknownVarint(std::string_view varint, const FieldSchema* enumeration) {
-    std::uint64_t value = 0;
-    std::string_view in = varint;
-    wire::TakeVarint(&in, &value);
-    const std::size_t size = wire::Varint(value).size();  // others may follow that add nothing
-    const std::string before(varint);
-    for (const char bits : {0x2a, 0x15, 0x40, 1}) {
-      for (std::size_t i = 0; i < size && i < 9; ++i) Place(varint)[i] ^= bits;
-      std::uint64_t changed = 0;
-      in = varint;
-      wire::TakeVarint(&in, &changed);
-      if (wire::Varint(changed).size() == size &&
-          (enumeration == nullptr || !IsDeclared(*enumeration, changed))) {
-        return;
-      }
-      std::copy(before.begin(), before.end(), Place(varint));
+  // Another number that takes as many bytes, also when it is written anew.
+  void EditVarint(std::string_view varint) {
+    std::size_t top = 0;
+    for (std::size_t i = 0; i < varint.size(); ++i) {
+      if ((varint[i] & (i < 9 ? 0x7f : 1)) != 0) top = i;  // what is beyond bit 63 does not count
     }
+    for (std::size_t i = 0; i < top; ++i) Place(varint)[i] ^= 0x2a;
+    char& byte = *(Place(varint) + top);
+    if (top < 9 && (byte & 0x7f) != 0) byte ^= (byte & 0x7f) == 2 ? 1 : 2;
   }
 
   bool EditUnknown(std::uint32_t tag, std::string_view* in) {
@@ -122,8 +116,8 @@ class Editor {
     std::string_view bytes;
     switch (tag & 7) {
       case wire::kVarint:
-        if (!wire::TakeVarint(in, &value)) return false;
-        EditUnknownVarint(start.substr(0, start.size() - in->size()), nullptr);
+        if (!TakeVarint(in, &value)) return false;
+        EditVarint(start.substr(0, start.size() - in->size()));
         return true;
       case wire::kFixed64:
       case wire::kFixed32:
@@ -131,11 +125,11 @@ class Editor {
         Overwrite(bytes, true);
         return true;
       case wire::kBytes:
-        if (!wire::TakeBytes(in, &bytes)) return false;
+        if (!TakeBytes(in, &bytes)) return false;
         Overwrite(bytes, true);
         return true;
       case wire::kStart:
-        while (wire::TakeVarint(in, &value)) {
+        while (TakeVarint(in, &value)) {
           const auto inner = static_cast<std::uint32_t>(value);
           if ((inner & 7) == wire::kEnd) return inner >> 3 == tag >> 3;
           if (!EditUnknown(inner, in)) return false;
@@ -150,85 +144,16 @@ class Editor {
   const Edit edit_;
   const bool shape_;
   bool wrong_type_ = false;
-  std::size_t unknown_ = 0;
 };
-
-// Takes a field that the message keeps as its own: its number, or its bytes. Null when there is
-// none left: all others are unknown and follow.
-const FieldSchema* TakeKnown(const MessageSchema& schema, std::string_view* in,
-                             std::uint64_t* number, std::string_view* bytes) {
-  std::string_view rest = *in;
-  std::uint64_t tag = 0;
-  if (!wire::TakeVarint(&rest, &tag)) return nullptr;
-  const FieldSchema* field = wire::FindField(schema, tag >> 3);
-  if (field == nullptr || (tag & 7) != wire::TypeOf(field->kind)) return nullptr;
-  if (wire::TypeOf(field->kind) == wire::kBytes) {
-    wire::TakeBytes(&rest, bytes);
-  } else {
-    wire::TakeVarint(&rest, number);
-    if (field->kind == Kind::kEnum && !IsDeclared(*field, *number)) return nullptr;
-  }
-  *in = rest;
-  return field;
-}
-
-std::string Examine(const MessageSchema& schema, std::string_view in, const std::string& path,
-                    MessageModel& model) {
-  std::string masked;
-  std::vector<int> counts(schema.fields.size());
-  std::uint64_t number = 0;
-  std::string_view bytes;
-  while (const FieldSchema* field = TakeKnown(schema, &in, &number, &bytes)) {
-    const int place = counts[static_cast<std::size_t>(field - schema.fields.data())]++;
-    if (field->kind == Kind::kMessage) {
-      std::string below = path + std::string(field->name);
-      if (field->label == Label::kRepeated) below += "[" + std::to_string(place) + "]";
-      masked += wire::BytesField(field->number,
-                                 Examine(SchemaOf(field->type), bytes, below += ".", model));
-    } else if (field->kind == Kind::kString) {
-      masked += field->subscriber_data
-                    ? wire::BytesField(field->number, std::string(bytes.size(), 'X'))
-                    : wire::BytesField(field->number, bytes);
-    } else {
-      const auto kept = field->subscriber_data ? 0 : static_cast<std::int64_t>(number);
-      masked += wire::VarintField(field->number, kept);
-    }
-  }
-  model.unknown_bytes += in.size();
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    const FieldSchema& field = schema.fields[i];
-    if (field.label == Label::kRequired && counts[i] == 0) {
-      model.missing.push_back(path + std::string(field.name));
-    }
-  }
-  return masked;
-}
 
 }  // namespace
 
 Edited EditHidden(const MessageSchema& schema, std::string bytes, Edit edit, bool shape) {
-  Edited edited{std::move(bytes), false, false, 0};
+  Edited edited{std::move(bytes), false, false};
   Editor editor(edited.bytes, edit, shape);
   edited.malformed = !editor.EditMessage(schema, edited.bytes);
   edited.wrong_type = editor.wrong_type();
-  edited.unknown = editor.unknown();
   return edited;
-}
-
-MessageModel ModelOf(const MessageSchema& schema, std::string_view bytes) {
-  MessageModel model;
-  model.masked = Examine(schema, bytes, "", model);
-  std::sort(model.missing.begin(), model.missing.end());
-  return model;
-}
-
-std::optional<std::int32_t> SerialIn(const MessageSchema& schema, std::string_view bytes) {
-  std::uint64_t number = 0;
-  std::string_view text;
-  while (const FieldSchema* field = TakeKnown(schema, &bytes, &number, &text)) {
-    if (field->name == "serial") return static_cast<std::int32_t>(number);
-  }
-  return std::nullopt;
 }
 
 }  // namespace virtual_modem::testing

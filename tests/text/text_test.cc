@@ -150,9 +150,9 @@ TEST(Text, IsCutToItsBoundWithWhatIsMissing) {
 TEST(Text, LeavesOutUnknownFieldsButCountsThem) {
   Dial dial = MakeDial();
   *dial.mutable_unknown_fields() = "\x52\x04+491";  // field 10
-  EXPECT_THAT(ToText(dial), EndsWith("CLIR_DEFAULT # 1 unknown field, 6 bytes, not shown"));
+  EXPECT_THAT(ToText(dial), EndsWith("CLIR_DEFAULT # unknown field 10 (6 bytes)"));
   EXPECT_THAT(ToText(dial, {true}), EndsWith("CLIR_DEFAULT 10: \"+491\""));
-  EXPECT_THAT(ToText(dial, {false, false}), EndsWith("\n# 1 unknown field, 6 bytes, not shown\n"));
+  EXPECT_THAT(ToText(dial, {false, false}), EndsWith("\n# unknown field 10 (6 bytes)\n"));
   EXPECT_EQ(MaskedBytes(dial).find("+491"), std::string::npos);
 }
 
@@ -185,7 +185,7 @@ TEST(Text, OfBytesThatMayBeAnotherTypesMasksAllStrings) {
   EXPECT_THAT(ToText("RepeatUintResultIndication", digits),
               StartsWith("platformtype: QCOM result: 0 result: 0 # malformed"));
   EXPECT_EQ(MaskedBytes("RepeatUintResultIndication", digits),
-            std::string("\x08\x01\x10\0\x10\0", 6));
+            std::string("\x08\x01\x10\0\x10\0\x08", 7));
   // An operator's name is shown where the bytes fit.
   OperatorResponse fits;
   fits.set_platformtype(QCOM);

@@ -21,8 +21,8 @@ Printer::Printer(Schema& schema, const PrinterOptions& options, Output& out)
   if (options.redact) schema.RequireSubscriberData();
 }
 
-text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, bool whatever_comes) {
-  const text::Show show = options_.redact ? text::Show::kMasked : text::Show::kAll;
+text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, text::Show show,
+                                  bool whatever_comes) {
   return out_.Append(
       [&](text::Sink& sink) {
         return text::Print(schema_.tables(), type, bytes, show, options_.single_line, sink);
@@ -32,7 +32,8 @@ text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, bool wh
 
 Findings Printer::Print(unsigned type, std::string_view bytes) {
   shown_ = true;
-  if (!options_.json && IsPlain(AppendText(type, bytes, false))) return {};
+  const text::Show show = options_.redact ? text::Show::kMasked : text::Show::kAll;
+  if (!options_.json && IsPlain(AppendText(type, bytes, show, false))) return {};
 
   Findings findings;
   bool shape = false;
@@ -57,7 +58,7 @@ Findings Printer::Print(unsigned type, std::string_view bytes) {
     AppendJson(schema_, type, bytes, !options_.single_line, json_, findings);
     out_.Append(json_);
   } else {
-    AppendText(type, bytes, true);
+    AppendText(type, bytes, text::Show::kAll, true);  // masked by now
   }
   return findings;
 }
