@@ -3,8 +3,9 @@
 // VirtualModemProtos::text.
 //
 // What is masked is what proto/virtual_modem/subscriber_data.txt lists: each byte of such a string
-// reads X, each such number 0. Unknown fields, of which nobody knows what they hold, are left out
-// and counted.
+// reads X, each such number 0. Nobody knows what unknown fields hold, so their values are masked as
+// well. What tells versions and faults apart is shown: numbers that an enumeration does not declare,
+// the numbers and sizes of unknown fields, which fields are missing, where bytes break.
 //
 // Different messages may be used from different threads at once, and so may one message that no
 // thread changes. Nothing throws but for lack of memory; no RTTI is needed.
@@ -26,7 +27,7 @@
 namespace virtual_modem {
 
 struct TextOptions {
-  bool show_subscriber_data = false;  // and unknown fields
+  bool show_subscriber_data = false;  // and what unknown fields hold
   bool single_line = true;            // else a line a field, indented by two spaces a level
   // The longest text, in bytes, 0 for any length. A longer text is cut and ends with how much is
   // missing, such as " [... 512 more bytes]"; that mark is whole even where it alone is longer. The
@@ -36,8 +37,11 @@ struct TextOptions {
 
 // The message in protobuf's text format, letter for letter as the full runtime prints it when
 // everything is shown: `virtual-modem-inspect encode` and `protoc --encode` read it back, where it
-// holds no unknown field and was not cut. Masked text can be parsed as well. The message may lack
-// required fields. A message of another library has no text but a comment that says so.
+// holds no unknown field and was not cut. Masked text can be parsed as well: a comment at its end
+// names the unknown fields, such as "# unknown fields technology = 99, 15 (2 bytes), calls[0].16 (4
+// bytes)": a number that its enumeration does not declare, and the sizes of others with their tags.
+// The message may lack required fields. A message of another library has no text but a comment that
+// says so.
 //
 // A parse that failed may leave half an unknown field in the message: there ends what this and the
 // functions below read of it.
@@ -47,7 +51,7 @@ struct TextOptions {
 std::string ToText(const google::protobuf::MessageLite& message, const TextOptions& options = {});
 
 // The same for bytes that never became a message: what can be read of them, in the order in which
-// they stand, and behind it, as a comment, the place where they break and why. type is a full type
+// they stand, and after it, as a comment, the place where they break and why. type is a full type
 // name; when there is none such, the text is a comment that says so.
 //
 // Masks go by the type named. Where bytes do not fit it (they break, lack a required field or have
@@ -60,12 +64,15 @@ std::string ToText(std::string_view type, std::string_view bytes, const TextOpti
 // and for a message of another library.
 std::vector<std::string> MissingFields(const google::protobuf::MessageLite& message);
 
-// The encoded form of the message with subscriber data masked and without unknown fields: parses as
-// the same type, for a bug report. Empty for a message of another library.
+// The encoded form of the message for a bug report: subscriber data masked, and of each unknown
+// field its value, in as many bytes, X in strings and 0 in numbers; numbers that an enumeration does
+// not declare stay. A parser finds in it what it finds in the message: the same fields, unknown and
+// missing ones. Empty for a message of another library.
 std::string MaskedBytes(const google::protobuf::MessageLite& message);
 
-// The same for bytes that never became a message. What stands behind a break is left out; bytes
-// that do not fit the type are masked as in ToText(); an unknown type gives nothing.
+// The same for bytes that never became a message. Bytes that break do so at the same place and for
+// the same reason when they are masked; each byte after it reads X. Bytes that do not fit the type
+// are masked as in ToText(); an unknown type gives nothing.
 std::string MaskedBytes(std::string_view type, std::string_view bytes);
 
 }  // namespace virtual_modem

@@ -14,11 +14,11 @@
   virtual-modem-inspect: secret.pcap: left out packets between other ports: 1
   virtual-modem-inspect: secret.pcap: left out the bytes of frames whose type the schema does not have: 2
   $ inspect log masked.pcap
-  09-09 01:46:40.000001 > Dial #1 14 B platformtype: UNKNOW serial: 1 address: "XXXXXX" clir: CLIR_DEFAULT
+  09-09 01:46:40.000001 > Dial #1 20 B platformtype: UNKNOW serial: 1 address: "XXXXXX" clir: CLIR_DEFAULT 995: "XXX" # unknown field 995 at byte 14, length-delimited, 6 bytes with its tag
   09-09 01:46:41.000000 < CellIndentityLte - 9 B ci: 0 pci: 0 tac: 0 earfcn: 1850
-  09-09 01:46:42.000000 < EmergencyNumber - 10 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # missing required number; missing required mcc; missing required sources
+  09-09 01:46:42.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE 1: 0 2: 0 # number: declared as string, came as varint; kept as unknown field 1 (byte 0), so required number is absent; mcc: declared as string, came as varint; kept as unknown field 2 (byte 2), so required mcc is absent; missing required sources
   09-09 01:46:43.000000 > Nonesuch - 0 B  # the schema has no such type
-  09-09 01:46:46.000000 < IccCardStatusResponse #7 27 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS cardstatus { base { cardstate: CARD_PRESENT universalpinstate: PIN_UNKNOWN gsmumtssubscriptionappindex: 0 cdmasubscriptionappindex: -1 } } # missing required cardstatus.base.imssubscriptionappindex; missing required cardstatus.physicalslotid; missing required cardstatus.atr; missing required cardstatus.iccid
+  09-09 01:46:46.000000 < IccCardStatusResponse #7 33 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS cardstatus { base { cardstate: CARD_PRESENT universalpinstate: PIN_UNKNOWN gsmumtssubscriptionappindex: 0 cdmasubscriptionappindex: -1 imssubscriptionappindex: 0 } } # malformed at byte 33 in cardstatus.base.imssubscriptionappindex: the input ends inside a varint; missing required cardstatus.physicalslotid; missing required cardstatus.atr; missing required cardstatus.iccid
   $ grep -c -a -e 551122 -e ABC -e 89882 masked.pcap
   0
   [1]
@@ -43,7 +43,7 @@ One message, in the form that it came in:
     iccid: "XXXXXXXXXXXXXXXXXXX"
   $ base64 card.bin | inspect mask --from base64 --type IccCardStatusResponse - - | cmp - <(xxd -p -c 999 masked.bin)
   $ echo 080010011a063535313132322000 | inspect mask --trust-type --type EmergencyNumber - -
-  1a063535313132322000
+  080010001a063535313132322000
 
 What does not fit its type is not masked by it, and nothing is left half done:
 

@@ -10,11 +10,15 @@ data_share_pb2. TYPES has all of them by the name that a channel carries beside 
     'platformtype: QCOM serial: 7 address: "XXX" clir: CLIR_DEFAULT'
     >>> virtual_modem.mask(dial).address
     'XXX'
+    >>> dial.DESCRIPTOR.full_name  # its name in TYPES
+    'Dial'
 """
 from virtual_modem import call_size_pb2, conference_pb2, data_share_pb2, ims_service_pb2, radio_pb2
 from virtual_modem._text import SUBSCRIBER_DATA, mask, to_text
 
 __all__ = ["SUBSCRIBER_DATA", "TYPES", "mask", "to_text"]
+
+__version__ = "@PROJECT_VERSION@"
 
 # Full name -> class, such as TYPES["Dial"] or TYPES["virtualdata.proto.SlaveSetupDataCallRequest"].
 TYPES = {

@@ -21,8 +21,8 @@ Printer::Printer(Schema& schema, const PrinterOptions& options, Output& out)
   if (options.redact) schema.RequireSubscriberData();
 }
 
-text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, text::Show show,
-                                  bool whatever_comes) {
+text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, bool whatever_comes) {
+  const text::Show show = options_.redact ? text::Show::kMasked : text::Show::kAll;
   return out_.Append(
       [&](text::Sink& sink) {
         return text::Print(schema_.tables(), type, bytes, show, options_.single_line, sink);
@@ -32,8 +32,7 @@ text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, text::S
 
 Findings Printer::Print(unsigned type, std::string_view bytes) {
   shown_ = true;
-  const text::Show show = options_.redact ? text::Show::kMasked : text::Show::kAll;
-  if (!options_.json && IsPlain(AppendText(type, bytes, show, false))) return {};
+  if (!options_.json && IsPlain(AppendText(type, bytes, false))) return {};
 
   Findings findings;
   bool shape = false;
@@ -46,6 +45,8 @@ Findings Printer::Print(unsigned type, std::string_view bytes) {
     if (!shown_) return findings;
     shape = options_.misfit == Misfit::kShape &&
             (!findings.acceptable() || findings.count(Findings::kWireType) != 0);
+    // The findings tell of what is unknown.
+    if (options_.redact && !options_.json) message.DiscardUnknownFields();
     canonical = message.SerializePartialAsString();
     bytes = canonical;
   }
@@ -58,7 +59,7 @@ Findings Printer::Print(unsigned type, std::string_view bytes) {
     AppendJson(schema_, type, bytes, !options_.single_line, json_, findings);
     out_.Append(json_);
   } else {
-    AppendText(type, bytes, text::Show::kAll, true);  // masked by now
+    AppendText(type, bytes, true);
   }
   return findings;
 }

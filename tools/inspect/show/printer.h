@@ -10,7 +10,6 @@
 #include "inspect/examine/findings.h"
 #include "inspect/schema/schema.h"
 #include "inspect/show/output.h"
-#include "text/print.h"
 
 namespace virtual_modem::inspect {
 
@@ -41,8 +40,7 @@ class Printer {
   bool shown() const { return shown_; }
 
  private:
-  text::Outcome AppendText(unsigned type, std::string_view bytes, text::Show show,
-                           bool whatever_comes);
+  text::Outcome AppendText(unsigned type, std::string_view bytes, bool whatever_comes);
   Message& MessageOf(unsigned type);
 
   Schema& schema_;
