@@ -72,13 +72,13 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   log.grep = third ? "calls.number~1" : "";
   switch (choice & 0x83) {
     case 0:
-      decode.source = {file.Holding(bytes), from, ""};
+      decode.source = {file.Holding(bytes), from};
       return DecodeCommand(schema, decode);
     case 1:
       encode.file = file.Holding(bytes);
       return EncodeCommand(schema, encode);
     case 2:
-      return IdentifyCommand(schema, {{file.Holding(bytes), from, ""}, first});
+      return IdentifyCommand(schema, {{file.Holding(bytes), from}, first});
     case 3:
       diff.left = file.Holding(bytes.substr(0, half));
       diff.right = other.Holding(bytes.substr(half));
@@ -98,7 +98,7 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
     default: {
       constexpr Encoding kOthers[] = {Encoding::kString, Encoding::kArray, Encoding::kLog,
                                       Encoding::kAuto};
-      decode.source = {file.Holding(bytes), kOthers[choice >> 2 & 3], ""};
+      decode.source = {file.Holding(bytes), kOthers[choice >> 2 & 3]};
       return DecodeCommand(schema, decode);
     }
   }

@@ -126,6 +126,7 @@ Blank lines, long offsets, a last line that tells the length, other digits, pref
   > \\10\\0\\20*\\30\\11
   > \\x08 \\x00 \\x10 \\x2a \\x18 \\x0b
   > [8 0\t16,42,24,10]
+  > [8, 0, 16, -128, 127, 24, 12]
   > TEXTS
   gsmindex: 1
   gsmindex: 2
@@ -139,6 +140,7 @@ Blank lines, long offsets, a last line that tells the length, other digits, pref
   gsmindex: 9
   gsmindex: 11
   gsmindex: 10
+  gsmindex: 12
 
 Within other text, what was taken is said:
 
@@ -271,6 +273,9 @@ What cannot be told for sure is refused, with the way out:
   virtual-modem-inspect: standard input: not hex: line 1, column 1
   virtual-modem-inspect: standard input: not base64
   [1]
+  $ inspect decode Hangup --hex ''
+  virtual-modem-inspect: --hex: no bytes were given
+  [1]
   $ inspect decode Hangup --hex 08001
   virtual-modem-inspect: --hex: not hex: line 1, column 5: half a byte
   [1]
@@ -284,6 +289,26 @@ An offset that does not go on is no offset, and a line left out is an error:
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 2: the offset 0008 does not follow the 4 bytes before it
   $ printf '00000000  08 00 10 2a\n*\n00000020\n' | inspect decode Hangup --from hex
   virtual-modem-inspect: standard input: not hex: line 2: repeated lines were left out of the dump; hexdump -v keeps them
+  [1]
+
+What another command reads is told so:
+
+  $ echo '1 > Hangup 080010051801' | "$TESTDIR/make_capture.py" >hangup.pcap
+  $ gzip <hangup.pcap >hangup.pcap.gz
+  $ for file in hangup.pcap hangup.pcap.gz; do inspect decode Hangup $file; inspect identify $file; done
+  virtual-modem-inspect: hangup.pcap: a capture, whose messages the command log shows
+  virtual-modem-inspect: hangup.pcap: a capture, whose messages the command log shows
+  virtual-modem-inspect: hangup.pcap.gz: a capture, whose messages the command log shows
+  virtual-modem-inspect: hangup.pcap.gz: a capture, whose messages the command log shows
+  [1]
+  $ inspect decode --delimited Hangup <hangup.pcap
+  virtual-modem-inspect: standard input: a capture, whose messages the command log shows
+  [1]
+  $ gzip <card.bin | inspect decode IccCardStatusResponse | diff card.txt -
+  $ for text in 'serial: 1' "$(cat card.txt)" '{"platformtype": "QCOM", "serial": 1, "gsmindex": [1, 2, 3]}'; do inspect decode Hangup <<<"$text"; done
+  virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes
+  virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes
+  virtual-modem-inspect: standard input: a message in JSON, not its bytes, which the command encode --json writes
   [1]
 
 Text that happens to be a message has to be told to be one:

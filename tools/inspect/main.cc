@@ -127,7 +127,10 @@ class CommandLine {
   static void AddSource(CLI::App* command, Source& source) {
     AddFile(command, source.file);
     AddFrom(command, source.from);
-    command->add_option("--hex", source.hex, "The bytes themselves, instead of a file")
+    command
+        ->add_option_function<std::string>(
+            "--hex", [&source](const std::string& hex) { source.hex = hex; },
+            "The bytes themselves, instead of a file")
         ->type_name("HEX")
         ->excludes("file")
         ->excludes("--from");

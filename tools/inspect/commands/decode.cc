@@ -86,8 +86,9 @@ Status DecodeCommand(Schema& schema, const DecodeOptions& options) {
       out);
   const Source& source = options.source;
   const bool as_is = source.from == Encoding::kBinary || source.from == Encoding::kAuto;
-  if (options.delimited && as_is && source.hex.empty()) {
+  if (options.delimited && as_is && !source.hex) {
     ByteStream stream(source.file);
+    if (source.from == Encoding::kAuto) RefuseCapture(stream);
     return DecodeStream(printer, type, stream, options, out);
   }
   const std::string bytes = ReadBytes(source);

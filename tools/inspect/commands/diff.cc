@@ -64,7 +64,7 @@ bool Compare(const Schema& schema, const Message& left, const Message& right, bo
 
 std::unique_ptr<Message> Read(Schema& schema, const std::string& path, const DiffOptions& options) {
   std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(options.type));
-  const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.from, ""}), *message);
+  const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.from}), *message);
   if (findings.count(Findings::kMalformed) != 0) {
     throw Error(DisplayName(path) + ": not a valid " + options.type + " (" + findings.Summary() +
                 ")");

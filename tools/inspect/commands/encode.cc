@@ -18,6 +18,7 @@
 #include "inspect/examine/findings.h"
 #include "inspect/read/capture.h"
 #include "inspect/read/hex.h"
+#include "inspect/read/text_form.h"
 #include "inspect/show/file_to_write.h"
 #include "inspect/show/json.h"
 #include "inspect/show/skeleton.h"
@@ -80,6 +81,7 @@ std::string EncodeMessage(std::string_view source, bool json, Message& message) 
   TextFormat::Parser parser;
   parser.RecordErrorsTo(&errors);
   parser.AllowPartialMessage(true);
+  parser.SetRecursionLimit(kMaxDepth);
   if (!parser.ParseFromString(std::string(source), &message)) throw Error(errors.text());
   return message.SerializePartialAsString();
 }
@@ -92,9 +94,11 @@ Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
   }
   const std::unique_ptr<Message> message = schema.NewMessage(type);
   const std::string name = DisplayName(options.file);
+  ByteStream stream(options.file);
+  const std::string source = ReadAll(stream);
   std::string bytes;
   try {
-    bytes = EncodeMessage(ReadAll(options.file), options.json, *message);
+    bytes = EncodeMessage(source, options.json, *message);
   } catch (const Error& error) {
     throw Error(name + ": " + error.what());
   }

@@ -58,7 +58,7 @@ Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& 
 Status MaskMessage(Schema& schema, const MaskOptions& options) {
   const Descriptor& type = schema.GetMessage(options.type);
   bool binary = false;
-  const std::string bytes = ReadBytes({options.from, options.encoding, ""}, &binary);
+  const std::string bytes = ReadBytes({options.from, options.encoding}, &binary);
   const Findings findings = ParseAndCheck(schema, bytes, *schema.NewMessage(type));
   if (findings.misfit() && !options.trust_type) {
     throw Error(DisplayName(options.from) + ": not masked, as it does not fit " + options.type +

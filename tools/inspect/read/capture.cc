@@ -180,8 +180,11 @@ bool CaptureReader::Next(Record& record) {
       continue;
     }
     record.number = number_;
-    record.time = std::int64_t{header->ts.tv_sec} * 1'000'000'000 + header->ts.tv_usec;
-    record.time_text = {};
+    std::int64_t seconds = header->ts.tv_sec;
+    if (seconds < 0 && seconds >= INT32_MIN)
+      seconds += std::int64_t{1} << 32U;  // a pcap's, from 2038
+    record.time = NanosecondsSince1970(seconds, header->ts.tv_usec);
+    record.time_text = record.time == kNoTime ? "-" : "";
     return true;
   }
 }

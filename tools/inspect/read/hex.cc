@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cstddef>
 #include <optional>
@@ -11,11 +12,6 @@ namespace {
 
 constexpr std::string_view kBlank = " \t\r";
 constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
-
-std::string_view TrimLeft(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlank), text.size()));
-  return text;
-}
 
 std::string Place(std::size_t line, std::size_t column) {
   return "line " + std::to_string(line) + ", column " + std::to_string(column + 1);
@@ -274,6 +270,23 @@ std::string ToHex(std::string_view bytes) {
     text.push_back(kDigits[byte >> 4U]);
     text.push_back(kDigits[byte & 0xFU]);
   }
+  return text;
+}
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
+bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+
+std::string_view TrimLeft(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
+  return text;
+}
+
+std::string_view Trim(std::string_view text) {
+  text = TrimLeft(text);
+  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
   return text;
 }
 

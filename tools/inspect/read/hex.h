@@ -26,6 +26,13 @@ int HexDigit(char c);
 // Lower case, without separators.
 std::string ToHex(std::string_view bytes);
 
+bool IsDigit(char c);
+// Letters, digits and underscores.
+bool IsWord(char c);
+bool IsSpace(char c);
+std::string_view TrimLeft(std::string_view text);
+std::string_view Trim(std::string_view text);
+
 // The next line of the text, without its end; text becomes what follows.
 std::string_view TakeLine(std::string_view& text);
 

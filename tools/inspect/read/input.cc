@@ -1,13 +1,11 @@
 #include "inspect/read/input.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <iostream>
-#include <memory>
 
 #include "inspect/error.h"
+#include "inspect/read/traffic.h"
 #include "inspect/show/terminal.h"
 
 namespace virtual_modem::inspect {
@@ -20,39 +18,36 @@ constexpr const char* kTooLarge =
 
 }  // namespace
 
-std::string ReadAll(const std::string& path) {
-  struct Close {
-    void operator()(std::FILE* file) const {
-      if (file != stdin) std::fclose(file);
-    }
-  };
-  const std::unique_ptr<std::FILE, Close> file(path == "-" ? stdin
-                                                           : std::fopen(path.c_str(), "rbe"));
-  if (!file) throw Error(path + ": " + std::strerror(errno));
+std::string ReadAll(ByteStream& stream) {
   std::string text;
-  std::string block(1U << 16U, '\0');
-  for (;;) {
-    const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
-    if (std::ferror(file.get()) != 0) throw Error(DisplayName(path) + ": " + std::strerror(errno));
-    if (count == 0) return text;
-    if (text.size() + count > kMaxInputBytes) {
-      throw Error(DisplayName(path) + kTooLarge);
-    }
-    text.append(block, 0, count);
+  constexpr std::size_t kBlock = 1U << 16U;
+  for (std::size_t count = 1; count != 0;) {
+    const std::size_t size = text.size();
+    text.resize(size + kBlock);
+    count = stream.Read(&text[size], kBlock);
+    text.resize(size + count);
+    if (text.size() > kMaxInputBytes) throw Error(stream.name() + kTooLarge);
   }
+  return text;
 }
 
 std::string DisplayName(const Source& source) {
-  return source.hex.empty() ? DisplayName(source.file) : "--hex";
+  return source.hex ? "--hex" : DisplayName(source.file);
 }
 
 std::string ReadBytes(const Source& source, bool* as_is) {
   const std::string name = DisplayName(source);
-  const std::string text = source.hex.empty() ? ReadAll(source.file) : source.hex;
+  if (source.hex && source.hex->empty()) throw Error(name + ": no bytes were given");
+  std::string text = source.hex.value_or("");
+  if (!source.hex) {
+    ByteStream stream(source.file);
+    if (source.from == Encoding::kAuto) RefuseCapture(stream);
+    text = ReadAll(stream);
+  }
   std::string bytes;
   std::string note;
   try {
-    bytes = ParsePasted(text, source.hex.empty() ? source.from : Encoding::kHex, note);
+    bytes = ParsePasted(text, source.hex ? Encoding::kHex : source.from, note);
   } catch (const Error& error) {
     throw Error(name + ": " + error.what());
   }
@@ -60,6 +55,11 @@ std::string ReadBytes(const Source& source, bool* as_is) {
   if (as_is != nullptr) *as_is = bytes == text;
   if (!note.empty()) Note(name + ": " + note);
   return bytes;
+}
+
+void RefuseCapture(ByteStream& stream) {
+  if (!IsCapture(stream)) return;
+  throw Error(stream.name() + ": a capture, whose messages the command log shows");
 }
 
 void Note(const std::string& text) {

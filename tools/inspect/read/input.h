@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,14 +16,14 @@ namespace virtual_modem::inspect {
 // parsing it could take a hundred times its size of memory.
 constexpr std::size_t kMaxMessageBytes = 16U << 20U;
 
-// The whole of a file; "-" is standard input. Throws Error, also when there is too much of it.
-std::string ReadAll(const std::string& path);
+// What is left of a stream. Throws Error, also when it is too much for one message.
+std::string ReadAll(ByteStream& stream);
 
 // Where the bytes of a message come from.
 struct Source {
   std::string file = "-";
   Encoding from = Encoding::kAuto;
-  std::string hex;  // the bytes themselves, when not empty; a file is not read then
+  std::optional<std::string> hex = {};  // the bytes themselves; a file is not read then
 };
 
 // How the source is called in messages for people.
@@ -32,6 +33,9 @@ std::string DisplayName(const Source& source);
 // Errors name the source; more than kMaxMessageBytes are one. as_is, if given, tells
 // whether they are what the source holds as it stands.
 std::string ReadBytes(const Source& source, bool* as_is = nullptr);
+
+// Throws Error, which names the command to use, when the stream is a capture.
+void RefuseCapture(ByteStream& stream);
 
 // One line on standard error that is no error, with the program's name.
 void Note(const std::string& text);

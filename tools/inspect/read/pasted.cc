@@ -4,13 +4,12 @@
 #include <google/protobuf/stubs/strutil.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <optional>
-#include <vector>
 
 #include "inspect/error.h"
 #include "inspect/read/hex.h"
+#include "inspect/read/text_form.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -18,15 +17,6 @@ namespace {
 constexpr std::size_t kShortestRun = 4;  // bytes: clock times and process numbers are shorter
 
 constexpr std::size_t kShortestRow = 6;  // the same for a row of groups of several bytes
-
-bool IsWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
-bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 bool IsText(std::string_view bytes) {
   const auto is_control = [](char c) {
@@ -42,8 +32,7 @@ std::string Took(const std::string& what, std::size_t bytes, std::size_t at) {
          std::to_string(at + 1) + " and left out what is around";
 }
 
-// ---- Base64
-// --------------------------------------------------------------------------------------
+// ---- Base64 -------------------------------------------------------------------------------------
 
 // Either alphabet.
 bool ParseBase64(std::string_view text, std::string& bytes) {
@@ -61,8 +50,7 @@ bool IsInOnePiece(std::string_view text) {
   return true;
 }
 
-// ---- String literals
-// -----------------------------------------------------------------------------
+// ---- String literals ----------------------------------------------------------------------------
 
 // One character of a literal, or its escape, as C, Python, Java and strace write them. False for an
 // escape that stands for no byte.
@@ -93,6 +81,11 @@ bool TakeCharacter(std::string_view& text, std::string& bytes) {
   return true;
 }
 
+[[noreturn]] void RefuseEscape() {
+  throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
+}
+
+// A string in quotes.
 struct Literal {
   std::size_t begin = 0;
   std::size_t end = 0;  // behind its closing quote
@@ -100,81 +93,83 @@ struct Literal {
   bool broken = false;  // holds an escape that is none
 };
 
-std::vector<Literal> FindLiterals(std::string_view text) {
-  std::vector<Literal> literals;
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const char quote = text[at];
-    const bool marked = at > 0 && (text[at - 1] == 'b' || text[at - 1] == 'B');
-    const bool apostrophe = at > (marked ? 1 : 0) && IsWord(text[at - (marked ? 2 : 1)]);
-    if ((quote != '"' && quote != '\'') || apostrophe) {
-      ++at;
-      continue;
-    }
-    Literal literal;
-    literal.begin = at - (marked ? 1 : 0);
-    std::string_view rest = text.substr(at + 1);
-    while (!rest.empty() && rest.front() != quote) {
-      if (TakeCharacter(rest, literal.bytes)) continue;
-      literal.broken = true;
-      if (!rest.empty()) rest.remove_prefix(1);
-    }
-    if (rest.empty()) {  // not closed
-      ++at;
-      continue;
-    }
-    literal.end = text.size() - rest.size() + 1;
-    at = literal.end;
-    literals.push_back(std::move(literal));
-  }
-  return literals;
-}
+// Finds one literal after the other, and looks at each byte three times at most: what no quote
+// closes once is not closed from anywhere after it either.
+class LiteralFinder {
+ public:
+  explicit LiteralFinder(std::string_view text) : text_(text) {}
 
-[[noreturn]] void RefuseEscape() {
-  throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
-}
+  bool Next(Literal& literal) {
+    for (; at_ < text_.size(); ++at_) {
+      const char quote = text_[at_];
+      if (quote != '"' && quote != '\'') continue;
+      const bool marked = at_ > 0 && (text_[at_ - 1] == 'b' || text_[at_ - 1] == 'B');
+      const bool apostrophe = at_ > (marked ? 1 : 0) && IsWord(text_[at_ - (marked ? 2 : 1)]);
+      bool& open = quote == '"' ? open_quote_ : open_apostrophe_;
+      if (apostrophe || open) continue;
+      literal = {at_ - (marked ? 1 : 0), 0, "", false};
+      std::string_view rest = text_.substr(at_ + 1);
+      while (!rest.empty() && rest.front() != quote) {
+        if (TakeCharacter(rest, literal.bytes)) continue;
+        literal.broken = true;
+        if (!rest.empty()) rest.remove_prefix(1);
+      }
+      open = rest.empty();
+      if (open) continue;
+      at_ = literal.end = text_.size() - rest.size() + 1;
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  std::string_view text_;
+  std::size_t at_ = 0;
+  bool open_quote_ = false;
+  bool open_apostrophe_ = false;
+};
 
 // Literals alone are one string, as compilers join them; else the longest one is meant. Without
 // quotes the string begins at its first escape.
 std::string ParseString(std::string_view text, std::string& note) {
-  const std::vector<Literal> literals = FindLiterals(text);
-  std::string bytes;
-  if (literals.empty()) {
+  LiteralFinder finder(text);
+  Literal literal;
+  Literal longest;
+  std::string joined;
+  std::size_t end = 0;
+  bool alone = true;
+  bool broken = false;
+  while (finder.Next(literal)) {
+    const std::string_view between = Trim(text.substr(end, literal.begin - end));
+    alone = alone && (between.empty() || between == "+");
+    if (alone) joined += literal.bytes;
+    broken = broken || literal.broken;
+    end = literal.end;
+    if (longest.end == 0 || literal.bytes.size() > longest.bytes.size()) longest = literal;
+  }
+  if (longest.end == 0) {
     std::string_view rest = Trim(text);
     const std::size_t begin = std::min(rest.find('\\'), rest.size());
     rest.remove_prefix(begin);
     if (rest.empty()) throw Error("no string with escapes");
     while (!rest.empty()) {
-      if (!TakeCharacter(rest, bytes)) RefuseEscape();
+      if (!TakeCharacter(rest, joined)) RefuseEscape();
     }
-    if (begin != 0) note = Took("string", bytes.size(), begin);
-    return bytes;
+    if (begin != 0) note = Took("string", joined.size(), begin);
+    return joined;
   }
-  const Literal* longest = &literals.front();
-  bool alone = true;
-  std::size_t end = 0;
-  for (const Literal& literal : literals) {
-    const std::string_view between = Trim(text.substr(end, literal.begin - end));
-    alone = alone && (between.empty() || between == "+");
-    if (literal.bytes.size() > longest->bytes.size()) longest = &literal;
-    end = literal.end;
+  const std::string_view after = Trim(text.substr(end));
+  alone = alone && (after.empty() || after == ";" || after == ",");
+  if (alone ? broken : longest.broken) RefuseEscape();
+  if (alone) return joined;
+  if (text.substr(longest.end, 3) == "...") {
+    throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
   }
-  const std::string_view behind = Trim(text.substr(end));
-  alone = alone && (behind.empty() || behind == ";" || behind == ",");
-  for (const Literal& literal : literals) {
-    if (!alone && &literal != longest) continue;
-    if (literal.broken) RefuseEscape();
-    if (text.substr(literal.end, 3) == "...") {
-      throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
-    }
-    bytes += literal.bytes;
-  }
-  if (!alone) note = Took("string", bytes.size(), longest->begin);
-  return bytes;
+  note = Took("string", longest.bytes.size(), longest.begin);
+  return longest.bytes;
 }
 
-// ---- Lists of numbers
-// ----------------------------------------------------------------------------
+// ---- Lists of numbers ---------------------------------------------------------------------------
 
 // Numbers of bytes, signed or not, in decimal or behind 0x: nullopt when the list is something
 // else, such as plain hex. clear tells whether it can be nothing but such numbers.
@@ -205,25 +200,29 @@ std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
 }
 
 // The first list in brackets or braces whose elements are numbers of bytes; one that stands within
-// other text has at least three.
+// other text has at least three. No bracket stands within such a list.
 std::optional<std::string> ParseArray(std::string_view text, bool& clear, std::string& note) {
-  for (std::size_t open = text.find_first_of("[{"); open != std::string_view::npos;
-       open = text.find_first_of("[{", open + 1)) {
-    const std::size_t close = text.find(text[open] == '[' ? ']' : '}', open);
-    if (close == std::string_view::npos) continue;
-    std::optional<std::string> bytes = ReadNumbers(text.substr(open + 1, close - open - 1), clear);
-    if (!bytes || bytes->empty()) continue;
-    const std::string_view behind = Trim(text.substr(close + 1));
-    const bool alone = Trim(text.substr(0, open)).empty() && (behind.empty() || behind == ";");
-    if (!alone && bytes->size() < 3) continue;
-    if (!alone) note = Took("list", bytes->size(), open);
-    return bytes;
+  std::string_view all = Trim(text);
+  if (!all.empty() && all.back() == ';') all = Trim(all.substr(0, all.size() - 1));
+  std::size_t open = text.find_first_of("[{");
+  while (open != std::string_view::npos) {
+    const std::size_t close = text.find_first_of("[]{}", open + 1);
+    if (close == std::string_view::npos) break;
+    if (text[close] == (text[open] == '[' ? ']' : '}')) {
+      const std::string_view list = text.substr(open + 1, close - open - 1);
+      const std::optional<std::string> bytes = ReadNumbers(list, clear);
+      const bool alone = all.size() == list.size() + 2 && all.data() == text.data() + open;
+      if (bytes && !bytes->empty() && (alone || bytes->size() >= 3)) {
+        if (!alone) note = Took("list", bytes->size(), open);
+        return bytes;
+      }
+    }
+    open = text.find_first_of("[{", close);
   }
   return std::nullopt;
 }
 
-// ---- Lines of a log
-// ------------------------------------------------------------------------------
+// ---- Lines of a log -----------------------------------------------------------------------------
 
 // A run of hex in one line.
 struct Run {
@@ -303,6 +302,20 @@ std::optional<std::string> ParseLog(std::string_view text, std::string& note) {
   return found;
 }
 
+// A JSON object: an array of strings in C has no colon after the first one.
+bool IsJson(std::string_view text) {
+  text = Trim(text);
+  if (text.empty() || text.front() != '{') return false;
+  text = TrimLeft(text.substr(1));
+  if (text.empty() || text.front() != '"') return false;
+  text = TrimLeft(text.substr(std::min(text.find('"', 1), text.size() - 1) + 1));
+  return !text.empty() && text.front() == ':';
+}
+
+[[noreturn]] void RefuseMessageText(const std::string& form, const std::string& command) {
+  throw Error("a message in " + form + ", not its bytes, which the command " + command + " writes");
+}
+
 std::string ParseAny(std::string_view text, std::string& note) {
   if (!IsText(text)) return std::string(text);
   std::string bytes;
@@ -315,6 +328,9 @@ std::string ParseAny(std::string_view text, std::string& note) {
     refuse_broken();
     return bytes;
   }
+  const TextForm form = hex == HexResult::kNotHex ? TakeTextForm(text) : TextForm();
+  if (form.whole && form.fields > 1) RefuseMessageText("the text format", "encode");
+  if (hex == HexResult::kNotHex && IsJson(text)) RefuseMessageText("JSON", "encode --json");
   const bool has_escapes = text.find('\\') != std::string_view::npos;
   const bool quoted = text.find_first_of("\"'") != std::string_view::npos;
   // Quoted, what stands between escapes is characters.
@@ -332,6 +348,7 @@ std::string ParseAny(std::string_view text, std::string& note) {
   }
   if (IsInOnePiece(word) && ParseBase64(word, bytes)) return bytes;
   if (const std::optional<std::string> run = ParseLog(text, note)) return *run;
+  if (form.whole && form.fields > 0) RefuseMessageText("the text format", "encode");
   throw Error("text that is neither hex (" + why_not_hex +
               ") nor base64, a string with escapes, a list of numbers or a line with " +
               std::to_string(kShortestRun) +

@@ -1,22 +1,29 @@
 #include "inspect/read/text_log.h"
 
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/text_format.h>
+
 #include <algorithm>
-#include <cctype>
+#include <charconv>
 #include <ctime>
+#include <memory>
+#include <optional>
 
 #include "inspect/error.h"
+#include "inspect/read/hex.h"
 #include "inspect/read/pasted.h"
+#include "inspect/read/text_form.h"
+#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 namespace {
 
 // A line of a log is shorter: the rest of a longer one is read as another.
 constexpr std::size_t kMaxLine = 1U << 20U;
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsNameCharacter(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '.';
-}
+// Places in a line where a text is tried.
+constexpr int kTries = 8;
+constexpr std::int64_t kDay = 86'400;
+constexpr std::int64_t kSecond = 1'000'000'000;
 
 // Whether the text is of the pattern, in which 0 stands for a digit.
 bool Looks(std::string_view text, std::string_view pattern) {
@@ -29,74 +36,95 @@ bool Looks(std::string_view text, std::string_view pattern) {
 
 int TwoDigits(std::string_view text) { return (text[0] - '0') * 10 + (text[1] - '0'); }
 
-// The first time of day in the line, with the date before it if there is one.
-void FindTime(std::string_view line, Record& record) {
-  record.time = kNoTime;
-  record.time_text = "-";
-  for (std::size_t at = 0; at < line.size(); ++at) {
-    if (!Looks(line.substr(at), "00:00:00") || (at > 0 && IsDigit(line[at - 1]))) continue;
-    std::size_t end = at + 8;
-    std::int64_t fraction = 0;
-    std::int64_t unit = 1'000'000'000;
-    if (end + 1 < line.size() && (line[end] == '.' || line[end] == ',') && IsDigit(line[end + 1])) {
-      for (++end; end < line.size() && IsDigit(line[end]); ++end) {
-        unit /= 10;
-        fraction += (line[end] - '0') * unit;
-      }
-    }
-    std::size_t begin = at;
-    std::int64_t days = 0;
-    if (at >= 6 && Looks(line.substr(at - 6), "00-00")) {
-      std::tm date{};
-      date.tm_mon = TwoDigits(line.substr(at - 6)) - 1;
-      date.tm_mday = TwoDigits(line.substr(at - 3));
-      date.tm_year = 70;
-      begin = at - 6;
-      if (at >= 11 && Looks(line.substr(at - 11), "0000-")) {
-        begin = at - 11;
-        date.tm_year =
-            TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2)) - 1900;
-      }
-      days = timegm(&date) / 86'400;
-    }
-    const std::int64_t seconds = TwoDigits(line.substr(at)) * 3600 +
-                                 TwoDigits(line.substr(at + 3)) * 60 +
-                                 TwoDigits(line.substr(at + 6));
-    record.time = (days * 86'400 + seconds) * 1'000'000'000 + fraction;
-    record.time_text = line.substr(begin, end - begin);
-    return;
-  }
+// The next run of letters, digits, underscores and dots from at on, which becomes its end; empty at
+// the end of the line.
+std::string_view TakeWord(std::string_view line, std::size_t& at) {
+  const auto in_word = [](char c) { return IsWord(c) || c == '.'; };
+  while (at < line.size() && !in_word(line[at])) ++at;
+  const std::size_t begin = at;
+  while (at < line.size() && in_word(line[at])) ++at;
+  return line.substr(begin, at - begin);
 }
 
-// Texts that were cut to the length of a log's line say so.
-bool CutAtMark(std::string_view& text) {
-  const std::size_t mark = text.rfind(" [... ");
-  if (mark == std::string_view::npos || text.find(" more bytes]", mark) == std::string_view::npos)
-    return false;
-  text = text.substr(0, mark);
+// Takes what the text begins with, if it does.
+bool Take(std::string_view& text, std::string_view front) {
+  if (text.substr(0, front.size()) != front) return false;
+  text.remove_prefix(front.size());
   return true;
 }
 
-// The places where a field can end in a text that was cut, and the messages open there, innermost
-// last first: what is behind a place is given up.
-std::string CloseAt(std::string_view text, std::size_t end) {
-  std::string closed(text.substr(0, end));
-  int open = 0;
-  bool quoted = false;
-  for (std::size_t i = 0; i < end; ++i) {
-    if (quoted && text[i] == '\\') {
-      ++i;
-    } else if (text[i] == '"') {
-      quoted = !quoted;
-    } else if (!quoted) {
-      open += text[i] == '{' ? 1 : (text[i] == '}' ? -1 : 0);
-    }
-  }
-  if (quoted) return "";
-  return closed.append(static_cast<std::size_t>(std::max(open, 0)), '}');
+std::optional<std::uint32_t> TakeNumber(std::string_view& text) {
+  std::uint32_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc()) return std::nullopt;
+  text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
+  return number;
+}
+
+bool HasLetters(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char c) { return IsWord(c) && !IsDigit(c); });
+}
+
+// Whether the text of a message can begin with the word; times of day do not.
+bool IsField(const Descriptor& type, std::string_view word, std::string_view rest) {
+  if (rest.substr(0, 1) != ":" && rest.substr(0, 2) != " {") return false;
+  if (word.empty() || !IsDigit(word[0])) return type.FindFieldByName(std::string(word)) != nullptr;
+  return rest.substr(0, 2) == ": " && std::all_of(word.begin(), word.end(), IsDigit);
+}
+
+constexpr const char* kBeginningOnly = "the log holds the beginning only";
+
+// Why a message is not whole, as the comment after its text says it.
+std::string Problem(std::string_view comment) {
+  comment = TrimLeft(comment);
+  if (!Take(comment, "# ")) return "";
+  if (comment.substr(0, 9) == "malformed") return kBeginningOnly;
+  const bool ours = comment.substr(0, 4) == "the ";
+  return ours ? std::string(comment.substr(0, comment.find("; "))) : "";
 }
 
 }  // namespace
+
+// The name of a type in a line, and what stands around it.
+struct TextLogReader::Header {
+  const TypeInfo* type = nullptr;
+  std::size_t begin = 0;  // of the name
+  std::size_t end = 0;    // of it and of what belongs to it
+  std::optional<Direction> direction;
+  unsigned operation = 0;
+  bool known = false;  // a form in which nothing but messages stand: arrow, name and numbers
+  bool sized = false;  // the number of bytes is one of them, so that text follows
+
+  Header() = default;
+  // Reads "-> Dial/3 ", "> Dial op 3 #1 11 B " and "-> Dial             11  ".
+  Header(const TypeInfo* named, std::string_view line, std::size_t name, std::size_t name_end)
+      : type(named), begin(name), end(name_end) {
+    const std::size_t arrow = line.substr(0, begin).find_last_not_of(' ');
+    if (arrow == std::string_view::npos || arrow + 1 == begin) return;
+    const bool tailed = line[arrow] == '-' && arrow > 0 && line[arrow - 1] == '<';
+    if (line[arrow] == '>') direction = Direction::kToModem;
+    if (line[arrow] == '<' || tailed) direction = Direction::kToTelephony;
+    if (!direction) return;
+    std::string_view rest = line.substr(end);
+    if (Take(rest, "/")) {
+      operation = TakeNumber(rest).value_or(0);
+      known = rest.empty() || rest.front() == ' ';
+    } else {
+      if (Take(rest, " op ")) operation = TakeNumber(rest).value_or(0);
+      bool own = Take(rest, " - ");
+      if (!own && Take(rest, " #")) {
+        Take(rest, "-");
+        own = TakeNumber(rest) && Take(rest, " ");
+      }
+      const bool columns = !own && Take(rest, " ");
+      while (columns && Take(rest, " ")) {
+      }
+      sized = (own || columns) && TakeNumber(rest) && Take(rest, own ? " B" : "  ");
+      known = sized;
+    }
+    if (known) end = line.size() - rest.size();
+  }
+};
 
 bool TextLogReader::NextLine() {
   for (;;) {
@@ -126,87 +154,169 @@ bool TextLogReader::Next(Record& record) {
   while (NextLine()) {
     ++number_;
     if (ReadLine(record)) return true;
-    if (!line_.empty()) ++other_lines_;
+    if (!Trim(line_).empty()) ++other_lines_;
   }
   return false;
 }
 
 bool TextLogReader::ReadLine(Record& record) {
+  Header first;
+  Header header;
+  int tries = 0;
+  bool direct = true;  // no word stands after the header
+  record.problem.clear();
   for (std::size_t at = 0; at < line_.size();) {
-    const std::size_t begin = at;
-    while (at < line_.size() && IsNameCharacter(line_[at])) ++at;
-    if (at == begin) {
-      ++at;
-      continue;
+    const std::string_view word = TakeWord(line_, at);
+    const std::size_t begin = at - word.size();
+    std::string_view rest = line_.substr(at);
+    if (const TypeInfo* type = schema_.FindType(word)) {
+      header = Header(type, line_, begin, at);
+      at = header.end;
+      rest = TrimLeft(line_.substr(at));
+      direct = true;
+      if (first.type == nullptr) first = header;
+      if (!header.known || !(rest.empty() || rest[0] == '#' || (rest[0] == '(' && header.sized))) {
+        continue;
+      }
+      bytes_.clear();  // a message without fields
+      record.problem = Problem(rest);
+      return Fill(header, record);
     }
-    const TypeInfo* type = schema_.FindType(line_.substr(begin, at - begin));
-    if (type == nullptr) continue;
-    record.problem.clear();
-    if (!ReadMessage(*type, line_.substr(at), record)) continue;
-    record.number = number_;
-    FindTime(line_.substr(0, begin), record);
-    record.direction = type->kind == Kind::kRequest ? Direction::kToModem : Direction::kToTelephony;
-    record.name = type->type->full_name();
-    record.type = type;
-    record.bytes = bytes_;
-    return true;
+    // A client's remark on a message that it passed over.
+    if (word == "ignored" && header.type == nullptr && rest.substr(0, 1) == ":") return false;
+    if (word.empty() || header.type == nullptr || tries == kTries) continue;
+    direct = direct || header.known;
+    if ((direct || !IsDigit(word[0])) && IsField(*header.type->type, word, rest)) {
+      ++tries;
+      if (ReadText(header, line_.substr(begin), direct, record)) return true;
+    }
+    direct = direct && !HasLetters(word);
   }
-  return false;
+  return first.type != nullptr && !first.sized && ReadHex(first, record);
 }
 
-bool TextLogReader::ReadMessage(const TypeInfo& type, std::string_view rest, Record& record) {
-  // Text begins with a field of the type.
-  std::size_t field = 0;
-  while (field < rest.size() &&
-         std::string_view(" \t:=>(-{").find(rest[field]) != std::string_view::npos) {
-    ++field;
-  }
-  std::size_t end = field;
-  while (end < rest.size() && IsNameCharacter(rest[end])) ++end;
-  const std::string_view behind = rest.substr(end);
-  const bool value = behind.substr(0, 1) == ":" || behind.substr(0, 2) == " {";
-  if (value && type.type->FindFieldByName(std::string(rest.substr(field, end - field)))) {
-    const bool braced = rest.substr(0, field).find('{') != std::string_view::npos;
-    std::string_view text = rest.substr(field);
-    if (braced) text = text.substr(0, text.rfind('}'));
-    return ReadText(type, text, record);
-  }
-  std::size_t begin = 0;
-  try {
-    return FindHexRun(rest, bytes_, begin, end);
-  } catch (const Error& error) {
-    record.problem = error.what();
-    bytes_.clear();
-    return true;
-  }
-}
-
-bool TextLogReader::ReadText(const TypeInfo& type, std::string_view text, Record& record) {
+bool TextLogReader::ReadText(const Header& header, std::string_view text, bool direct,
+                             Record& record) {
   class Silent : public google::protobuf::io::ErrorCollector {
     void AddError(int, google::protobuf::io::ColumnNumber, const std::string&) override {}
     void AddWarning(int, google::protobuf::io::ColumnNumber, const std::string&) override {}
   };
+  const TextForm form = TakeTextForm(text);
+  if (form.fields == 0 && !form.cut) return false;
   Silent silent;
   google::protobuf::TextFormat::Parser parser;
   parser.RecordErrorsTo(&silent);
   parser.AllowPartialMessage(true);
   parser.AllowUnknownField(true);
   parser.AllowFieldNumber(true);
-  const std::unique_ptr<Message> message(factory_.GetPrototype(type.type)->New());
-  const bool cut = CutAtMark(text);
-  bool read = !cut && parser.ParseFromString(std::string(text), message.get());
-  // Of a text that was cut, what ends before one of its last spaces is whole.
-  constexpr int kTries = 32;
-  std::size_t end = text.size();
-  for (int i = 0; cut && !read && i < kTries && end != std::string_view::npos && end > 0; ++i) {
-    const std::string whole = CloseAt(text, end);
-    read = !whole.empty() && parser.ParseFromString(whole, message.get());
-    end = text.rfind(' ', end - 1);
-  }
-  if (cut) record.problem = "the log holds the beginning only";
-  if (!read) return false;
+  parser.SetRecursionLimit(kMaxDepth);
+  const std::unique_ptr<Message> message(factory_.GetPrototype(header.type->type)->New());
+  if (!parser.ParseFromString(form.text, message.get())) return false;
+  // Of words that stand between, only a whole message tells that they are about it.
+  if (!direct && (form.cut || !message->IsInitialized())) return false;
   bytes_ = message->SerializePartialAsString();
+  record.problem = form.cut ? kBeginningOnly : Problem(text.substr(form.end));
+  return Fill(header, record);
+}
+
+// Takes the longest run of hex after the first name for a message of the type named last before it.
+bool TextLogReader::ReadHex(Header header, Record& record) {
+  const std::string_view rest = line_.substr(header.end);
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  try {
+    if (!FindHexRun(rest, bytes_, begin, end)) return false;
+  } catch (const Error& error) {
+    const std::size_t text = rest.find_first_not_of(" \t:=>(-{");
+    if (text == std::string_view::npos || HexDigit(rest[text]) < 0) return false;
+    record.problem = error.what();
+    bytes_.clear();
+    return Fill(header, record);
+  }
+  begin += header.end;
+  for (std::size_t at = header.end; at < begin;) {
+    const std::string_view word = TakeWord(line_.substr(0, begin), at);
+    const TypeInfo* type = schema_.FindType(word);
+    if (type != nullptr) header = Header(type, line_, at - word.size(), at);
+  }
+  if (HasLetters(line_.substr(header.end, begin - header.end))) {
+    text::Handler none;
+    const text::Outcome outcome =
+        text::WalkMessage(schema_.tables(), schema_.IndexOf(*header.type->type), bytes_, none);
+    if (!outcome.acceptable() || outcome.unknown + outcome.wrong_type != 0) return false;
+  }
+  return Fill(header, record);
+}
+
+// With bytes_; true.
+bool TextLogReader::Fill(const Header& header, Record& record) {
+  record.number = number_;
+  ReadTime(line_.substr(0, header.begin), record);
+  const bool to_modem = header.type->kind == Kind::kRequest;
+  record.direction =
+      header.direction.value_or(to_modem ? Direction::kToModem : Direction::kToTelephony);
+  record.operation = header.operation;
+  record.name = header.type->type->full_name();
+  record.type = header.type;
+  record.bytes = bytes_;
   return true;
+}
+
+// The first time of day in the line, with the date before it if there is one; else milliseconds
+// before an arrow.
+void TextLogReader::ReadTime(std::string_view line, Record& record) {
+  record.time = kNoTime;
+  record.time_text = "-";
+  std::size_t at = 0;
+  while (at < line.size() &&
+         (!Looks(line.substr(at), "00:00:00") || (at > 0 && IsDigit(line[at - 1])))) {
+    ++at;
+  }
+  if (at >= line.size()) {
+    line = TrimLeft(line);
+    std::string_view rest = line;
+    const std::optional<std::uint32_t> whole = TakeNumber(rest);
+    if (!whole || !Looks(rest, ".00 ")) return;
+    if (rest.find_first_not_of("<-> ", 4) != std::string_view::npos) return;
+    record.time = *whole * std::int64_t{1'000'000} + TwoDigits(rest.substr(1)) * 10'000;
+    record.time_text = line.substr(0, line.size() - rest.size() + 3);
+    return;
+  }
+  std::size_t end = at + 8;
+  std::int64_t fraction = 0;
+  std::int64_t unit = kSecond;
+  if (end + 1 < line.size() && (line[end] == '.' || line[end] == ',') && IsDigit(line[end + 1])) {
+    for (++end; end < line.size() && IsDigit(line[end]); ++end) {
+      unit /= 10;
+      fraction += (line[end] - '0') * unit;
+    }
+  }
+  std::int64_t seconds = TwoDigits(line.substr(at)) * std::int64_t{3600} +
+                         TwoDigits(line.substr(at + 3)) * std::int64_t{60} +
+                         TwoDigits(line.substr(at + 6));
+  std::size_t begin = at;
+  if (at >= 6 && Looks(line.substr(at - 6), "00-00")) {
+    begin = at - 6;
+    const bool has_year = at >= 11 && Looks(line.substr(at - 11), "0000-");
+    if (has_year) begin = at - 11;
+    const auto in_year = [&](int year) {
+      std::tm date{};
+      date.tm_year = year - 1900;
+      date.tm_mon = TwoDigits(line.substr(at - 6)) - 1;
+      date.tm_mday = TwoDigits(line.substr(at - 3));
+      return seconds + timegm(&date);
+    };
+    if (has_year) {
+      seconds = in_year(TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2)));
+    } else {
+      // A line more than half a year from the one before it is on the other side of New Year.
+      if (latest_ >= 0 && in_year(year_) < latest_ - 183 * kDay) ++year_;
+      if (latest_ >= 0 && in_year(year_) > latest_ + 183 * kDay) --year_;
+      latest_ = seconds = in_year(year_);
+    }
+  }
+  record.time_text = line.substr(begin, end - begin);
+  record.time = NanosecondsSince1970(seconds, fraction);
 }
 
 std::string TextLogReader::PassedOver() const {

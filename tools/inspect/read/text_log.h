@@ -1,11 +1,12 @@
-// Logs with one message a line: the name of its type, and behind it its bytes in hex or its text.
+// Logs with one message a line: the name of its type, and after it its bytes in hex or its text.
+// Such lines are written by this program, by callers of ToText() and by people, with anything
+// around.
 #pragma once
 
-#include <google/protobuf/io/tokenizer.h>
-#include <google/protobuf/text_format.h>
+#include <google/protobuf/dynamic_message.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -22,10 +23,14 @@ class TextLogReader : public Traffic {
   std::string PassedOver() const override;
 
  private:
+  struct Header;
+
   bool NextLine();
   bool ReadLine(Record& record);
-  bool ReadMessage(const TypeInfo& type, std::string_view rest, Record& record);
-  bool ReadText(const TypeInfo& type, std::string_view text, Record& record);
+  bool ReadText(const Header& header, std::string_view text, bool direct, Record& record);
+  bool ReadHex(Header header, Record& record);
+  bool Fill(const Header& header, Record& record);
+  void ReadTime(std::string_view line, Record& record);
 
   const Schema& schema_;
   ByteStream& stream_;
@@ -35,6 +40,8 @@ class TextLogReader : public Traffic {
   std::int64_t number_ = 0;
   std::int64_t other_lines_ = 0;
   std::string bytes_;
+  int year_ = 2001;           // of dates that say none
+  std::int64_t latest_ = -1;  // the last of them, in seconds
   google::protobuf::DynamicMessageFactory factory_;
 };
 

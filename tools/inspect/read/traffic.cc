@@ -23,4 +23,10 @@ std::unique_ptr<Traffic> OpenTraffic(const Schema& schema, ByteStream& stream) {
   return std::make_unique<TextLogReader>(schema, stream);
 }
 
+std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  if (seconds < 0 || seconds >= INT64_MAX / kSecond) return kNoTime;
+  return seconds * kSecond + nanoseconds;
+}
+
 }  // namespace virtual_modem::inspect

@@ -15,13 +15,16 @@ namespace virtual_modem::inspect {
 
 constexpr std::int64_t kNoTime = -1;
 
+// kNoTime for what nanoseconds in 64 bits cannot count.
+std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds);
+
 // One message. What it refers to is valid until the next one is read.
 struct Record {
   std::int64_t number = 0;     // of the packet or line, from 1
-  std::int64_t time = 0;       // nanoseconds since 1970, in logs without a date since midnight
-  std::string_view time_text;  // as a log writes it, "-" when it does not; empty in captures
+  std::int64_t time = 0;       // nanoseconds since 1970, or as far as a log tells, or kNoTime
+  std::string_view time_text;  // as a log writes it, "-" for kNoTime; empty in captures
   Direction direction = Direction::kToModem;
-  unsigned operation = 0;  // of the frame, 0 in logs
+  unsigned operation = 0;  // of the frame, 0 when the log does not tell
   std::string_view name;   // of the type; not to be trusted when type is null
   const TypeInfo* type = nullptr;
   std::string_view bytes;

@@ -1,0 +1,24 @@
+// Messages in the text form within other text: where they end, and what a cut one still tells.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace virtual_modem::inspect {
+
+// Deeper messages are refused, as the runtime refuses them in bytes.
+constexpr int kMaxDepth = 100;
+
+struct TextForm {
+  std::string text;        // of the whole fields, with the messages closed that a cut left open
+  std::size_t fields = 0;  // at every depth
+  std::size_t end = 0;     // of them in the text around
+  bool whole = false;      // nothing else is in the text
+  bool cut = false;        // the text ends, or says that it was cut, within a message
+};
+
+// The fields that the text begins with; none when they are nested too deep. Looks at no byte twice.
+TextForm TakeTextForm(std::string_view text);
+
+}  // namespace virtual_modem::inspect
