@@ -16,6 +16,7 @@
 // time.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -64,7 +65,21 @@ enum class FrameStatus : std::uint8_t {
 };
 
 // The end of a sentence about a frame, such as "does not begin with 'VM'".
-const char* Explain(FrameStatus status);
+inline const char* Explain(FrameStatus status) {
+  switch (status) {
+    case FrameStatus::kFrame:
+      return "is sound";
+    case FrameStatus::kMoreNeeded:
+      return "is cut short";
+    case FrameStatus::kTooLarge:
+      return "is larger than allowed";
+    case FrameStatus::kNotAFrame:
+      return "does not begin with 'VM'";
+    case FrameStatus::kBadType:
+      return "has no valid type name";
+  }
+  return "";
+}
 
 struct FrameRead {
   FrameStatus status = FrameStatus::kMoreNeeded;
@@ -101,12 +116,33 @@ class FrameReader {
       : max_message_(max_message), too_large_(too_large) {}
 
   // Takes the bytes that follow those taken before. Ignored after the end.
-  void Add(std::string_view bytes);
+  void Add(std::string_view bytes) {
+    if (ended_) return;
+    bytes_.erase(0, at_);
+    at_ = 0;
+    const auto skipped = static_cast<std::size_t>(std::min<std::uint64_t>(skip_, bytes.size()));
+    skip_ -= skipped;
+    bytes_.append(bytes.data() + skipped, bytes.size() - skipped);
+  }
 
   // The next frame, or why there is none: that a message is too large, with its type and size, or
   // the fault that ends the stream, once. Nothing when more bytes are needed and after the end.
   // What it returns refers into the reader until the next Add().
-  std::optional<FrameRead> Next();
+  std::optional<FrameRead> Next() {
+    const std::string_view left(bytes_.data() + at_, bytes_.size() - at_);
+    const FrameRead read = ReadFrame(left, max_message_);
+    const bool too_large = read.status == FrameStatus::kTooLarge;
+    // Who is told of a message that is too large learns of which type it is.
+    const bool nameless = too_large && read.frame.type.empty();
+    if (ended_ || nameless || read.status == FrameStatus::kMoreNeeded) return std::nullopt;
+    ended_ = too_large ? too_large_ == TooLarge::kEnds : read.status != FrameStatus::kFrame;
+    if (!ended_) {
+      const auto there = static_cast<std::size_t>(std::min<std::uint64_t>(read.size, left.size()));
+      at_ += there;
+      skip_ = read.size - there;
+    }
+    return read;
+  }
 
   // No frame follows: the connection is of no use anymore.
   bool ended() const { return ended_; }

@@ -10,28 +10,105 @@
 #include <google/protobuf/message_lite.h>
 #include <virtual_modem/text.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <ostream>
 #include <string>
-
-#pragma GCC visibility push(default)
+#include <string_view>
+#include <vector>
 
 namespace virtual_modem {
-
-// Empty when both messages are of one type and have the same fields, unknown ones included; a field
-// that is absent is not the same as its default. Else where they differ first, in the order of the
-// schema, by the path that MissingFields() uses: "clir", "calls[1].number", of an unknown field
-// "calls[1].20"; with a remark when only one of them has the field. Names no content. Messages of
-// another library differ, and so do two types: "Dial and Hangup".
-std::string FirstDifference(const google::protobuf::MessageLite& first,
-                            const google::protobuf::MessageLite& second);
 
 // What operator<< below shows, in all of the process: subscriber data is masked unless this is set.
 inline std::atomic<bool> show_subscriber_data{false};
 
-}  // namespace virtual_modem
+namespace internal {
 
-#pragma GCC visibility pop
+// The text of a message, line by line.
+class Lines {
+ public:
+  explicit Lines(const google::protobuf::MessageLite& message)
+      : text_(ToText(message, {true, false, 0})) {
+    for (std::string_view left = text_; !left.empty();) {
+      all_.push_back(left.substr(0, left.find('\n')));
+      left.remove_prefix(all_.back().size() + 1);
+    }
+  }
+
+  // Of the first line that is not the same in both.
+  static std::size_t Mismatch(const Lines& a, const Lines& b) {
+    const auto end = std::mismatch(a.all_.begin(), a.all_.end(), b.all_.begin(), b.all_.end());
+    return static_cast<std::size_t>(end.first - a.all_.begin());
+  }
+
+  // That of a message's end is its own, one less than that of its fields; 0 where the text ends.
+  std::size_t DepthOf(std::size_t line) const {
+    return line < all_.size() ? all_[line].find_first_not_of(' ') / 2 + 1 : 0;
+  }
+  std::string_view NameOf(std::size_t line) const {
+    const std::string_view field = all_[line].substr(all_[line].find_first_not_of(' '));
+    return field[0] == '#' ? "an unknown field" : field.substr(0, field.find_first_of(": "));
+  }
+  // Whether the message which has that line has another field of that name behind it.
+  bool HasBehind(std::size_t line, std::size_t depth, std::string_view name) const {
+    while (DepthOf(++line) >= depth) {
+      if (DepthOf(line) == depth && NameOf(line) == name) return true;
+    }
+    return false;
+  }
+
+  // Of the field with that line. The other text is the same up to there.
+  std::string PathOf(std::size_t line, const Lines& other) const {
+    std::string path;
+    const std::size_t end = line;
+    for (std::size_t depth = DepthOf(line); depth > 0; --depth) {
+      while (DepthOf(line) != depth) --line;
+      const std::string_view name = NameOf(line);
+      std::size_t index = 0;
+      for (std::size_t at = line; at > 0 && DepthOf(at - 1) >= depth; --at) {
+        if (DepthOf(at - 1) == depth && NameOf(at - 1) == name) ++index;
+      }
+      std::string here(name);
+      if (index > 0 || HasBehind(line, depth, name) || other.HasBehind(line, depth, name)) {
+        here += '[' + std::to_string(index) + ']';
+      }
+      path = here + (line == end ? "" : "." + path);
+    }
+    return path;
+  }
+
+ private:
+  std::string text_;
+  std::vector<std::string_view> all_;
+};
+
+}  // namespace internal
+
+// Empty when both messages are of one type and have the same fields, unknown ones included; a field
+// that is absent is not the same as its default. Else where they differ first, by the path of the
+// field: "clir", "calls[1].number" (a list of one element has no index), of an unknown field its
+// number; with a remark when only one of the messages has it. Of two types, it is "Dial and
+// Hangup". Tells no content.
+inline std::string FirstDifference(const google::protobuf::MessageLite& first,
+                                   const google::protobuf::MessageLite& second) {
+  const std::string type = first.GetTypeName();
+  if (type != second.GetTypeName()) return type + " and " + second.GetTypeName();
+  if (first.SerializePartialAsString() == second.SerializePartialAsString()) return {};
+  const internal::Lines a(first);
+  const internal::Lines b(second);
+  const std::size_t line = internal::Lines::Mismatch(a, b);
+  const std::size_t depth = a.DepthOf(line);
+  const std::size_t other = b.DepthOf(line);
+  if (depth == 0 && other == 0) return "the encoding of unknown fields";
+  if (depth == other && a.NameOf(line) == b.NameOf(line)) return a.PathOf(line, b);
+  if (depth < other || (depth == other && b.HasBehind(line, depth, a.NameOf(line)))) {
+    return b.PathOf(line, a) + " (only in the second)";
+  }
+  return a.PathOf(line, b) + " (only in the first)";
+}
+
+}  // namespace virtual_modem
 
 // Where they are found for every message, as this is the namespace of the messages' base class.
 namespace google::protobuf {

@@ -31,22 +31,6 @@ bool AppendFrame(const Frame& frame, std::string& out) {
   return true;
 }
 
-const char* Explain(FrameStatus status) {
-  switch (status) {
-    case FrameStatus::kFrame:
-      return "is sound";
-    case FrameStatus::kMoreNeeded:
-      return "is cut short";
-    case FrameStatus::kTooLarge:
-      return "is larger than allowed";
-    case FrameStatus::kNotAFrame:
-      return "does not begin with 'VM'";
-    case FrameStatus::kBadType:
-      return "has no valid type name";
-  }
-  return "";
-}
-
 FrameRead ReadFrame(std::string_view bytes, std::size_t max_message) {
   FrameRead read;
   if ((!bytes.empty() && bytes[0] != 'V') || (bytes.size() > 1 && bytes[1] != 'M')) {
@@ -57,8 +41,11 @@ FrameRead ReadFrame(std::string_view bytes, std::size_t max_message) {
   if (bytes.size() < 4) return read;
   const auto byte = [bytes](std::size_t at) { return static_cast<std::uint8_t>(bytes[at]); };
   const std::size_t name_size = byte(3);
-  const std::string_view name =
-      bytes.size() > kFrameHeaderBytes ? bytes.substr(kFrameHeaderBytes, name_size) : "";
+  std::string_view name;
+  if (bytes.size() > kFrameHeaderBytes) {
+    name = {bytes.data() + kFrameHeaderBytes,
+            std::min(name_size, bytes.size() - kFrameHeaderBytes)};
+  }
   if (name_size == 0 || name_size > kMaxTypeNameBytes || !IsTypeName(name)) {
     read.status = FrameStatus::kBadType;
     read.size = 0;
@@ -73,35 +60,7 @@ FrameRead ReadFrame(std::string_view bytes, std::size_t max_message) {
   read.frame.operation = byte(2);
   if (name.size() == name_size) read.frame.type = name;
   if (size <= max_message) {
-    read.frame.message =
-        bytes.substr(kFrameHeaderBytes + name_size, static_cast<std::size_t>(size));
-  }
-  return read;
-}
-
-void FrameReader::Add(std::string_view bytes) {
-  if (ended_) return;
-  bytes_.erase(0, at_);
-  at_ = 0;
-  const std::size_t skipped = std::min<std::uint64_t>(skip_, bytes.size());
-  skip_ -= skipped;
-  bytes_.append(bytes.data() + skipped, bytes.size() - skipped);
-}
-
-std::optional<FrameRead> FrameReader::Next() {
-  const std::string_view left = std::string_view(bytes_).substr(at_);
-  const FrameRead read = ReadFrame(left, max_message_);
-  const bool too_large = read.status == FrameStatus::kTooLarge;
-  // Who is told of a message that is too large learns of which type it is.
-  if (ended_ || read.status == FrameStatus::kMoreNeeded || (too_large && read.frame.type.empty())) {
-    return std::nullopt;
-  }
-  if (read.status == FrameStatus::kFrame || (too_large && too_large_ == TooLarge::kSkipped)) {
-    const std::size_t there = std::min<std::uint64_t>(read.size, left.size());
-    at_ += there;
-    skip_ = read.size - there;
-  } else {
-    ended_ = true;
+    read.frame.message = {name.data() + name_size, static_cast<std::size_t>(size)};
   }
   return read;
 }

@@ -129,9 +129,19 @@ TEST(FirstDifference, NamesItsPath) {
   differ("calls[0].99 (only in the second)",
          [](auto& m) { *m.mutable_calls(0)->mutable_unknown_fields() = "\x98\x06\x01"; });
   // Half of a field, as a parse that failed leaves it.
-  differ("12 (only in the second)", [](auto& m) { *m.mutable_unknown_fields() = "\x63\x08"; });
+  differ("an unknown field (only in the second)",
+         [](auto& m) { *m.mutable_unknown_fields() = "\x63\x08"; });
+  differ("calls[1] (only in the first)", [](auto& m) { m.mutable_calls()->RemoveLast(); });
   *left.mutable_unknown_fields() = "\x60\x01\x68\x01";
   differ("13", [](auto& m) { *m.mutable_unknown_fields() = "\x60\x01\x68\x02"; });
+
+  // The same value, in two bytes.
+  differ("the encoding of unknown fields",
+         [](auto& m) { *m.mutable_unknown_fields() = "\x60\x01\x68\x81" + std::string(1, '\0'); });
+  left.clear_calls();
+  left.add_calls()->set_number("110");
+  differ("calls.number (only in the first)", [](auto& m) { m.mutable_calls(0)->clear_number(); });
+  differ("calls[1] (only in the second)", [](auto& m) { m.add_calls(); });
 
   RepeatUintResultIndication numbers;
   numbers.add_result(5);
