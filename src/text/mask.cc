@@ -7,8 +7,6 @@
 namespace virtual_modem::text {
 namespace {
 
-bool Continues(char byte) { return static_cast<signed char>(byte) < 0; }  // as a varint does
-
 // Makes the varint at that place 0 in as many bytes; it may be cut. Returns where it ends.
 char* MaskVarint(char* at, const char* end) {
   while (at != end) {
@@ -104,43 +102,30 @@ class Masker : public Handler {
   // is in a group is masked like what is around it.
   void MaskFields(std::string_view fields) {
     CopyTo(fields.data() + fields.size());
-    char* const end = out_.data() + out_.size();
-    Outcome unused;
-    Reader reader({end - fields.size(), fields.size()}, unused);
-    while (!reader.AtEnd()) {
-      char* at = end - reader.Left();
-      std::uint64_t tag = 0;
-      if (!reader.ReadVarint(kMaxTagBytes, "", tag)) {
+    const char* const end = out_.data() + out_.size();
+    char* at = &out_[out_.size() - fields.size()];
+    while (at != end) {
+      const auto type = static_cast<unsigned>(*at) & 7U;
+      char* value = AfterVarint(at, end);
+      std::size_t size = 0;
+      char mask = '\0';
+      if (type == kLengthDelimited && !Continues(value[-1])) {
+        at = value;
+        value = AfterVarint(at, end);
+        size = static_cast<std::size_t>(NumberIn(at, value));
+        mask = 'X';
+      } else if (type == kFixed64 || type == kFixed32) {
+        size = type == kFixed64 ? 8 : 4;
+      }
+      if (value == at || Continues(value[-1])) {  // a tag or a length that is cut
         MaskVarint(at, end);
         return;
       }
-      at = end - reader.Left();
-      char mask = '\0';
-      std::uint64_t size = 0;
-      switch (tag & 7U) {
-        case kVarint:
-          reader.MoveTo(MaskVarint(at, end));
-          continue;
-        case kFixed64:
-          size = 8;
-          break;
-        case kFixed32:
-          size = 4;
-          break;
-        case kLengthDelimited:
-          if (!reader.ReadVarint(kMaxLengthBytes, "", size)) {
-            MaskVarint(at, end);
-            return;
-          }
-          mask = 'X';
-          break;
-        default:
-          continue;
-      }
-      if (size > reader.Left()) size = reader.Left();
-      at = end - reader.Left();
-      std::memset(at, mask, static_cast<std::size_t>(size));
-      reader.MoveTo(at + size);
+      at = type == kVarint ? MaskVarint(value, end) : value;
+      const auto left = static_cast<std::size_t>(end - at);
+      if (size > left) size = left;
+      std::memset(at, mask, size);
+      at += size;
     }
   }
 

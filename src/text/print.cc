@@ -113,6 +113,7 @@ class UnknownFields {
     return false;
   }
 
+ private:
   bool ReadVarint(std::uint64_t& value) {
     value = 0;
     for (unsigned shift = 0; shift < 70; shift += 7) {
@@ -124,7 +125,6 @@ class UnknownFields {
     return false;
   }
 
- private:
   bool ReadFixed(unsigned size, std::uint64_t& value) {
     if (static_cast<std::size_t>(end_ - at_) < size) return false;
     value = 0;
@@ -253,26 +253,22 @@ class Printer : public Handler {
   }
 
   void Malformed(const Level& level, const Outcome& outcome) {
-    Append(break_, "# malformed at byte ");
-    text::AppendNumber(break_, outcome.offset);
+    if (!remarks_.empty()) remarks_.append(1, separator_);
+    Append(remarks_, "# malformed at byte ");
+    text::AppendNumber(remarks_, outcome.offset);
     const std::string path = PathTo(tables_, level);
     if (!path.empty()) {
-      Append(break_, " in ");
-      Append(break_, path);
+      Append(remarks_, " in ");
+      Append(remarks_, path);
     }
-    Append(break_, ": ");
-    Append(break_, Explain(outcome));
+    Append(remarks_, ": ");
+    Append(remarks_, Explain(outcome));
   }
 
   // What stands after the fields.
   void Finish() {
-    if (!unknown_.empty()) {
-      sink_.Append(several_unknown_ ? "# unknown fields " : "# unknown field ");
-      sink_.Append(unknown_);
-      sink_.Append(separator_);
-    }
-    if (!break_.empty()) {
-      sink_.Append(break_);
+    if (!remarks_.empty()) {
+      sink_.Append(remarks_);
       sink_.Append(separator_);
     }
     if (single_line_) sink_.TakeBack(' ');
@@ -323,39 +319,32 @@ class Printer : public Handler {
   // number that its enumeration does not declare.
   void NameUnknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
                    std::size_t size, std::string_view value) {
-    several_unknown_ = !unknown_.empty();
-    if (several_unknown_) text::Append(unknown_, ", ");
+    Append(remarks_, remarks_.empty() ? "# unknown fields " : ", ");
     if (field != nullptr) {
-      text::Append(unknown_, PathTo(tables_, level, *field));
+      Append(remarks_, PathTo(tables_, level, *field));
     } else {
-      text::Append(unknown_, PathTo(tables_, level));
-      if (level.field != nullptr) text::Append(unknown_, ".");
-      text::AppendNumber(unknown_, number);
+      Append(remarks_, PathTo(tables_, level));
+      if (level.field != nullptr) Append(remarks_, ".");
+      text::AppendNumber(remarks_, number);
     }
     if (field != nullptr && field->kind == FieldKind::kEnum && type == kVarint) {
-      UnknownFields varint(value);
-      std::uint64_t undeclared = 0;
-      varint.ReadVarint(undeclared);
       char digits[kMaxDigits];
-      text::Append(unknown_, " = ");
-      text::Append(
-          unknown_,
-          {digits, static_cast<std::size_t>(
-                       WriteNumber(static_cast<std::int32_t>(undeclared), digits) - digits)});
+      const char* end = WriteNumber(
+          static_cast<std::int32_t>(NumberIn(value.data(), value.data() + value.size())), digits);
+      Append(remarks_, " = ");
+      Append(remarks_, {digits, static_cast<std::size_t>(end - digits)});
     } else {
-      text::Append(unknown_, " (");
-      text::AppendNumber(unknown_, size);
-      text::Append(unknown_, " bytes)");
+      Append(remarks_, " (");
+      text::AppendNumber(remarks_, size);
+      Append(remarks_, " bytes)");
     }
   }
 
   void UnknownNumber(std::uint32_t number, std::string_view varint) {
-    std::uint64_t value = 0;
-    UnknownFields(varint).ReadVarint(value);
     Indent();
     AppendNumber(std::uint64_t{number}, sink_);
     sink_.Append(": ");
-    AppendNumber(value, sink_);
+    AppendNumber(NumberIn(varint.data(), varint.data() + varint.size()), sink_);
     sink_.Append(separator_);
   }
 
@@ -408,9 +397,7 @@ class Printer : public Handler {
   const bool single_line_;
   const char separator_;
   std::size_t depth_ = 0;
-  bool several_unknown_ = false;
-  std::string unknown_;  // fields that are not shown, and
-  std::string break_;    // where the bytes break, in words
+  std::string remarks_;  // fields that are not shown, and where the bytes break
 };
 
 }  // namespace

@@ -32,6 +32,12 @@ void AppendNumber(std::string& to, std::uint64_t number) {
   to.append(digits, static_cast<std::size_t>(WriteNumber(number, digits) - digits));
 }
 
+std::uint64_t NumberIn(const char* at, const char* end) {
+  std::uint64_t value = 0;
+  while (end != at) value = value << 7U | (static_cast<std::uint8_t>(*--end) & 0x7FU);
+  return value;
+}
+
 std::string PathTo(const Tables& tables, const Level& level) {
   if (level.field == nullptr) return {};
   std::string path = PathTo(tables, *level.above, *level.field);
@@ -188,6 +194,15 @@ bool Reader::SkipGroup(std::uint32_t number, const char* start, int& depth) {
 
 namespace {
 
+// A message whose fields are looked for: what bytes lead to by the singular fields from first up to
+// before last, each of which may occur several times.
+struct Place {
+  std::string_view bytes;
+  const Field** first;
+  const Field** last;
+  const Level& level;
+};
+
 class MissingFinder {
  public:
   MissingFinder(const Tables& tables, std::vector<std::string>* paths)
@@ -195,79 +210,74 @@ class MissingFinder {
 
   std::uint32_t Run(std::string_view bytes, unsigned message) {
     const Level outermost{nullptr, nullptr, -1};
-    Examine(bytes, way_, way_, message, outermost);
+    Examine({bytes, way_, way_, outermost}, message);
     return found_;
   }
 
  private:
-  // Examines the message that bytes lead to by the singular fields from first up to before last,
-  // each of which may occur several times.
-  void Examine(std::string_view bytes, const Field** first, const Field** last, unsigned message,
-               const Level& level) {
-    if (last > way_ + kMaxDepth) return;
+  void Examine(const Place& place, unsigned message) {
+    if (place.last > way_ + kMaxDepth) return;
     const Message& row = tables_.messages[message];
     for (const Field* field = tables_.Begin(row); field != tables_.End(row); ++field) {
       if (!field->required && field->kind != FieldKind::kMessage) continue;
-      *last = field;
+      *place.last = field;
       int count = 0;
-      if (Occurs(bytes, first, last, level, count)) {
+      if (Occurs(place, count)) {
         if (field->kind != FieldKind::kMessage || field->repeated) continue;
-        const Level below{&level, field, -1};
-        Examine(bytes, first, last + 1, field->below, below);
+        const Level below{&place.level, field, -1};
+        Examine({place.bytes, place.first, place.last + 1, below}, field->below);
       } else if (field->required) {
         ++found_;
-        if (paths_ != nullptr) paths_->push_back(PathTo(tables_, level, *field));
+        if (paths_ != nullptr) paths_->push_back(PathTo(tables_, place.level, *field));
       }
     }
   }
 
-  // Whether the field at last is in that message. Examines the elements of a list of messages, of
-  // which count were seen before.
-  bool Occurs(std::string_view bytes, const Field** first, const Field** last, const Level& level,
-              int& count) {
-    const Field& field = **first;
-    const std::uint32_t wanted = tables_.NumberOf(field);
-    const unsigned expected = field.kind < FieldKind::kString ? kVarint : kLengthDelimited;
+  // Whether the field at last is there. Examines the elements of a list of messages, of which count
+  // were seen before.
+  bool Occurs(const Place& place, int& count) {
+    const Field& field = **place.first;
+    const std::uint32_t wanted =
+        tables_.NumberOf(field) << 3U |
+        static_cast<std::uint32_t>(field.kind < FieldKind::kString ? kVarint : kLengthDelimited);
     Outcome unused;
-    Reader reader(bytes, unused);
+    Reader reader(place.bytes, unused);
     bool occurs = false;
-    while (!reader.AtEnd()) {
+    bool whole = true;
+    while (whole && !reader.AtEnd()) {
       const char* start = reader.at();
       std::uint64_t tag = 0;
       if (!reader.ReadVarint(kMaxTagBytes, "", tag)) break;
-      const std::uint32_t number = static_cast<std::uint32_t>(tag) >> 3U;
-      const auto wire_type = static_cast<unsigned>(tag & 7U);
       const char* value = reader.at();
-      if (number != wanted || wire_type != expected || field.kind != FieldKind::kMessage) {
-        int depth = 0;
-        if (!reader.Skip(number, wire_type, start, depth)) break;
-        if (number != wanted || wire_type != expected) continue;
-        occurs = occurs || field.kind != FieldKind::kEnum ||
-                 IsDeclared(field, {value, static_cast<std::size_t>(reader.at() - value)});
+      int depth = 0;
+      whole = reader.Skip(static_cast<std::uint32_t>(tag) >> 3U, static_cast<unsigned>(tag & 7U),
+                          start, depth);
+      if (static_cast<std::uint32_t>(tag) != wanted) continue;
+      const char* end = reader.at();
+      if (field.kind != FieldKind::kMessage) {
+        occurs =
+            occurs ||
+            (whole && (field.kind != FieldKind::kEnum || IsDeclared(field, NumberIn(value, end))));
         continue;
       }
-      std::size_t size = 0;
-      if (!reader.ReadLength(size)) break;
-      if (size > reader.Left()) size = reader.Left();  // the beginning of a message may be there
-      const std::string_view below(reader.at(), size);
-      reader.SkipBytes(size);
-      if (first != last) {
-        occurs = Occurs(below, first + 1, last, level, count) || occurs;
+      // Of a message that does not end here, the beginning counts.
+      if (!whole) end = place.bytes.data() + place.bytes.size();
+      value = AfterVarint(value, end);
+      const std::string_view below(value, static_cast<std::size_t>(end - value));
+      if (place.first != place.last) {
+        occurs = Occurs({below, place.first + 1, place.last, place.level}, count) || occurs;
         continue;
       }
       occurs = true;
       if (!field.repeated) continue;
-      const Level element{&level, &field, count++};
-      Examine(below, last + 1, last + 1, field.below, element);
+      const Level element{&place.level, &field, count++};
+      Examine({below, place.last + 1, place.last + 1, element}, field.below);
     }
     return occurs;
   }
 
-  bool IsDeclared(const Field& field, std::string_view varint) const {
-    std::uint64_t value = 0;
-    Outcome unused;
-    Reader(varint, unused).ReadVarint(kMaxVarintBytes, "", value);
-    return !tables_.enum_name(tables_.context, field.below, static_cast<std::int32_t>(value))
+  bool IsDeclared(const Field& field, std::uint64_t number) const {
+    return !tables_.enum_name(tables_.context, field.below, static_cast<std::int32_t>(number))
                 .empty();
   }
 
@@ -282,6 +292,12 @@ class MissingFinder {
 std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
                           std::vector<std::string>* paths) {
   return MissingFinder(tables, paths).Run(bytes, message);
+}
+
+void CountAgain(const Tables& tables, unsigned message, std::string_view bytes, Outcome& outcome) {
+  // What breaks, and all after it, is not there.
+  const std::size_t size = outcome.malformed() ? outcome.broken_from : bytes.size();
+  outcome.missing = FindMissing(tables, message, {bytes.data(), size}, nullptr);
 }
 
 }  // namespace virtual_modem::text

@@ -38,6 +38,16 @@ inline constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its si
 // Returns where the digits end.
 char* WriteNumber(std::uint64_t number, char* to);
 
+// Whether a byte of a varint is not its last.
+inline bool Continues(char byte) { return static_cast<signed char>(byte) < 0; }
+// Where the varint ends, or end if it is cut.
+template <typename Char>
+Char* AfterVarint(Char* at, const char* end) {
+  while (at != end && Continues(*at)) ++at;
+  return at == end ? at : at + 1;
+}
+std::uint64_t NumberIn(const char* varint, const char* end);
+
 // A message that is being walked, and the way up from it; the outermost has neither above nor
 // field.
 struct Level {
@@ -103,6 +113,8 @@ std::string Explain(const Outcome& outcome);
 // order of the schema, unless paths is null; returns how many there are.
 std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
                           std::vector<std::string>* paths);
+// Puts the number of them into the outcome of a walk.
+void CountAgain(const Tables& tables, unsigned message, std::string_view bytes, Outcome& outcome);
 
 // Told what the walk comes by, in the order of the bytes. Derive from it and hide what matters.
 struct Handler {
@@ -217,8 +229,7 @@ class Walk {
     ReadMessage(message, outermost);
     // Counted on the way, which is right unless an absent field came later or merged.
     if (outcome_.missing != 0 && !outcome_.canonical) {
-      const std::size_t told = outcome_.malformed() ? outcome_.broken_from : bytes_.size();
-      outcome_.missing = FindMissing(tables_, message, {bytes_.data(), told}, nullptr);
+      CountAgain(tables_, message, bytes_, outcome_);
     }
     return outcome_;
   }
@@ -313,10 +324,7 @@ class Walk {
   bool ReadUnknown(State& state, unsigned wire_type) {
     const char* value = reader_.at();
     if (!reader_.Skip(state.number, wire_type, state.start, depth_)) return false;
-    if (wire_type == kLengthDelimited) {
-      while (static_cast<signed char>(*value) < 0) ++value;  // the length, which was read
-      ++value;
-    }
+    if (wire_type == kLengthDelimited) value = AfterVarint(value, reader_.at());
     state.unknown = true;
     handler_.Unknown(state.level, state.field, state.number, static_cast<WireType>(wire_type),
                      From(state.start), From(value));

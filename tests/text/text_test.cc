@@ -150,9 +150,9 @@ TEST(Text, IsCutToItsBoundWithWhatIsMissing) {
 TEST(Text, LeavesOutUnknownFieldsButCountsThem) {
   Dial dial = MakeDial();
   *dial.mutable_unknown_fields() = "\x52\x04+491";  // field 10
-  EXPECT_THAT(ToText(dial), EndsWith("CLIR_DEFAULT # unknown field 10 (6 bytes)"));
+  EXPECT_THAT(ToText(dial), EndsWith("CLIR_DEFAULT # unknown fields 10 (6 bytes)"));
   EXPECT_THAT(ToText(dial, {true}), EndsWith("CLIR_DEFAULT 10: \"+491\""));
-  EXPECT_THAT(ToText(dial, {false, false}), EndsWith("\n# unknown field 10 (6 bytes)\n"));
+  EXPECT_THAT(ToText(dial, {false, false}), EndsWith("\n# unknown fields 10 (6 bytes)\n"));
   EXPECT_EQ(MaskedBytes(dial).find("+491"), std::string::npos);
 }
 

@@ -48,7 +48,7 @@ def to_text(message: Message, *, show_subscriber_data: bool = False, single_line
     text = text_format.MessageToString(message, as_one_line=single_line,
                                        print_unknown_fields=show_subscriber_data)
     if unknown:
-        comment = f"# unknown field{'s' if len(unknown) > 1 else ''} {', '.join(unknown)}"
+        comment = f"# unknown fields {', '.join(unknown)}"
         text = (text + " " + comment).lstrip() if single_line else text + comment + "\n"
     return _cut(text, max_bytes) if 0 < max_bytes < len(text) else text
 
