@@ -29,8 +29,8 @@ HIDDEN = {field.full_name for message in schema.load(DESCRIPTOR_SET).messages
           for field in message.fields if field.is_subscriber_data}
 TYPES = random_exchange.load(DESCRIPTOR_SET)
 CLASSES = MessageFactory()
-# Not in the schema of any type.
-UNKNOWN = b"\xf8\x7f\x07"
+# Not in the schema of any type: a number, and a group with a string in it.
+UNKNOWN = bytes.fromhex("f8 7f 07 fb 7f 0a 01 35 fc 7f")
 
 # What gdb runs: as a person would type it, but for all messages.
 SESSION = """
@@ -42,10 +42,13 @@ for index in range({count}):
     gdb.execute(f"print *messages[{{index}}]")
 end
 """
-# Then, of the last message, a Dial, in the process.
-DAMAGE = """
-set var ((Dial*)messages[{last}])->_impl_.address_.tagged_ptr_.ptr_ = 8
-print *(Dial*)messages[{last}]
+# Then in the process, the two that follow: a Dial, and a long list.
+PARTICULAR = """
+set var ((Dial*)messages[{dial}])->_impl_.address_.tagged_ptr_.ptr_ = 8
+print *(Dial*)messages[{dial}]
+print *messages[{dial} + 1]
+set print elements unlimited
+print *messages[{dial} + 1]
 """
 
 
@@ -119,8 +122,9 @@ class Printer(unittest.TestCase):
             for field in descriptor.fields:
                 cls.messages.append(CLASSES.GetPrototype(descriptor)())
                 put(cls.messages[-1], field, 3)
-        empty = CLASSES.GetPrototype(next(t for t in TYPES if t.name == "Dial"))(address=b"", serial=1)
-        cls.messages.append(empty)
+        kinds = {kind.name: CLASSES.GetPrototype(kind) for kind in TYPES}
+        particular = [kinds["Dial"](address=b"", serial=1),
+                      kinds["RepeatUintResultIndication"](result=range(300))]
         scratch = tempfile.TemporaryDirectory()
         cls.addClassCleanup(scratch.cleanup)
         cls.scratch = pathlib.Path(scratch.name)
@@ -131,8 +135,9 @@ class Printer(unittest.TestCase):
         shutil.copy(PRINTER, script)
         cls.core = cls.scratch / "core"
         with open(cls.scratch / "records", "wb") as records:
-            for message in cls.messages:
+            for message in cls.messages + particular:
                 data = message.SerializePartialToString() + UNKNOWN
+                data += b"\x20" + b"\xff" * 9 + b"\1" if message is particular[0] else b""  # clir: -1
                 for part in (message.DESCRIPTOR.full_name.encode(), data):
                     records.write(struct.pack("<I", len(part)) + part)
 
@@ -155,13 +160,16 @@ class Printer(unittest.TestCase):
 
     def test_process_and_core(self):
         run = f"run <{self.scratch / 'records'} >/dev/null"
-        *texts, damaged = self.gdb(
+        *texts, damaged, cut, whole = self.gdb(
             False, run, "frame function main", f"generate-core-file {self.core}",
-            then=DAMAGE.format(last=len(self.messages) - 1))
-        self.assert_texts(texts, False, "unknown fields = <3 bytes>")
-        self.assertRegex(damaged, r"Dial \{serial = 1, address = <Cannot access memory at .*>, unknown")
+            then=PARTICULAR.format(dial=len(self.messages)))
+        self.assert_texts(texts, False, "unknown fields = <2047 (3 bytes), 2047 (7 bytes)>")
+        self.assertRegex(damaged, r"Dial \{serial = 1, address = <Cannot access memory at .*>, unknown "
+                         r"fields = <2047 \(3 bytes\), 2047 \(7 bytes\), clir = -1>\}")
+        self.assertIn("198, 199, ...]", cut)
+        self.assertIn("298, 299]", whole)
         texts = self.gdb(True, f"core-file {self.core}", "frame function main")
-        self.assert_texts(texts, True, r'unknown fields = "\370\177\a"')
+        self.assert_texts(texts, True, r'unknown fields = "\370\177\a\373\177\n\0015\374\177"')
 
     def assert_texts(self, texts: list[str], shown: bool, unknown: str) -> None:
         self.assertEqual(len(texts), len(self.messages))
