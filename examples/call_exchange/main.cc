@@ -1,21 +1,20 @@
 // call_exchange: a telephony process and a modem process talk through the library's messages.
 #include <fcntl.h>
 #include <unistd.h>
-#include <virtual_modem/capture.h>
+#include <virtual_modem/text.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <stdexcept>
+#include <string>
 #include <system_error>
-#include <utility>
 
 #include "call_exchange/modem/modem.h"
 #include "call_exchange/options.h"
 #include "call_exchange/processes.h"
 #include "call_exchange/timeline.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 bool WantsColor() {
@@ -31,39 +30,24 @@ void ReserveStandardDescriptors() {
   }
 }
 
-// Refused bytes are recorded too, as far as their frame says of what type they claim to be.
-void Record(CaptureWriter& capture, Direction direction, std::string_view bytes) {
-  Frame frame;
-  if (ReadFrame(bytes, frame) != FrameFault::kNone) return;
-  const bool sent = direction == Direction::kSent;
-  if (!capture.Write(
-          sent ? virtual_modem::Direction::kToModem : virtual_modem::Direction::kToTelephony,
-          frame.type, frame.payload, static_cast<std::uint8_t>(frame.operation))) {
-    throw std::runtime_error(capture.error());
+// What the modem cannot read is said on standard error; all else the telephony side shows.
+class ModemLog : public Log {
+ public:
+  void Passed(Direction /*direction*/, const Frame& frame, const MessageLite* message) override {
+    if (message == nullptr) Note("ignored: " + virtual_modem::ToText(frame.type, frame.message));
   }
-}
+  void Note(const std::string& text) override {
+    std::fprintf(stderr, "call_exchange: modem: %s\n", text.c_str());
+  }
+};
 
 int Main(int argc, char** argv) {
   ReserveStandardDescriptors();
   const Options options = ParseOptions(argc, argv);
-  const Side telephony = [&options](Channel channel) {
-    Timeline timeline(stdout, {WantsColor(), options.show, options.hex});
-    Observer observer;
-    observer.on_message = [&timeline](Direction direction, const Frame& frame,
-                                      const MessageLite& message) {
-      timeline.Message(direction, frame, message);
-    };
-    CaptureWriter capture;
-    if (options.pcap) {
-      CaptureOptions capture_options;
-      capture_options.show_subscriber_data = options.show;
-      if (!capture.Open(*options.pcap, capture_options)) throw std::runtime_error(capture.error());
-      observer.on_frame = [&capture](Direction direction, std::string_view bytes) {
-        Record(capture, direction, bytes);
-      };
-    }
-    Endpoint endpoint(std::move(channel), std::move(observer));
-    Telephony role(endpoint, timeline, options.settings);
+  const Side telephony = [&options](int socket) {
+    Timeline timeline(stdout, {WantsColor(), options.show, options.hex, options.pcap});
+    Endpoint endpoint(socket, Direction::kToModem, options.timeout, timeline);
+    Telephony role(endpoint, timeline, options.timeout, options.settings);
     for (const Scenario* scenario : options.scenarios) {
       timeline.Title(scenario->name, scenario->what);
       scenario->play(role);
@@ -73,19 +57,20 @@ int Main(int argc, char** argv) {
       throw std::system_error(errno, std::generic_category(), "standard output");
     }
   };
-  const Side modem = [](Channel channel) {
-    Endpoint endpoint(std::move(channel));
-    Modem(endpoint).Serve();
+  const Side modem = [&options](int socket) {
+    ModemLog log;
+    Endpoint endpoint(socket, Direction::kToTelephony, options.timeout, log);
+    Modem(endpoint).Serve(options.timeout);
   };
-  return RunPair(telephony, modem, options.timeout);
+  return RunPair(telephony, modem, options.socket_type, options.timeout);
 }
 
 }  // namespace
-}  // namespace virtual_modem::exchange
+}  // namespace example
 
 int main(int argc, char** argv) {
   try {
-    return virtual_modem::exchange::Main(argc, argv);
+    return example::Main(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "call_exchange: %s\n", error.what());
     return EXIT_FAILURE;

@@ -8,8 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 constexpr int kUsageError = 2;
@@ -20,6 +21,7 @@ constexpr const char* kUsage =
     "  --number NUMBER   number to dial (default +861012345678)\n"
     "  --clir MODE       default, invocation (hide the own number) or suppression\n"
     "  --timeout MS      longest wait for the other process (default 5000)\n"
+    "  --stream          join them by a stream rather than by packets\n"
     "  --show            show subscriber data and unknown fields, here and in the capture\n"
     "  --hex             show the bytes of each message\n"
     "  --pcap FILE       write a capture, for Wireshark\n"
@@ -81,46 +83,36 @@ void ListScenarios() {
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
-  enum { kNumber = 1, kClir, kTimeout, kShow, kHex, kPcap, kList, kHelp };
-  const option options[] = {{"number", required_argument, nullptr, kNumber},
-                            {"clir", required_argument, nullptr, kClir},
-                            {"timeout", required_argument, nullptr, kTimeout},
-                            {"show", no_argument, nullptr, kShow},
-                            {"hex", no_argument, nullptr, kHex},
-                            {"pcap", required_argument, nullptr, kPcap},
-                            {"list", no_argument, nullptr, kList},
-                            {"help", no_argument, nullptr, kHelp},
-                            {}};
   Options result;
-  for (int found = 0; (found = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
-    switch (found) {
-      case kNumber:
-        result.settings.number = ParseNumber(optarg);
-        break;
-      case kClir:
-        result.settings.clir = ParseClir(optarg);
-        break;
-      case kTimeout:
-        result.timeout = ParseTimeout(optarg);
-        break;
-      case kShow:
-        result.show = true;
-        break;
-      case kHex:
-        result.hex = true;
-        break;
-      case kPcap:
-        result.pcap = optarg;
-        break;
-      case kList:
-        ListScenarios();
-        std::exit(EXIT_SUCCESS);
-      case kHelp:
-        std::fputs(kUsage, stdout);
-        std::exit(EXIT_SUCCESS);
-      default:
-        std::fputs(kUsage, stderr);  // getopt_long has said what is wrong
-        std::exit(kUsageError);
+  const auto end_after = [](const auto& print) {
+    print();
+    std::exit(EXIT_SUCCESS);
+  };
+  const struct {
+    const char* name;
+    int argument;
+    std::function<void()> take;
+  } table[] = {
+      {"number", required_argument, [&] { result.settings.number = ParseNumber(optarg); }},
+      {"clir", required_argument, [&] { result.settings.clir = ParseClir(optarg); }},
+      {"timeout", required_argument, [&] { result.timeout = ParseTimeout(optarg); }},
+      {"stream", no_argument, [&] { result.socket_type = SOCK_STREAM; }},
+      {"show", no_argument, [&] { result.show = true; }},
+      {"hex", no_argument, [&] { result.hex = true; }},
+      {"pcap", required_argument, [&] { result.pcap = optarg; }},
+      {"list", no_argument, [&] { end_after(ListScenarios); }},
+      {"help", no_argument, [&] { end_after([] { std::fputs(kUsage, stdout); }); }},
+  };
+  std::vector<option> options;
+  for (const auto& entry : table) options.push_back({entry.name, entry.argument, nullptr, 0});
+  options.push_back({});
+  int index = 0;
+  for (int found = 0; (found = getopt_long(argc, argv, "", options.data(), &index)) != -1;) {
+    if (found == 0) {
+      table[index].take();
+    } else {
+      std::fputs(kUsage, stderr);  // getopt_long has said what is wrong
+      std::exit(kUsageError);
     }
   }
   for (int at = optind; at < argc; ++at) {
@@ -134,4 +126,4 @@ Options ParseOptions(int argc, char** argv) {
   return result;
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

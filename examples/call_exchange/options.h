@@ -1,6 +1,8 @@
 // The command line of call_exchange.
 #pragma once
 
+#include <sys/socket.h>
+
 #include <chrono>
 #include <optional>
 #include <string>
@@ -8,11 +10,12 @@
 
 #include "call_exchange/scenarios.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 struct Options {
   Settings settings;
   std::chrono::milliseconds timeout{5000};
+  int socket_type = SOCK_SEQPACKET;
   bool hex = false;
   bool show = false;                // subscriber data
   std::optional<std::string> pcap;  // path
@@ -23,4 +26,4 @@ struct Options {
 // something is wrong, with status 2.
 Options ParseOptions(int argc, char** argv);
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

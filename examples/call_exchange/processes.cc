@@ -1,22 +1,23 @@
 #include "call_exchange/processes.h"
 
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <system_error>
-#include <utility>
+#include <thread>
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
-int RunSide(const char* name, const Side& side, Channel channel) {
+int RunSide(const char* name, const Side& side, int socket) {
   try {
-    side(std::move(channel));
+    side(socket);
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     std::fflush(stdout);  // keeps what was shown before the error before it
@@ -25,52 +26,44 @@ int RunSide(const char* name, const Side& side, Channel channel) {
   }
 }
 
-// The child's wait status. Requires SIGCHLD to be blocked, so that its arrival can be awaited.
-int Reap(pid_t child, const sigset_t& child_ended, std::chrono::milliseconds timeout) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
-  const timespec limit{static_cast<time_t>(seconds.count()),
-                       static_cast<long>((timeout - seconds).count()) * 1'000'000};
+// The child's wait status.
+int Reap(pid_t child, std::chrono::milliseconds timeout) {
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {
-    if (sigtimedwait(&child_ended, nullptr, &limit) < 0 && errno == EAGAIN) {
-      std::fprintf(stderr, "call_exchange: modem does not end; killed\n");
-      kill(child, SIGKILL);
-      waitpid(child, &status, 0);
-      break;
+    if (std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      continue;
     }
+    std::fprintf(stderr, "call_exchange: modem does not end; killed\n");
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    break;
   }
   return status;
 }
 
 }  // namespace
 
-int RunPair(const Side& telephony, const Side& modem, std::chrono::milliseconds timeout) {
-  auto [here, there] = Channel::Pair(timeout);
-  sigset_t child_ended;
-  sigset_t before;
-  sigemptyset(&child_ended);
-  sigaddset(&child_ended, SIGCHLD);
-  sigprocmask(SIG_BLOCK, &child_ended, &before);
+int RunPair(const Side& telephony, const Side& modem, int socket_type,
+            std::chrono::milliseconds timeout) {
+  std::array<int, 2> sockets{};
+  if (socketpair(AF_UNIX, socket_type | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
+    throw std::system_error(errno, std::generic_category(), "socketpair");
+  }
   std::fflush(nullptr);  // else the child would write what is pending once more
-
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (child == 0) {
-    sigprocmask(SIG_SETMASK, &before, nullptr);
-    { const Channel closed(std::move(here)); }  // else this process would keep itself waiting
-    std::exit(RunSide("modem", modem, std::move(there)));
-  }
-  { const Channel closed(std::move(there)); }
-  int result = RunSide("telephony", telephony, std::move(here));
-  const int status = Reap(child, child_ended, timeout);
-  sigprocmask(SIG_SETMASK, &before, nullptr);
+  // The other's end is closed, else a process would keep itself waiting.
+  close(sockets[child == 0 ? 0 : 1]);
+  if (child == 0) std::exit(RunSide("modem", modem, sockets[1]));
+
+  const int result = RunSide("telephony", telephony, sockets[0]);
+  const int status = Reap(child, timeout);
   if (WIFSIGNALED(status)) {
     std::fprintf(stderr, "call_exchange: modem was ended by signal %d\n", WTERMSIG(status));
-    result = EXIT_FAILURE;
-  } else if (WEXITSTATUS(status) != EXIT_SUCCESS) {
-    result = EXIT_FAILURE;
   }
-  return result;
+  return status == 0 ? result : EXIT_FAILURE;
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

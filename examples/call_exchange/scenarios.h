@@ -6,12 +6,12 @@
 
 #include "call_exchange/telephony.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 struct Scenario {
   std::string_view name;
   std::string_view what;
-  void (*play)(Telephony& telephony);  // throws LinkError
+  void (*play)(Telephony& telephony);  // throws std::runtime_error
 };
 
 void PlayCall(Telephony& telephony);
@@ -28,4 +28,4 @@ inline constexpr std::array kScenarios{
     Scenario{"data-share", "a master shares its connection (virtualdata.proto)", PlayDataShare},
 };
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

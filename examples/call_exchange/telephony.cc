@@ -1,29 +1,34 @@
 #include "call_exchange/telephony.h"
 
-namespace virtual_modem::exchange {
+#include <stdexcept>
+#include <utility>
 
-const MessageLite& Telephony::Expect(const MessageLite& prototype, bool partial) {
-  const std::string expected = prototype.GetTypeName();
-  const auto received = endpoint_.Receive();
-  if (!received) throw LinkError("the modem is gone; awaited " + expected);
-  if (received->frame.type != expected) {
-    throw LinkError("awaited " + expected + ", got " + std::string(received->frame.type));
-  }
-  if (!partial && !received->message.IsInitialized()) {
-    throw LinkError("the " + expected + " received lacks a required field");
-  }
-  return received->message;
+namespace example {
+
+Telephony::Telephony(Endpoint& endpoint, Timeline& timeline, std::chrono::milliseconds timeout,
+                     Settings settings)
+    : endpoint_(endpoint),
+      timeline_(timeline),
+      timeout_(timeout),
+      settings_(std::move(settings)),
+      client_(endpoint, timeline, timeout) {
+  client_.OnNews([this](Operation /*operation*/, const MessageLite& message) {
+    news_.emplace_back(message.New())->CheckTypeAndMergeFrom(message);
+  });
 }
 
-void Telephony::CheckAnswer(std::int32_t serial, Radio_Errno error, Radio_Errno expected) const {
-  if (serial != serial_) {
-    throw LinkError("awaited the answer to #" + std::to_string(serial_) + ", got that to #" +
-                    std::to_string(serial));
-  }
-  if (error != expected) {
-    throw LinkError("request #" + std::to_string(serial) + " ended with " +
-                    Radio_Errno_Name(error));
-  }
+std::unique_ptr<MessageLite> Telephony::Next() {
+  client_.Run([this] { return !news_.empty(); }, Clock::now() + timeout_);
+  Require(!news_.empty(), "the modem sent nothing");
+  auto message = std::move(news_.front());
+  news_.pop_front();
+  return message;
 }
 
-}  // namespace virtual_modem::exchange
+void Telephony::Require(bool met, const std::string& what_is_wrong) const {
+  if (met) return;
+  throw std::runtime_error(endpoint_.connected() ? what_is_wrong
+                                                 : what_is_wrong + ": " + endpoint_.why_ended());
+}
+
+}  // namespace example

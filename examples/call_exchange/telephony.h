@@ -1,15 +1,18 @@
-// The telephony side: sends requests, expects responses and indications.
+// The telephony side of a scenario, step by step: each waits for what it is to bring.
 #pragma once
 
-#include <cstdint>
+#include <virtual_modem/radio.pb.h>
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
 #include <string>
-#include <utility>
 
-#include "call_exchange/endpoint.h"
 #include "call_exchange/timeline.h"
-#include "virtual_modem/radio.pb.h"
+#include "client/client.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 // What the user may set.
 struct Settings {
@@ -19,56 +22,61 @@ struct Settings {
 
 class Telephony {
  public:
-  Telephony(Endpoint& endpoint, Timeline& timeline, Settings settings)
-      : endpoint_(endpoint), timeline_(timeline), settings_(std::move(settings)) {}
+  Telephony(Endpoint& endpoint, Timeline& timeline, std::chrono::milliseconds timeout,
+            Settings settings);
 
   const Settings& settings() const { return settings_; }
   Timeline& timeline() { return timeline_; }
 
-  // A cleared M to fill and send.
+  void Send(const MessageLite& message) { endpoint_.Send(message); }
+
+  // The next message that answers no request, which must be an M, and complete unless `partial`.
+  // Throws std::runtime_error otherwise, as do the functions below.
   template <typename M>
-  M& Draft() {
-    return endpoint_.Draft<M>();
+  M Expect(bool partial = false) {
+    const auto message = Next();
+    const M* expected = virtual_modem::As<M>(*message);
+    Require(expected != nullptr,
+            "awaited " + M::default_instance().GetTypeName() + ", got " + message->GetTypeName());
+    Require(partial || expected->IsInitialized(),
+            "the " + message->GetTypeName() + " received lacks a required field");
+    return *expected;
   }
 
-  void Send(const MessageLite& message, Operation operation = Operation::kByType) {
-    endpoint_.Send(message, operation);
-  }
-
-  // The next message, which must be an M, initialized unless `partial`. Valid until the next M.
-  // Throws LinkError otherwise, as do the functions below.
-  template <typename M>
-  const M& Expect(bool partial = false) {
-    return static_cast<const M&>(Expect(M::default_instance(), partial));
-  }
-
-  // Sends `request` under the next serial and returns the response to it. The outcome must be
-  // `expected`.
+  // Sends the request and returns the response to it. The outcome must be `expected`.
   template <typename Response, typename Request>
-  const Response& Ask(Request& request, Operation operation = Operation::kByType,
-                      Radio_Errno expected = RADIO_E_SUCCESS) {
-    request.set_platformtype(QCOM);
-    request.set_serial(++serial_);
-    Send(request, operation);
-    const Response& response = Expect<Response>();
-    CheckAnswer(response.serial(), response.error(), expected);
-    return response;
+  Response Ask(const Request& request, Operation operation = Operation::kByType,
+               Radio_Errno expected = RADIO_E_SUCCESS) {
+    std::optional<Response> result;
+    bool answered = false;
+    client_.Ask<Response>(request, operation, [&](const Response* response) {
+      answered = true;
+      if (response != nullptr) result = *response;
+    });
+    client_.Run([&answered] { return answered; });
+    Require(result.has_value(), "no usable answer to " + request.GetTypeName());
+    Require(result->error() == expected,
+            request.GetTypeName() + " ended with " + Radio_Errno_Name(result->error()));
+    return *result;
   }
 
   // The same for an operation without parameters.
   template <typename Response>
-  const Response& Ask(Operation operation) {
-    return Ask<Response>(Draft<NoParmRequest>(), operation);
+  Response Ask(Operation operation) {
+    return Ask<Response>(NoParmRequest(), operation);
   }
 
+  void Require(bool met, const std::string& what_is_wrong) const;
+
  private:
-  const MessageLite& Expect(const MessageLite& prototype, bool partial);
-  void CheckAnswer(std::int32_t serial, Radio_Errno error, Radio_Errno expected) const;
+  std::unique_ptr<MessageLite> Next();
 
   Endpoint& endpoint_;
   Timeline& timeline_;
-  Settings settings_;
-  std::int32_t serial_ = 0;
+  const std::chrono::milliseconds timeout_;
+  const Settings settings_;
+  Client client_;
+  std::deque<std::unique_ptr<MessageLite>> news_;
 };
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -1,31 +1,34 @@
-// The exchange as a person reads it: one line a message.
+// The exchange as a person reads it, one line a message, and its capture.
 #pragma once
 
-#include <google/protobuf/message_lite.h>
+#include <virtual_modem/capture.h>
 
 #include <chrono>
 #include <cstdio>
+#include <optional>
+#include <string>
 #include <string_view>
 
-#include "call_exchange/endpoint.h"
+#include "client/endpoint.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
-class Timeline {
+class Timeline : public Log {
  public:
   struct Options {
     bool color = false;
     bool show = false;  // subscriber data and unknown fields
     bool hex = false;   // each message is followed by its bytes, masked alike
+    std::optional<std::string> pcap;
   };
 
-  // Writes to `out`, which stays the caller's.
-  Timeline(std::FILE* out, Options options) : out_(out), options_(options) {}
+  // Writes to `out`, which stays the caller's. Throws, as does Passed(), when the capture cannot be
+  // written.
+  Timeline(std::FILE* out, const Options& options);
 
   void Title(std::string_view scenario, std::string_view what);
-  void Message(Direction direction, const Frame& frame, const MessageLite& message);
-  // A remark on the message above it.
-  void Note(std::string_view text) const;
+  void Passed(Direction direction, const Frame& frame, const MessageLite* message) override;
+  void Note(const std::string& text) override;
   // What went by, in all.
   void Total() const;
 
@@ -33,10 +36,11 @@ class Timeline {
   const char* Color(const char* sequence) const { return options_.color ? sequence : ""; }
 
   std::FILE* out_;
-  Options options_;
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  const Options options_;
+  virtual_modem::CaptureWriter capture_;
+  const Clock::time_point start_ = Clock::now();
   int messages_ = 0;
   std::size_t bytes_ = 0;
 };
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -4,7 +4,7 @@
 #include "call_exchange/modem/call_record.h"
 #include "call_exchange/modem/modem.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 void Modem::operator()(const Dial& dial) {
   if (dial.address().empty()) return Result(dial.serial(), RADIO_E_INVALID_ARGUMENTS);
@@ -26,21 +26,23 @@ void Modem::operator()(const Hangup& hangup) {
 // The network's part is played here: each time the telephony side has looked, the newest call takes
 // its next step, and the modem says so.
 void Modem::SendCallsAndProceed(std::int32_t serial) {
-  endpoint_.Send(Success(calls_, serial));
+  auto response = Answer<GetCurrentCallsResponse>(serial);
+  *response.mutable_calls() = calls_.calls();
+  endpoint_.Send(response);
   if (calls_.calls().empty()) return;
   Call& call = *calls_.mutable_calls(calls_.calls_size() - 1);
   if (call.state() == RADIO_CALL_ACTIVE) return;
   call.set_state(call.state() == RADIO_CALL_DIALING ? RADIO_CALL_ALERTING : RADIO_CALL_ACTIVE);
-  auto& indication = endpoint_.Draft<NoResultIndication>();
+  NoResultIndication indication;
   indication.set_platformtype(QCOM);
   endpoint_.Send(indication, Operation::kCallStateChanged);
 }
 
 void Modem::SendLastCallFailCause(std::int32_t serial) {
-  auto& response = Answer<LastCallFailureCauseResponse>(serial);
+  auto response = Answer<LastCallFailureCauseResponse>(serial);
   response.set_causecode(CAUSE_NORMAL);
   response.set_vendorcause("released by user");
   endpoint_.Send(response);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

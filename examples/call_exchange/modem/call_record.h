@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-namespace virtual_modem::exchange {
+namespace example {
 
 // One active and one held (TS 22.083), one of them a multiparty call of up to five (TS 22.084), and
 // one that waits.
@@ -47,4 +47,4 @@ void FillOutgoing(Record& call, int index, const std::string& number) {
   call.set_namepresentation(0);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -1,9 +1,10 @@
 // IMS calls. The network is kind: whoever is called answers at once.
+#include <virtual_modem/conference.pb.h>
+
 #include "call_exchange/modem/call_record.h"
 #include "call_exchange/modem/modem.h"
-#include "virtual_modem/conference.pb.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 void Modem::DialIms(const Dial& dial) {
   if (ims_calls_.calls_size() == kMaxCalls) return Result(dial.serial(), RADIO_E_NO_RESOURCES);
@@ -24,7 +25,7 @@ void Modem::DialIms(const Dial& dial) {
 // During the first call the caller comes home. HandoverInfo numbers its technologies as
 // QRadioTechType does: that is the agreement in this example.
 void Modem::MoveToWifi() {
-  auto& handover = endpoint_.Draft<HandoverInfo>();
+  HandoverInfo handover;
   handover.set_type(VIR_START);
   handover.set_srctech(QIMS_LTE);
   handover.set_targettech(QIMS_WIFI);
@@ -40,7 +41,7 @@ void Modem::Merge(std::int32_t serial) {
   Result(serial, RADIO_E_SUCCESS);
 
   // The texts mean what both sides agree on; here the first is the outcome.
-  auto& outcome = endpoint_.Draft<EconfResultIndication>();
+  EconfResultIndication outcome;
   outcome.set_text1("merged");
   outcome.set_text2("");
   outcome.set_text3("");
@@ -50,7 +51,7 @@ void Modem::Merge(std::int32_t serial) {
   endpoint_.Send(outcome);
 
   // Here the first text is the number, the second the state.
-  auto& participants = endpoint_.Draft<ImsConferenceParticipants>();
+  ImsConferenceParticipants participants;
   for (QImsCall& call : *ims_calls_.mutable_calls()) {
     call.set_ismpty(true);
     call.set_state(IMS_CALL_ACTIVE);
@@ -79,4 +80,4 @@ void Modem::SendImsCalls() {
   endpoint_.Send(ims_calls_);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -3,42 +3,44 @@
 
 #include <virtual_modem/types.h>
 
-namespace virtual_modem::exchange {
+#include <stdexcept>
 
-void Modem::Serve() {
-  while (ServeOne()) {
-  }
+namespace example {
+
+void Modem::Serve(std::chrono::milliseconds timeout) {
+  while (const auto received = endpoint_.Receive(Clock::now() + timeout)) Take(*received);
+  if (endpoint_.connected()) throw std::runtime_error("the telephony side sent nothing");
+  if (!endpoint_.closed()) throw std::runtime_error(endpoint_.why_ended());
   if (calls_.calls_size() + ims_calls_.calls_size() > 0) {
-    throw LinkError("the telephony side is gone during a call");
+    throw std::runtime_error("the telephony side is gone during a call");
   }
 }
 
-bool Modem::ServeOne() {
-  const auto received = endpoint_.Receive();
-  if (!received) return false;
-  operation_ = received->frame.operation;
-  Visit(received->message, [this](const auto& message) {
-    if (message.IsInitialized()) {
-      (*this)(message);
-    } else {
-      Decline(message, RADIO_E_INVALID_ARGUMENTS);
-    }
-  });
-  return true;
+void Modem::Take(const Endpoint::Received& received) {
+  operation_ = received.operation;
+  if (received.message->IsInitialized()) {
+    virtual_modem::Visit(*received.message, *this);
+  } else {
+    Decline(*received.message, RADIO_E_INVALID_ARGUMENTS);
+  }
 }
 
-void Modem::DeclineAny(const MessageLite& message, Radio_Errno error) {
-  const Type& type = TypeOf(message);
-  if (type.kind == Kind::kResponse) return;  // answers to answers would never end
-  if (!type.has_serial) return endpoint_.Send(message, operation_);
+void Modem::Decline(const MessageLite& message, Radio_Errno error) {
+  const Type& type = virtual_modem::TypeOf(message);
+  if (type.kind == virtual_modem::Kind::kResponse) return;  // answers to answers would never end
+  if (!type.has_serial) {
+    endpoint_.Send(message, operation_);
+    return;
+  }
   // Without its serial nobody would know what an answer is for.
-  if (const auto serial = SerialOf(message)) Result(*serial, error);
+  const auto serial = virtual_modem::SerialOf(message);
+  if (serial && !EndSms(message, *serial, error)) Result(*serial, error);
 }
+
+void Modem::operator()(const MessageLite& other) { Decline(other, RADIO_E_REQUEST_NOT_SUPPORTED); }
 
 void Modem::Result(std::int32_t serial, Radio_Errno error) {
-  auto& result = Answer<NoResultResponse>(serial);
-  result.set_error(error);
-  endpoint_.Send(result);
+  endpoint_.Send(Answer<NoResultResponse>(serial, error));
 }
 
 void Modem::operator()(const NoParmRequest& request) {
@@ -62,4 +64,4 @@ void Modem::operator()(const NoParmRequest& request) {
   }
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -1,14 +1,17 @@
 // Short messages. Agreed between this example's sides, where the schema leaves it open: an
 // ImsSmsMessage is answered by the response of its format, and a CDMA message comes in as a
-// VirtualCdmaSmsMessage with the address it is from.
+// CdmaSmsMessage of its own, with the address it is from.
+#include <virtual_modem/types.h>
+
 #include "call_exchange/modem/modem.h"
 
-namespace virtual_modem::exchange {
+namespace example {
+
+using virtual_modem::As;
 
 template <typename Response>
-void Modem::EndSms(std::int32_t serial, Radio_Errno error) {
-  auto& response = Answer<Response>(serial);
-  response.set_error(error);
+void Modem::SendSmsResult(std::int32_t serial, Radio_Errno error) {
+  auto response = Answer<Response>(serial, error);
   SmsResult& result = *response.mutable_result();
   result.set_messageref(error == RADIO_E_SUCCESS ? ++sms_reference_ : 0);
   result.set_ackpdu("");
@@ -16,12 +19,23 @@ void Modem::EndSms(std::int32_t serial, Radio_Errno error) {
   endpoint_.Send(response);
 }
 
+bool Modem::EndSms(const MessageLite& request, std::int32_t serial, Radio_Errno error) {
+  const auto* ims = As<ImsSmsMessage>(request);
+  if (As<VirtualCdmaSmsMessage>(request) != nullptr ||
+      (ims != nullptr && ims->tech() == THREE_GPP2)) {
+    SendSmsResult<SendCdmaSmsResponse>(serial, error);
+  } else if (As<SendGSMSms>(request) != nullptr || ims != nullptr) {
+    SendSmsResult<SendGsmSmsResponse>(serial, error);
+  } else {
+    return false;
+  }
+  return true;
+}
+
 // The party reached over CDMA replies at once, from the address that was written to.
 template <typename Sms>
 void Modem::ReplyTo(const Sms& sms) {
-  auto& incoming = endpoint_.Draft<VirtualCdmaSmsMessage>();
-  incoming.set_platformtype(QCOM);
-  incoming.set_serial(++incoming_);
+  CdmaSmsMessage incoming;
   incoming.set_teleserviceid(sms.teleserviceid());
   incoming.set_isservicepresent(sms.isservicepresent());
   incoming.set_servicecategory(sms.servicecategory());
@@ -35,38 +49,23 @@ void Modem::ReplyTo(const Sms& sms) {
 }
 
 void Modem::operator()(const SendGSMSms& request) {
-  EndSms<SendGsmSmsResponse>(request.serial(), RADIO_E_SUCCESS);
+  EndSms(request, request.serial(), RADIO_E_SUCCESS);
 }
 
 void Modem::operator()(const ImsSmsMessage& request) {
-  const bool gsm = request.tech() == THREE_GPP;
-  if (gsm ? !request.has_gsmmessage() : !request.has_cdmamessage()) {
+  const bool cdma = request.tech() == THREE_GPP2;
+  if (cdma ? !request.has_cdmamessage() : !request.has_gsmmessage()) {
     return Decline(request, RADIO_E_INVALID_SMS_FORMAT);
   }
-  if (gsm) return EndSms<SendGsmSmsResponse>(request.serial(), RADIO_E_SUCCESS);
-  EndSms<SendCdmaSmsResponse>(request.serial(), RADIO_E_SUCCESS);
-  ReplyTo(request.cdmamessage());
+  EndSms(request, request.serial(), RADIO_E_SUCCESS);
+  if (cdma) ReplyTo(request.cdmamessage());
 }
 
 void Modem::operator()(const VirtualCdmaSmsMessage& request) {
-  EndSms<SendCdmaSmsResponse>(request.serial(), RADIO_E_SUCCESS);
+  EndSms(request, request.serial(), RADIO_E_SUCCESS);
   ReplyTo(request);
 }
 
 void Modem::operator()(const CdmaSmsAck& request) { Result(request.serial(), RADIO_E_SUCCESS); }
 
-void Modem::Decline(const SendGSMSms& request, Radio_Errno error) {
-  if (request.has_serial()) EndSms<SendGsmSmsResponse>(request.serial(), error);
-}
-
-void Modem::Decline(const ImsSmsMessage& request, Radio_Errno error) {
-  if (!request.has_serial()) return;
-  if (request.tech() == THREE_GPP) return EndSms<SendGsmSmsResponse>(request.serial(), error);
-  EndSms<SendCdmaSmsResponse>(request.serial(), error);
-}
-
-void Modem::Decline(const VirtualCdmaSmsMessage& request, Radio_Errno error) {
-  if (request.has_serial()) EndSms<SendCdmaSmsResponse>(request.serial(), error);
-}
-
-}  // namespace virtual_modem::exchange
+}  // namespace example

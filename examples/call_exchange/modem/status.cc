@@ -1,7 +1,7 @@
 // Network, card and signal.
 #include "call_exchange/modem/modem.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 constexpr const char* kPlmn = "00101";  // the test network of TS 36.508
@@ -34,7 +34,7 @@ void FillUnmeasured(SignalStrength& signal) {
 }  // namespace
 
 void Modem::SendRegistration(std::int32_t serial) {
-  auto& response = Answer<RegistrationResponse>(serial);
+  auto response = Answer<RegistrationResponse>(serial);
   response.set_regstate(RADIO_REG_HOME);
   response.set_rat(RADIO_T_LTE);
   response.set_registeredplmn(kPlmn);
@@ -50,7 +50,7 @@ void Modem::SendRegistration(std::int32_t serial) {
 }
 
 void Modem::SendOperator(std::int32_t serial) {
-  auto& response = Answer<OperatorResponse>(serial);
+  auto response = Answer<OperatorResponse>(serial);
   response.set_alphalong("Test Network");
   response.set_alphashort("Test");
   response.set_numeric(kPlmn);
@@ -58,7 +58,7 @@ void Modem::SendOperator(std::int32_t serial) {
 }
 
 void Modem::SendCardStatus(std::int32_t serial) {
-  auto& response = Answer<IccCardStatusResponse>(serial);
+  auto response = Answer<IccCardStatusResponse>(serial);
   V1_2_CardStatus& card = *response.mutable_cardstatus();
   card.set_physicalslotid(0);
   card.set_atr("3B9F96801FC78031A073BE21136743200718000001A5");
@@ -80,7 +80,7 @@ void Modem::SendCardStatus(std::int32_t serial) {
 }
 
 void Modem::SendSignalStrength(std::int32_t serial) {
-  auto& response = Answer<GetSignalStrengthResponse>(serial);
+  auto response = Answer<GetSignalStrengthResponse>(serial);
   SignalStrength& signal = *response.mutable_signalstrength();
   FillUnmeasured(signal);
   LteSignalStrength& lte = *signal.mutable_lte();
@@ -93,4 +93,4 @@ void Modem::SendSignalStrength(std::int32_t serial) {
   endpoint_.Send(response);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

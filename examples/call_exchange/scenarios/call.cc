@@ -2,33 +2,32 @@
 // does not wholly know.
 #include "call_exchange/scenarios.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 void DialAndHangUp(Telephony& telephony) {
-  auto& dial = telephony.Draft<Dial>();
+  Dial dial;
   dial.set_address(telephony.settings().number);
   dial.set_clir(telephony.settings().clir);
   telephony.Ask<NoResultResponse>(dial);
 
-  const GetCurrentCallsResponse* calls = nullptr;
+  GetCurrentCallsResponse calls;
   for (const RadioCallState state : {RADIO_CALL_DIALING, RADIO_CALL_ALERTING, RADIO_CALL_ACTIVE}) {
-    calls = &telephony.Ask<GetCurrentCallsResponse>(Operation::kCurrentCalls);
-    if (calls->calls_size() != 1 || calls->calls(0).state() != state) {
-      throw LinkError("the call is not " + RadioCallState_Name(state));
-    }
+    calls = telephony.Ask<GetCurrentCallsResponse>(Operation::kCurrentCalls);
+    telephony.Require(calls.calls_size() == 1 && calls.calls(0).state() == state,
+                      "the call is not " + RadioCallState_Name(state));
     if (state != RADIO_CALL_ACTIVE) telephony.Expect<NoResultIndication>();
   }
 
-  auto& hangup = telephony.Draft<Hangup>();
-  hangup.set_gsmindex(calls->calls(0).index());
+  Hangup hangup;
+  hangup.set_gsmindex(calls.calls(0).index());
   telephony.Ask<NoResultResponse>(hangup);
   telephony.Ask<LastCallFailureCauseResponse>(Operation::kLastCallFailCause);
 }
 
 // A request that lacks a required field is refused by an answer, not by a crash.
 void DialNobody(Telephony& telephony) {
-  auto& dial = telephony.Draft<Dial>();
+  Dial dial;
   dial.set_clir(telephony.settings().clir);
   telephony.Ask<NoResultResponse>(dial, Operation::kByType, RADIO_E_INVALID_ARGUMENTS);
 }
@@ -40,12 +39,12 @@ void MeetNewerPeer(Telephony& telephony) {
       "\x08\x01"           // 1 platformtype: QCOM
       "\x10\x63"           // 2 technology: 99
       "\x7a\x02\x36\x47";  // 15, a string: 6G
-  auto& indication = telephony.Draft<VoiceRadioTechChanged>();
-  if (!indication.ParsePartialFromString(bytes)) throw LinkError("the message does not parse");
+  VoiceRadioTechChanged indication;
+  telephony.Require(indication.ParsePartialFromString(bytes), "the message does not parse");
   telephony.Send(indication);
   const std::string returned =
       telephony.Expect<VoiceRadioTechChanged>(true).SerializePartialAsString();
-  if (returned != bytes) throw LinkError("a newer peer's message was changed on its way");
+  telephony.Require(returned == bytes, "a newer peer's message was changed on its way");
   telephony.timeline().Note("technology 99 and field 15 are unknown here: all " +
                             std::to_string(bytes.size()) + " bytes came back as they were sent");
 }
@@ -60,4 +59,4 @@ void PlayCall(Telephony& telephony) {
   MeetNewerPeer(telephony);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

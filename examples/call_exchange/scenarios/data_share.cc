@@ -6,7 +6,7 @@
 #include "call_exchange/scenarios.h"
 #include "virtual_modem/data_share.pb.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 namespace share = ::virtualdata::proto;
@@ -19,14 +19,13 @@ constexpr const char* kDns = "192.0.2.53";
 constexpr const char* kGateway = "192.0.2.1";
 
 void Offer(Telephony& master) {
-  auto& request = master.Draft<share::MasterSlaveShareConfirmReq>();
+  share::MasterSlaveShareConfirmReq request;
   request.set_value(kShare);
   master.Send(request);
-  if (!master.Expect<share::MasterSlaveShareConfirmRsp>().result()) {
-    throw LinkError("the slave declines the share");
-  }
+  master.Require(master.Expect<share::MasterSlaveShareConfirmRsp>().result(),
+                 "the slave declines the share");
 
-  auto& network = master.Draft<share::MasterSlaveNetworkInfoUpdate>();
+  share::MasterSlaveNetworkInfoUpdate network;
   network.set_value1(kShare);
   network.add_list2(kAddress);
   network.add_list3(kDns);
@@ -35,14 +34,13 @@ void Offer(Telephony& master) {
   network.set_text6("internet");  // APN
   network.set_value7(RADIO_T_LTE);
   master.Send(network);
-  if (master.Expect<share::MasterSlaveNetworkInfoResp>().value2() != 0) {
-    throw LinkError("the slave cannot use the network");
-  }
+  master.Require(master.Expect<share::MasterSlaveNetworkInfoResp>().value2() == 0,
+                 "the slave cannot use the network");
 }
 
 void SetUpDataCall(Telephony& master) {
-  const auto& request = master.Expect<share::SlaveSetupDataCallRequest>();
-  auto& response = master.Draft<share::SlaveSetupDataCallResponse>();
+  const auto request = master.Expect<share::SlaveSetupDataCallRequest>();
+  share::SlaveSetupDataCallResponse response;
   response.set_value1(request.value1());
   response.set_value2(0);   // set up
   response.set_value3(-1);  // no retry needed
@@ -56,19 +54,17 @@ void SetUpDataCall(Telephony& master) {
   response.set_value11(0);
   response.set_value12(0);
   master.Send(response);
-  if (!master.Expect<share::SlaveMasterShareDataChange>().result()) {
-    throw LinkError("the slave is not connected");
-  }
+  master.Require(master.Expect<share::SlaveMasterShareDataChange>().result(),
+                 "the slave is not connected");
 }
 
 void Release(Telephony& master) {
-  auto& release = master.Draft<share::RemoteDataShareReleaseReq>();
+  share::RemoteDataShareReleaseReq release;
   release.set_value1(kShare);
   release.set_value2(0);  // no fault
   master.Send(release);
-  if (master.Expect<share::SlaveDeactivateDataCallRequest>().value2() != kDataCall) {
-    throw LinkError("the slave deactivates another data call");
-  }
+  master.Require(master.Expect<share::SlaveDeactivateDataCallRequest>().value2() == kDataCall,
+                 "the slave deactivates another data call");
 }
 
 }  // namespace
@@ -79,4 +75,4 @@ void PlayDataShare(Telephony& telephony) {
   Release(telephony);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

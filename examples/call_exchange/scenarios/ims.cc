@@ -4,44 +4,44 @@
 #include "virtual_modem/conference.pb.h"
 #include "virtual_modem/ims_service.pb.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 constexpr const char* kSecondNumber = "+861087654321";
 
-const QImsCall& DialIms(Telephony& telephony, const std::string& number) {
-  auto& dial = telephony.Draft<Dial>();
+QImsCall DialIms(Telephony& telephony, const std::string& number) {
+  Dial dial;
   dial.set_address(number);
   dial.set_clir(telephony.settings().clir);
   telephony.Ask<NoResultResponse>(dial, Operation::kImsCall);
-  const auto& calls = telephony.Expect<ImsCallStateChanged>();
-  if (calls.calls().empty()) throw LinkError("the call dialed is not listed");
+  const auto calls = telephony.Expect<ImsCallStateChanged>();
+  telephony.Require(!calls.calls().empty(), "the call dialed is not listed");
   return *calls.calls().rbegin();
 }
 
 void FollowHandover(Telephony& telephony) {
   for (const QtiHandoverType phase : {VIR_START, VIR_COMPLETE_SUCCESS}) {
     // A plain int32 on the wire: any number may arrive.
-    if (telephony.Expect<HandoverInfo>().type() != phase) {
-      throw LinkError("the handover is not at " + QtiHandoverType_Name(phase));
-    }
+    telephony.Require(telephony.Expect<HandoverInfo>().type() == phase,
+                      "the handover is not at " + QtiHandoverType_Name(phase));
   }
-  for (const QImsCall& call : telephony.Expect<ImsCallStateChanged>().calls()) {
-    if (call.callrat() != CALL_RAT_WIFI) throw LinkError("a call has not moved to Wi-Fi");
+  const auto calls = telephony.Expect<ImsCallStateChanged>();
+  for (const QImsCall& call : calls.calls()) {
+    telephony.Require(call.callrat() == CALL_RAT_WIFI, "a call has not moved to Wi-Fi");
   }
 }
 
 void Merge(Telephony& telephony, int joined) {
   telephony.Ask<NoResultResponse>(Operation::kConference);
-  if (telephony.Expect<EconfResultIndication>().joinedcallid() != std::to_string(joined)) {
-    throw LinkError("call " + std::to_string(joined) + " has not joined the conference");
-  }
+  telephony.Require(
+      telephony.Expect<EconfResultIndication>().joinedcallid() == std::to_string(joined),
+      "call " + std::to_string(joined) + " has not joined the conference");
   telephony.Expect<ImsConferenceParticipants>();
   telephony.Expect<ImsCallStateChanged>();
 }
 
 void HangUp(Telephony& telephony, int index) {
-  auto& hangup = telephony.Draft<Hangup>();
+  Hangup hangup;
   hangup.set_gsmindex(index);
   telephony.Ask<NoResultResponse>(hangup, Operation::kImsCall);
   telephony.Expect<ImsCallStateChanged>();
@@ -58,4 +58,4 @@ void PlayIms(Telephony& telephony) {
   HangUp(telephony, second);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

@@ -3,7 +3,7 @@
 
 #include "call_exchange/scenarios.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 namespace {
 
 constexpr int kDeliver = 1;  // message type of an incoming short message (3GPP2 C.S0015 4.5.1)
@@ -24,7 +24,7 @@ std::string GsmAddress(const std::string& number) {
 }
 
 void SendOverGsm(Telephony& telephony) {
-  auto& sms = telephony.Draft<SendGSMSms>();
+  SendGSMSms sms;
   sms.set_smscpdu("00");  // the service center that the SIM names
   // SMS-SUBMIT, reference 0, the destination, protocol 0, default alphabet, 5 characters "hello".
   sms.set_pdu("0100" + GsmAddress(telephony.settings().number) + "000005E8329BFD06");
@@ -32,7 +32,7 @@ void SendOverGsm(Telephony& telephony) {
 }
 
 void SendCdmaOverIms(Telephony& telephony) {
-  auto& sms = telephony.Draft<ImsSmsMessage>();
+  ImsSmsMessage sms;
   sms.set_tech(THREE_GPP2);
   sms.set_retry(false);
   sms.set_messageref(0);
@@ -60,13 +60,12 @@ void SendCdmaOverIms(Telephony& telephony) {
 }
 
 void AcknowledgeIncoming(Telephony& telephony) {
-  const auto& incoming = telephony.Expect<VirtualCdmaSmsMessage>();
+  const auto incoming = telephony.Expect<CdmaSmsMessage>();
   // The first entry of the bearer data is its message identifier, whose upper half-byte is the
   // type.
-  if (incoming.bearerdata_size() < 3 || incoming.bearerdata(2) >> 4 != kDeliver) {
-    throw LinkError("the incoming short message is not one that was delivered");
-  }
-  auto& ack = telephony.Draft<CdmaSmsAck>();
+  telephony.Require(incoming.bearerdata_size() >= 3 && incoming.bearerdata(2) >> 4 == kDeliver,
+                    "the incoming short message is not one that was delivered");
+  CdmaSmsAck ack;
   ack.set_errorclass(NO_ERROR);
   ack.set_smscausecode(0);
   telephony.Ask<NoResultResponse>(ack);
@@ -80,4 +79,4 @@ void PlaySms(Telephony& telephony) {
   AcknowledgeIncoming(telephony);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example

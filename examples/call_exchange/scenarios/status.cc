@@ -1,11 +1,11 @@
 // What the telephony side asks for when it starts: the card and the signal.
 #include "call_exchange/scenarios.h"
 
-namespace virtual_modem::exchange {
+namespace example {
 
 void PlayStatus(Telephony& telephony) {
   telephony.Ask<IccCardStatusResponse>(Operation::kCardStatus);
   telephony.Ask<GetSignalStrengthResponse>(Operation::kSignalStrength);
 }
 
-}  // namespace virtual_modem::exchange
+}  // namespace example
