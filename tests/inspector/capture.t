@@ -242,9 +242,24 @@ Written elsewhere, and on other links:
   $ printf '1.123456789 > Hangup/5 080010051801\n' | "$TESTDIR/make_capture.py" pcapng | inspect log --json
   {"time":"1970-01-01T00:00:01.123456Z","direction":"to modem","type":"Hangup","unit":"radio","kind":"request","operation":5,"serial":5,"size":6,"message":{"platformtype":"UNKNOW","serial":5,"gsmindex":1}}
 
+Times of seconds alone, after 2038, and beyond what nanoseconds count:
+
+  $ for form in pcapng:0 pcapng:9 pcap; do
+  >   printf '%s > Hangup/5 080010051801\n' 2000000000.987654321 4294967295 9999999999 | head -n $((${#form} / 2)) |
+  >     "$TESTDIR/make_capture.py" $form | inspect log --json | cut -d, -f1
+  > done
+  {"time":"2033-05-18T03:33:20.000000Z"
+  {"time":"2106-02-07T06:28:15.000000Z"
+  {"time":null
+  {"time":"2033-05-18T03:33:20.987654Z"
+  {"time":"2106-02-07T06:28:15.000000Z"
+  {"time":null
+  {"time":"2033-05-18T03:33:20.987654Z"
+  {"time":"2106-02-07T06:28:15.000000Z"
+
 Frames that are not as they should be, and packets that carry none:
 
-  $ "$TESTDIR/make_capture.py" <<PACKETS | inspect log
+  $ "$TESTDIR/make_capture.py" <<PACKETS | inspect log --incomplete
   > 1 > - 564e00060000000048616e677570
   > 2 > - 564d0006000000
   > 3 > - 564d000000000000
@@ -259,6 +274,7 @@ Frames that are not as they should be, and packets that carry none:
   > 13 53:47602 Hangup 080010051801
   > 14 47602:53 Hangup 080010051801
   > 15 47601:47601 Hangup 080010051801
+  > 16 < ImsCallInfoIndicationInd 0801120141120142 65
   > PACKETS
   01-01 00:00:01.000000 > ? - 0 B  # not a frame
   01-01 00:00:02.000000 > ? - 0 B  # not a frame
@@ -270,14 +286,16 @@ Frames that are not as they should be, and packets that carry none:
   01-01 00:00:09.000000 > ? - 0 B  # the capture keeps 11 of the frame's 20 bytes
   01-01 00:00:10.000000 > ? - 0 B  # the capture keeps 5 of the frame's 20 bytes
   01-01 00:00:11.000000 > Hangup - 0 B  # the capture keeps 14 of the frame's 20 bytes; missing required platformtype; missing required serial; missing required gsmindex
+  01-01 00:00:16.000000 < ImsCallInfoIndicationInd - 5 B platformtype: QCOM info: "A" # the capture keeps 37 of the frame's 40 bytes
   virtual-modem-inspect: standard input: passed over packets between other ports: 4
   $ whole=$(echo '0 > Hangup 080010051801' | "$TESTDIR/make_capture.py" | tail -c +41 | xxd -p -c 99)
   $ for packet in ${whole:0:12}4000${whole:16} 46${whole:2:38}01010101${whole:40} 65${whole:2} ${whole:0:12}2000${whole:16} ${whole:0:12}0001${whole:16} \
-  >     ${whole:0:18}06${whole:20} 44${whole:2} 46${whole:2:52} ${whole:0:48}0007${whole:52} ${whole:0:54} 45 00; do
+  >     ${whole:0:18}06${whole:20} 44${whole:2} 46${whole:2:52} ${whole:0:48}0007${whole:52} ${whole:0:54} 45 00 ${whole}0000; do
   >   echo "$((second++)) = - $packet"
   > done | "$TESTDIR/make_capture.py" | inspect log
   01-01 00:00:00.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
   01-01 00:00:01.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
+  01-01 00:00:12.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1
   virtual-modem-inspect: standard input: passed over packets between other ports: 10
 
 What is none:

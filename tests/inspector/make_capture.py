@@ -5,14 +5,16 @@ in hex; behind that perhaps the number of bytes that the capture keeps. "-" inst
 datagram that is no frame, "=" instead of a way an IP packet of the bytes alone.
 
 Usage: make_capture.py [FORMAT [LINK_TYPE [LINK_HEADER]]]
-FORMAT is pcap, nano, big or big-nano (pcap by nanoseconds, of a machine of the other order), or pcapng.
+FORMAT is pcap, nano, big or big-nano (pcap by nanoseconds, of a machine of the other order), or pcapng, perhaps
+with :DIGITS of its seconds.
 """
 import struct
 import sys
 
 form, link, header = sys.argv[1:] + ["pcap", "101", ""][len(sys.argv) - 1:]
 order = ">" if form.startswith("big") else "<"
-digits = 9 if form.endswith("nano") else 6  # of the fraction of a second
+form, _, digits = form.partition(":")
+digits = int(digits or (9 if form.endswith("nano") else 6))  # of the fraction of a second
 
 
 def put(layout: str, *values: int) -> None:
@@ -21,7 +23,7 @@ def put(layout: str, *values: int) -> None:
 
 if form == "pcapng":
     put("IIIHHqI", 0x0A0D0D0A, 28, 0x1A2B3C4D, 1, 0, -1, 28)
-    put("IIHHII", 1, 20, int(link), 0, 0, 20)
+    put("IIHHIHHIII", 1, 32, int(link), 0, 0, 9, 1, digits, 0, 32)
 else:
     put("IHHiIII", 0xA1B23C4D if digits == 9 else 0xA1B2C3D4, 2, 4, 0, 0, 65535, int(link))
 for line in sys.stdin:
@@ -39,10 +41,10 @@ for line in sys.stdin:
                   struct.pack(">HHHH", *map(int, ports), 8 + len(packet), 0) + packet)
     packet = bytes.fromhex(header) + packet
     keep = packet[:int(kept[0])] if kept else packet
-    time = (int(whole), int(fraction.ljust(digits, "0")[:digits]))
+    time = (int(whole), int(fraction.ljust(digits, "0")[:digits] or 0))
     if form == "pcapng":
         padding = -len(keep) % 4
-        put("IIIIIII", 6, 32 + len(keep) + padding, 0, *divmod(time[0] * 10**6 + time[1], 2**32),
+        put("IIIIIII", 6, 32 + len(keep) + padding, 0, *divmod(time[0] * 10**digits + time[1], 2**32),
             len(keep), len(packet))
         sys.stdout.buffer.write(keep + bytes(padding))
         put("I", 32 + len(keep) + padding)

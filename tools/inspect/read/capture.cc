@@ -181,8 +181,10 @@ bool CaptureReader::Next(Record& record) {
     }
     record.number = number_;
     std::int64_t seconds = header->ts.tv_sec;
-    if (seconds < 0 && seconds >= INT32_MIN)
-      seconds += std::int64_t{1} << 32U;  // a pcap's, from 2038
+    // Seconds of pcap have 32 bits, which libpcap takes for signed ones.
+    if (pcap_major_version(capture_) == PCAP_VERSION_MAJOR) {
+      seconds = static_cast<std::uint32_t>(seconds);
+    }
     record.time = NanosecondsSince1970(seconds, header->ts.tv_usec);
     record.time_text = record.time == kNoTime ? "-" : "";
     return true;
