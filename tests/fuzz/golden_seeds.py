@@ -3,7 +3,7 @@
 
 Usage: golden_seeds.py MESSAGE_LIST SEEDS
 
-Writes SEEDS/message_fuzzer, SEEDS/text_fuzzer, SEEDS/frame_fuzzer and SEEDS/inspector_fuzzer; the
+Writes a folder of SEEDS for message_fuzzer, text_fuzzer, frame_fuzzer and the inspector's; the
 sources of these targets say how their inputs look.
 """
 import pathlib
@@ -18,6 +18,7 @@ import samples  # noqa: E402
 CHUNK = 63  # bytes per chunk of a stream; any
 TEXT = b"\xc0"  # masked, on lines, cut in the middle
 DECODE, ENCODE, LOG = b"\x04", b"\x01", b"\x80"  # the inspector's commands, without options
+READ_LOG = b"\x09"  # its readers of text
 
 
 def capture(frame: bytes) -> bytes:
@@ -42,6 +43,8 @@ def main() -> None:
             (seeds / "inspector_fuzzer" / file).write_bytes(index + DECODE + data)
             text = sample.text.encode("ascii")
             (seeds / "inspector_fuzzer" / f"{file}-text").write_bytes(index + ENCODE + text)
+            log = name.encode("ascii") + b": " + text
+            (seeds / "inspector_text_fuzzer" / file).write_bytes(index + READ_LOG + log)
             frame = header + name.encode("ascii") + data
             (seeds / "frame_fuzzer" / file).write_bytes(frame)
             (seeds / "inspector_fuzzer" / f"{file}-capture").write_bytes(index + LOG + capture(frame))

@@ -10,7 +10,8 @@ std::uint64_t work = 0;
 
 std::uint64_t WorkSoFar() { return work; }
 
-extern "C" void __sanitizer_cov_trace_pc() { ++work; }
+// The linker takes it for the other one, which libFuzzer has too.
+extern "C" void __wrap___sanitizer_cov_trace_pc() { ++work; }
 
 extern "C" void* __real_memchr(const void* bytes, int wanted, std::size_t size);
 extern "C" void* __wrap_memchr(const void* bytes, int wanted, std::size_t size) {
@@ -21,9 +22,12 @@ extern "C" void* __wrap_memchr(const void* bytes, int wanted, std::size_t size) 
   return found;
 }
 
-void* operator new(std::size_t size) {
+void* operator new(std::size_t size, const std::nothrow_t& /*nothrow*/) noexcept {
   work += size;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  return std::malloc(size == 0 ? 1 : size);
+}
+void* operator new(std::size_t size) {
+  if (void* memory = operator new(size, std::nothrow)) return memory;
   throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept { std::free(memory); }

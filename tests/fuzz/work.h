@@ -4,5 +4,5 @@
 #include <cstdint>
 
 // Branches taken in code compiled with -fsanitize-coverage=trace-pc, bytes that it searched with
-// memchr (with the linker's --wrap=memchr), and bytes that the program allocated with new.
+// memchr (by --wrap of the linker), and bytes that the program allocated with new.
 std::uint64_t WorkSoFar();
