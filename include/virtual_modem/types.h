@@ -6,7 +6,7 @@
 #pragma once
 
 #ifdef _GLIBCXX_DEBUG
-#error "libvirtual-modem-text has other containers than _GLIBCXX_DEBUG: use _GLIBCXX_ASSERTIONS"
+#error "_GLIBCXX_DEBUG changes containers that libvirtual-modem-text shares; use _GLIBCXX_ASSERTIONS"
 #endif
 
 #include <google/protobuf/message_lite.h>
