@@ -12,6 +12,8 @@ import sys
 import tempfile
 import unittest
 
+from google.protobuf import descriptor_pb2
+
 import schema
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -215,6 +217,24 @@ class Released(Case):
         for addition in ADDITIONS:
             self.edit(*addition)
         self.assertEqual(self.check(), [])
+
+
+class MessageList(unittest.TestCase):
+    # By which a program tells that its headers are not those of the library.
+    def test_a_new_field_of_any_message_changes_the_checksum(self):
+        checksums = set()
+        everything = descriptor_pb2.FileDescriptorSet.FromString(pathlib.Path(DESCRIPTOR_SET).read_bytes())
+        changed = [file.message_type[0] for file in everything.file]
+        changed += everything.file[0].message_type[-1:]
+        with tempfile.TemporaryDirectory() as scratch:
+            for message in changed:
+                message.field.add(name="added", number=9999, label=1, type=8)
+                pathlib.Path(scratch, "set").write_bytes(everything.SerializeToString())
+                subprocess.run([sys.executable, ROOT / "src/messages/generate_message_list.py",
+                                f"{scratch}/set", f"{scratch}/list"], check=True)
+                checksums.add(pathlib.Path(scratch, "list").read_text("ascii").splitlines()[-1])
+                message.field.pop()
+        self.assertEqual(len(checksums), len(changed))
 
 
 class Words(unittest.TestCase):

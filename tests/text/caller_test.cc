@@ -152,6 +152,14 @@ TEST(FirstDifference, NamesItsPath) {
   EXPECT_EQ(FirstDifference(Dial(), Hangup()), "Dial and Hangup");
 }
 
+TEST(Text, FitsALineOfALogUnlessAskedOtherwise) {
+  Dial dial;
+  dial.set_address(std::string(5000, '1'));
+  const std::string text = virtual_modem::ToText(dial);
+  EXPECT_EQ(text, virtual_modem::ToText(dial, {false, true, 4000}));
+  EXPECT_LT(text.size(), 4001U);
+}
+
 TEST(Testing, PrintsMessagesMaskedUnlessAskedOtherwise) {
   std::ostringstream stream;
   stream << MakeDial();

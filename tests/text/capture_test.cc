@@ -76,13 +76,12 @@ std::vector<Record> ReadCapture(const std::string& path) {
     EXPECT_EQ(from + to, 47601U + 47602U);
     EXPECT_EQ(Number(packet, 24, 4, true), (size - 20) << 16);  // length, no checksum
 
-    const std::string frame = packet.substr(28);
-    EXPECT_EQ(frame.substr(0, 2), "VM");
-    record.operation = static_cast<std::uint8_t>(frame[2]);
-    const auto name = static_cast<std::uint8_t>(frame[3]);
-    record.type = frame.substr(8, name);
-    record.bytes = frame.substr(8U + name);
-    EXPECT_EQ(Number(frame, 4, 4, true), record.bytes.size());
+    const std::string_view bytes = std::string_view(packet).substr(28);
+    const FrameRead read = ReadFrame(bytes, bytes.size());
+    EXPECT_EQ(read.size, bytes.size()) << Explain(read.status);
+    record.operation = read.frame.operation;
+    record.type = read.frame.type;
+    record.bytes = read.frame.message;
     records.push_back(record);
   }
   EXPECT_EQ(at, file.size());
@@ -101,6 +100,11 @@ class Capture : public ::testing::Test {
     dial_.set_clir(CLIR_DEFAULT);
   }
   ~Capture() override { std::filesystem::remove_all(folder_); }
+
+  static unsigned ModeOf(const std::string& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? info.st_mode & 0777U : 0;
+  }
 
   std::string folder_;
   std::string path_;
@@ -126,9 +130,7 @@ TEST_F(Capture, HoldsWhatWasWritten) {
   EXPECT_FALSE(records[1].to_modem);
   EXPECT_EQ(records[1].operation, 0);
   EXPECT_EQ(records[1].bytes, "\x08\x02\x10\x07\x18");
-  struct stat info {};
-  ASSERT_EQ(stat(path_.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777U, 0600U);
+  EXPECT_EQ(ModeOf(path_), 0600U);
 }
 
 TEST_F(Capture, IsMaskedUnlessAskedOtherwise) {
@@ -171,9 +173,16 @@ TEST_F(Capture, SaysWhyItCannotBeOpened) {
   EXPECT_FALSE(writer_.Write(Direction::kToModem, dial_));
 }
 
-TEST_F(Capture, ReplacesOrContinuesAFile) {
+TEST_F(Capture, ReplacesAFileUnlessAskedToContinueIt) {
+  for (const std::string& content : {std::string("a letter"), std::string(100, '\0')}) {
+    std::ofstream(path_, std::ios::binary) << content;
+    EXPECT_FALSE(writer_.Open(path_, {true, 0, true}));
+    EXPECT_THAT(writer_.error(), HasSubstr("is not a capture of this form"));
+    EXPECT_EQ(ReadFile(path_), content);
+  }
   for (const bool append : {false, true, true, false}) {
-    ASSERT_TRUE(writer_.Open(path_, {true, 0, append})) << writer_.error();
+    ASSERT_TRUE(append ? writer_.Open(path_, {true, 0, true}) : writer_.Open(path_))
+        << writer_.error();
     const std::size_t before = append ? ReadCapture(path_).size() : 0;
     ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_));
     EXPECT_EQ(ReadCapture(path_).size(), before + 1);
@@ -193,27 +202,7 @@ TEST_F(Capture, DropsWhatABrokenWriteLeftBehind) {
   }
 }
 
-TEST_F(Capture, LeavesAloneWhatIsNoCapture) {
-  for (const std::string& content : {std::string("a letter"), std::string(100, '\0')}) {
-    std::ofstream(path_, std::ios::binary) << content;
-    EXPECT_FALSE(writer_.Open(path_, {true, 0, true}));
-    EXPECT_THAT(writer_.error(), HasSubstr("is not a capture of this form"));
-    EXPECT_EQ(ReadFile(path_), content);
-  }
-}
-
 TEST_F(Capture, RotatesOverTwoFiles) {
-  const std::size_t record = [&] {
-    CaptureWriter one;
-    one.Open(path_, {true, 0, false});
-    one.Write(Direction::kToModem, dial_);
-    return ReadFile(path_).size() - kFileHeader;
-  }();
-  ASSERT_TRUE(writer_.Open(path_, {true, kFileHeader + 3 * record, false}));
-  for (int serial = 0; serial < 8; ++serial) {
-    dial_.set_serial(serial);
-    ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_)) << writer_.error();
-  }
   const auto serials = [](const std::string& path) {
     std::string text;
     for (const Record& each : ReadCapture(path)) {
@@ -223,8 +212,38 @@ TEST_F(Capture, RotatesOverTwoFiles) {
     }
     return text;
   };
+  const auto free_descriptor = [] {
+    const int descriptor = dup(0);
+    close(descriptor);
+    return static_cast<rlim_t>(descriptor);
+  };
+  writer_.Open(path_);
+  ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_));
+  const std::size_t record = ReadFile(path_).size() - kFileHeader;
+  ASSERT_TRUE(writer_.Open(path_, {true, kFileHeader + 3 * record, false}));
+  const rlim_t before = free_descriptor();
+  for (int serial = 0; serial < 8; ++serial) {
+    dial_.set_serial(serial);
+    ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_)) << writer_.error();
+  }
   EXPECT_EQ(serials(path_ + ".1"), "345");
   EXPECT_EQ(serials(path_), "67");
+  EXPECT_EQ(ModeOf(path_), 0600U);
+  EXPECT_EQ(free_descriptor(), before) << "the full file is still open";
+
+  // Without a descriptor for a new file, all stays as it was.
+  ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_));
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none_free{before, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none_free);
+  EXPECT_FALSE(writer_.Write(Direction::kToModem, dial_));
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(writer_.error(), path_ + ": Too many open files");
+  EXPECT_EQ(serials(path_), "677");
+  EXPECT_TRUE(writer_.Write(Direction::kToModem, dial_)) << writer_.error();
+  EXPECT_EQ(serials(path_ + ".1"), "677");
+
   // A bound smaller than one record still records.
   ASSERT_TRUE(writer_.Open(path_, {true, 1, false}));
   EXPECT_TRUE(writer_.Write(Direction::kToModem, dial_));
