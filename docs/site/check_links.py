@@ -27,7 +27,7 @@ class Page(html.parser.HTMLParser):
             self.anchors = {re.sub(r"[^\w -]", "", title.lower()).replace(" ", "-")
                             for title in re.findall(r"^#+ +(.*?) *$", original, re.MULTILINE)}
         elif path.suffix == ".css":
-            self.links = re.findall(r"""url\(["']?([^"')]+)""", text)
+            self.links = re.findall(r"""url\(["']?([^"')#][^"')]*)""", text)
         else:
             self.feed(text)
 

@@ -37,7 +37,7 @@ version = release = os.environ["VIRTUAL_MODEM_VERSION"]
 commit_name = os.environ.get("VIRTUAL_MODEM_COMMIT") or commit()
 project_copyright = f"{project} {version}, commit {commit_name}"
 copyright = project_copyright  # pylint: disable=redefined-builtin
-extensions = ["myst_parser", "schema_pages"]
+extensions = ["myst_parser", "schema_pages", "diagrams"]
 myst_heading_anchors = 4
 nitpicky = True
 html_theme = "furo"
