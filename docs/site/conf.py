@@ -35,8 +35,7 @@ DESCRIPTOR_SET = os.environ["VIRTUAL_MODEM_DESCRIPTOR_SET"]
 project = "virtual-modem-protos"
 version = release = os.environ["VIRTUAL_MODEM_VERSION"]
 commit_name = os.environ.get("VIRTUAL_MODEM_COMMIT") or commit()
-project_copyright = f"{project} {version}, commit {commit_name}"
-copyright = project_copyright  # pylint: disable=redefined-builtin
+copyright = f"{project} {version}, commit {commit_name}"  # the foot of every page
 extensions = ["myst_parser", "schema_pages", "diagrams"]
 myst_heading_anchors = 4
 nitpicky = True
@@ -116,7 +115,8 @@ def pages():
             f"# {UNITS.get(unit.name, unit.name)}\n\n" + " ".join(unit.comment.split()) +
             f"\n\n`#include <{unit.file.replace('.proto', '.pb.h')}>`.{package}\n\n" + toctree(sections))
     yield pathlib.Path("schema/index.md"), (
-        (HERE / "schema.md").read_text(encoding="utf-8") + toctree([f"{unit.name}/index" for unit in everything.units]))
+        (HERE / "schema.md").read_text(encoding="utf-8") +
+        toctree([f"{unit.name}/index" for unit in everything.units]))
 
     text = "# Exchanges of the demo\n\nWhat `scripts/demo all` prints, step by step; its test compares it.\n"
     for name, what, steps in exchanges():
@@ -157,7 +157,8 @@ def fill(app):
             path.unlink()
 
 
-# What the theme leaves out for those who read by ear or by keyboard; and, as Debian 12 packages it,
+# What the theme leaves out for those who read by ear or by keyboard; its word before the name of the
+# release, which stands where a copyright would; and, as Debian 12 packages it,
 # the dark scheme where the system asks for it, and a style that no page from disk finds.
 REPAIRS = [
     ('|| "auto"', '|| (matchMedia("(prefers-color-scheme: dark)").matches ? "dark" : "light")'),
@@ -170,6 +171,7 @@ REPAIRS = [
      '<div class="content-icon-container" role="navigation" aria-label="Tools">'),
     ('<pre>', '<pre tabindex="0">'),
     ('<div class="table-wrapper', '<div tabindex="0" class="table-wrapper'),
+    ("Copyright &#169; ", ""),
     ('<div id="search-results">', '<h1>Search</h1><div id="search-results">'),
 ]
 
