@@ -247,6 +247,7 @@ TEST_F(Capture, RotatesOverTwoFiles) {
   // A bound smaller than one record still records.
   ASSERT_TRUE(writer_.Open(path_, {true, 1, false}));
   EXPECT_TRUE(writer_.Write(Direction::kToModem, dial_));
+  EXPECT_EQ(serials(path_ + ".1"), "677") << "a file without a record was rotated";
   EXPECT_TRUE(writer_.Write(Direction::kToModem, dial_));
   EXPECT_EQ(serials(path_), "7");
   EXPECT_EQ(serials(path_ + ".1"), "7");

@@ -48,13 +48,6 @@ std::size_t LinkHeader(pcap* capture, const std::string& name) {
   }
 }
 
-bool IsTypeName(std::string_view name) {
-  return std::all_of(name.begin(), name.end(), [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
-           c == '.';
-  });
-}
-
 }  // namespace
 
 bool ReadDatagram(std::string_view packet, Datagram& datagram) {
@@ -87,24 +80,24 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
   const std::string_view frame = datagram.payload;
   const std::string cut = "the capture keeps " + std::to_string(frame.size()) + " of the frame's " +
                           std::to_string(frame.size() + lost) + " bytes";
-  if (frame.size() < kFrameHeaderBytes || frame.substr(0, 2) != "VM") {
+  // A bound of 0 has name and size told though the message is not all there.
+  const FrameRead read = virtual_modem::ReadFrame(frame, 0);
+  if (frame.size() < kFrameHeaderBytes || read.status == FrameStatus::kNotAFrame) {
     record.problem = frame.size() < kFrameHeaderBytes && lost > 0 ? cut : "not a frame";
     return true;
   }
   record.operation = Number(frame, 2, 1);
-  const std::size_t name_size = Number(frame, 3, 1);
-  const std::size_t size = Number(frame, 4, 4);
-  record.name = frame.substr(kFrameHeaderBytes, name_size);
-  if (name_size == 0 || name_size > kMaxTypeNameBytes || !IsTypeName(record.name)) {
-    record.name = {};
+  if (read.status == FrameStatus::kBadType) {
     record.problem = "a frame without the name of a type";
     return true;
   }
-  if (record.name.size() < name_size) {
-    record.name = {};
+  if (read.frame.type.empty()) {
     record.problem = lost > 0 ? cut : "a frame that ends within the name of its type";
     return true;
   }
+  record.name = read.frame.type;
+  const std::size_t name_size = record.name.size();
+  const auto size = static_cast<std::size_t>(read.size) - kFrameHeaderBytes - name_size;
   record.type = schema.FindType(record.name);
   record.bytes = frame.substr(kFrameHeaderBytes + name_size);
   if (record.bytes.size() < size) {
