@@ -1,119 +1,80 @@
   $ . "$TESTDIR/setup.sh"
-  $ same() { inspect decode IccCardStatusResponse "$@" | diff card.txt - && echo same; }
+  $ each() {
+  >   : >notes
+  >   while read -r command; do
+  >     eval "$command" | inspect decode IccCardStatusResponse 2>>notes | cmp -s - card.txt || echo "$command"
+  >   done
+  > }
 
-Every form that the common tools write is found out:
+Every form that the common tools write is found out; these print what is not:
 
-  $ od -An -v -tx1 card.bin | same
-  same
-  $ od -v -tx1 card.bin | same
-  same
-  $ od -v -Ax -tx1z card.bin | same
-  same
-  $ od -An -v -tx1z card.bin | same
-  same
-  $ od -v -Ad -tx1 card.bin | same
-  same
-  $ od -v -b card.bin | same
-  same
-  $ hexdump -v -C card.bin | same
-  same
-  $ xxd card.bin | same
-  same
-  $ xxd -i card.bin | same
-  virtual-modem-inspect: standard input: took the list of 105 bytes at column 28 and left out what is around
-  same
-  $ for words in 'od -v' 'od -v -x' 'od -v -tx4' 'od -v -tx8' 'hexdump -v' 'hexdump -v -x' 'hexdump -v -o'; do $words card.bin | same 2>&1; done
-  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 4 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 8 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  virtual-modem-inspect: standard input: taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
-  same
-  $ base64 card.bin | same
-  same
-  $ base64 -w0 card.bin | tr '+/' '-_' | same
-  same
-  $ inspect encode --to hex IccCardStatusResponse card.txt | tee card.hex | same
-  same
-  $ tr a-f A-F <card.hex | same
-  same
-  $ sed 's/../\\x&/g' card.hex | same
-  same
-  $ sed 's/../0x&, /g; s/^/{/; s/$/};/' card.hex | same
-  same
-  $ for separator in ' ' ':' ',' ';' '-' ', ' ' : ' $'\t' $'\r'; do sed "s/../&$separator/g" card.hex | same; done
-  same
-  same
-  same
-  same
-  same
-  same
-  same
-  same
-  same
-  $ for around in '[]' '{}' '()' '""' "''"; do echo "${around:0:1}0800102A, 1801${around:1}" | inspect decode Hangup | tail -n 1; done
-  gsmindex: 1
-  gsmindex: 1
-  gsmindex: 1
-  gsmindex: 1
-  gsmindex: 1
-  $ sed 's/../0X&/g' card.hex | same
-  same
-  $ echo 0x8 0x0 0x10 0x2a 0x18 0x5 | inspect decode Hangup | tail -n 1
-  gsmindex: 5
-  $ echo 0x0800102a1801 | inspect decode Hangup | tail -n 1
-  gsmindex: 1
-  $ inspect decode IccCardStatusResponse --hex "$(cat card.hex)" | diff card.txt - && echo same
-  same
-  $ /usr/bin/python3 -c 'print(open("card.bin", "rb").read())' | same
-  same
-  $ /usr/bin/python3 -c 'print(list(open("card.bin", "rb").read()))' | same
-  same
-  $ /usr/bin/python3 -c 'print([b - b // 128 * 256 for b in open("card.bin", "rb").read()])' | same
-  same
-  $ sed 's/../\\x&/g; s/.*/"&"/' card.hex | same
-  same
-  $ od -An -v -to1 card.bin | tr -d '\n' | sed 's/ /\\/g; s/.*/"&"/' | same
-  same
+  $ inspect encode --to hex IccCardStatusResponse card.txt >card.hex
+  $ each <<'COMMANDS'
+  > od -An -v -tx1 card.bin
+  > od -v -tx1 card.bin
+  > od -v -Ax -tx1z card.bin
+  > od -An -v -tx1z card.bin
+  > od -v -Ad -tx1 card.bin
+  > od -v -b card.bin
+  > hexdump -v -C card.bin
+  > xxd card.bin
+  > base64 card.bin
+  > base64 -w0 card.bin | tr '+/' '-_'
+  > gzip -c card.bin
+  > tr a-f A-F <card.hex
+  > sed 's/../\\x&/g' card.hex
+  > sed 's/../\\x&/g; s/.*/"&"/' card.hex
+  > sed 's/../0x&, /g; s/^/{/; s/$/};/' card.hex
+  > sed 's/../& /g' card.hex
+  > sed 's/../&:/g' card.hex
+  > sed 's/../&,/g' card.hex
+  > sed 's/../&;/g' card.hex
+  > sed 's/../&-/g' card.hex
+  > sed 's/../&, /g' card.hex
+  > sed 's/../& : /g' card.hex
+  > sed 's/../&\t/g' card.hex
+  > sed 's/../&\r/g' card.hex
+  > sed 's/../0X&/g' card.hex
+  > /usr/bin/python3 -c 'print(open("card.bin", "rb").read())'
+  > /usr/bin/python3 -c 'print(list(open("card.bin", "rb").read()))'
+  > /usr/bin/python3 -c 'print([b - b // 128 * 256 for b in open("card.bin", "rb").read()])'
+  > od -An -v -to1 card.bin | tr -d '\n' | sed 's/ /\\/g; s/.*/"&"/'
+  > COMMANDS
+  $ cat notes
+  $ inspect decode IccCardStatusResponse --hex "$(cat card.hex)" | cmp - card.txt
+  $ for words in 'od -v' 'od -v -x' 'od -v -tx4' 'od -v -tx8' 'hexdump -v' 'hexdump -v -x' 'hexdump -v -o' 'xxd -i'; do
+  >   each <<<"$words card.bin"; cut -d: -f3 notes
+  > done
+   taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 4 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 8 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   taken for numbers of 2 bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)
+   took the list of 105 bytes at column 28 and left out what is around
   $ printf '"\\10\\0\\20\\3\\32\\r" "+86101\\t\\"\\\\4567 "\n"\\0";' | inspect decode Dial
   platformtype: UNKNOW
   serial: 3
   address: "+86101\t\"\\4567"
   clir: CLIR_DEFAULT
-  $ printf '0x7ffe8:\t0x08\t0x00\n0x7ffea:\t0x10\t0x2a\t0x18\t0x03\n' | inspect decode Hangup | tail -n 1
-  gsmindex: 3
-  $ printf '0000000000a0: 0800 102a\n0000000000a4: 1803\n' | inspect decode Hangup | tail -n 1
-  gsmindex: 3
 
-Dumps with the characters at the right, which may look like hex, and such as begin elsewhere:
-
-  $ cat >dump <<'DUMP'
-  > 00000040: 0800 102a 1803                           abcdef 12
-  > DUMP
-  $ inspect decode Hangup dump
-  platformtype: UNKNOW
-  serial: 42
-  gsmindex: 3
-  $ echo '00000000  08 00 10 2a 18 03  |abc*..|' | inspect decode Hangup
-  platformtype: UNKNOW
-  serial: 42
-  gsmindex: 3
-  $ printf '0000   08 00 10 2a   ab\n0004   18 03   cd\n' | inspect decode Hangup
-  platformtype: UNKNOW
-  serial: 42
-  gsmindex: 3
-
-Blank lines, long offsets, a last line that tells the length, other digits, prefixes in capitals:
+Dumps with the characters at the right, which may look like hex, and such as begin elsewhere; blank
+lines, long offsets, a last line that tells the length, other digits, prefixes in capitals:
 
   $ while read -r text; do printf '%b\n' "$text" | inspect decode Hangup 2>&1 | tail -n 1; done <<'TEXTS'
+  > 0x7ffe8:\t0x08\t0x00\n0x7ffea:\t0x10\t0x2a\t0x18\t0x10
+  > 0000000000a0: 0800 102a\n0000000000a4: 1811
+  > 00000040: 0800 102a 1812                           abcdef 12
+  > 00000000  08 00 10 2a 18 13  |abc*..|
+  > 0000   08 00 10 2a   ab\n0004   18 14   cd
+  > [0800102A, 1815]
+  > {0800102A, 1816}
+  > (0800102A, 1817)
+  > "0800102A, 1818"
+  > '0800102A, 1819'
+  > 0x8 0x0 0x10 0x2a 0x18 0x1a
+  > 0x0800102a181b
   > 0000: 08 00 10 2a\n\n0004: 18 01
   > 00000000000000a0: 0800 102a 1802
   > 0000 08 00 10 2a 18 03   ab cd
@@ -123,11 +84,23 @@ Blank lines, long offsets, a last line that tells the length, other digits, pref
   > 0x08000x102a0x1807
   > \\x08\\x0\\X10\\x2a\\x18\\x08
   > [0X08, 0x00, 0X10, 42, 24, 9]
-  > \\10\\0\\20*\\30\\11
+  > \\10\\0\\20*\\30\\12
   > \\x08 \\x00 \\x10 \\x2a \\x18 \\x0b
-  > [8 0\t16,42,24,10]
-  > [8, 0, 16, -128, 127, 24, 12]
+  > [8 0\t16,42,24,12]
+  > [8, 0, 16, -128, 127, 24, 13]
   > TEXTS
+  gsmindex: 16
+  gsmindex: 17
+  gsmindex: 18
+  gsmindex: 19
+  gsmindex: 20
+  gsmindex: 21
+  gsmindex: 22
+  gsmindex: 23
+  gsmindex: 24
+  gsmindex: 25
+  gsmindex: 26
+  gsmindex: 27
   gsmindex: 1
   gsmindex: 2
   gsmindex: 3
@@ -137,70 +110,53 @@ Blank lines, long offsets, a last line that tells the length, other digits, pref
   virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes behind each 0x, in an order that the text does not tell
   gsmindex: 8
   gsmindex: 9
-  gsmindex: 9
-  gsmindex: 11
   gsmindex: 10
+  gsmindex: 11
   gsmindex: 12
+  gsmindex: 13
 
 Within other text, what was taken is said:
 
-  $ taken() { inspect decode Hangup "$@" 2>&1 | sed -n '1p; $p'; }
-  $ echo '11-21 18:07:01.123  1234  5678 D RILJ : > Hangup 0800102a1801 (sent)' | taken
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 50 to 61, and left out what is around
-  gsmindex: 1
-  $ echo '18:07:01 Hangup 08 00 10 2a 18 01 deadbeef' | taken
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
-  gsmindex: 1
-  $ echo '18:07:01 Hangup 08:00:10:2a:18:01 12:34' | taken
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
-  gsmindex: 1
-  $ while read -r text; do echo "$text" | taken; done <<'TEXTS'
+  $ while read -r text; do
+  >   printf '%b\n' "$text" | inspect decode Hangup 2>notes | tail -n 1 | tr '\n' ' '; cut -d: -f3 notes
+  > done <<'TEXTS'
+  > 11-21 18:07:01.123  1234  5678 D RILJ : > Hangup 0800102a1801 (sent)
+  > 18:07:01 Hangup 08 00 10 2a 18 01 deadbeef
+  > 18:07:01 Hangup 08:00:10:2a:18:01 12:34
   > Hangup 08:00:10:2a:18:01 12 34
   > Hangup 08 00 10 2a 18 01 07-11
   > Hangup 0X0800102a1801
   > sent 0X08,0X00,0X10,0X2a,0X18,0X01
+  > Hangup 0x08, 0x00, 0x10, 0x2a, 0x18, 0x01 end
   > Hangup 0800 102a 1801 00112 end
   > 2026-11-21 data=0800102a1801.
+  > first line\nHangup <0800102a1801>\nat 18:07:01 by 1234 5678
+  > sent [8, 0, 16, 42, 24, 1] to 7
   > x [2, 3] {8, 0, 16, 42, 24, 1}; y
-  > x "\q" "\10\0\20*\30\1" y
-  > "\10\0\20*\30\1" at 'x
-  > cut at ' \10\0\20*\30\1
+  > x "\\q" "\\10\\0\\20*\\30\\1" y
+  > "\\10\\0\\20*\\30\\1" at 'x
+  > cut at ' \\10\\0\\20*\\30\\1
+  > write(3, "\\10\\0\\20*\\30\\1", 6) = 6
+  > data='\\x08\\x00\\x10*\\x18\\x01' of 'x'
   > TEXTS
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 6 to 34, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 17 to 28, and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the list of 6 bytes at column 10 and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the string of 6 bytes at column 8 and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the string of 6 bytes at column 1 and left out what is around
-  gsmindex: 1
-  virtual-modem-inspect: standard input: took the string of 6 bytes at column 10 and left out what is around
-  gsmindex: 1
-  $ echo 'Hangup 0x08, 0x00, 0x10, 0x2a, 0x18, 0x01 end' | taken
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 1, columns 8 to 41, and left out what is around
-  gsmindex: 1
-  $ echo 'write(3, "\10\0\20*\30\1", 6) = 6' | taken
-  virtual-modem-inspect: standard input: took the string of 6 bytes at column 10 and left out what is around
-  gsmindex: 1
-  $ echo "data='\\x08\\x00\\x10*\\x18\\x01' of 'x'" | taken
-  virtual-modem-inspect: standard input: took the string of 6 bytes at column 6 and left out what is around
-  gsmindex: 1
-  $ echo 'sent [8, 0, 16, 42, 24, 1] to 7' | taken
-  virtual-modem-inspect: standard input: took the list of 6 bytes at column 6 and left out what is around
-  gsmindex: 1
-  $ printf '%s\n' 'first line' 'Hangup <0800102a1801>' 'at 18:07:01 by 1234 5678' | taken
-  virtual-modem-inspect: standard input: took the 6 bytes of hex at line 2, columns 9 to 20, and left out what is around
-  gsmindex: 1
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 50 to 61, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 24, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 6 to 34, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 41, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 21, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 28, and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 2, columns 9 to 20, and left out what is around
+  gsmindex: 1  took the list of 6 bytes at column 6 and left out what is around
+  gsmindex: 1  took the list of 6 bytes at column 10 and left out what is around
+  gsmindex: 1  took the string of 6 bytes at column 8 and left out what is around
+  gsmindex: 1  took the string of 6 bytes at column 1 and left out what is around
+  gsmindex: 1  took the string of 6 bytes at column 10 and left out what is around
+  gsmindex: 1  took the string of 6 bytes at column 10 and left out what is around
+  gsmindex: 1  took the string of 6 bytes at column 6 and left out what is around
 
 What cannot be told for sure is refused, with the way out:
 
