@@ -273,10 +273,6 @@ std::string ToHex(std::string_view bytes) {
   return text;
 }
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool IsWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
-
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
 std::string_view TrimLeft(std::string_view text) {

@@ -26,9 +26,11 @@ int HexDigit(char c);
 // Lower case, without separators.
 std::string ToHex(std::string_view bytes);
 
-bool IsDigit(char c);
+inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 // Letters, digits and underscores.
-bool IsWord(char c);
+inline bool IsWord(char c) {
+  return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
 bool IsSpace(char c);
 std::string_view TrimLeft(std::string_view text);
 std::string_view Trim(std::string_view text);
