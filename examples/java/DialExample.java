@@ -52,6 +52,12 @@ final class DialExample {
       System.out.println("refused   " + error.getMessage());
     }
 
+    // Lite classes know neither their type's name nor their fields.
+    System.out.println("type      " + dial.getClass().getSimpleName());
+    Radio.Dial masked =
+        dial.toBuilder().setAddress("X".repeat(dial.getAddress().length())).build();
+    System.out.println("masked    " + masked.getAddress());
+
     // Strings are kept as text: what is not UTF-8 is lost. toString() masks nothing.
     Radio.Dial latin1 = Radio.Dial.parseFrom(hex.parseHex("08011007" + "1a02e935" + "2000"));
     System.out.println("not UTF-8 " + hex.formatHex(latin1.getAddressBytes().toByteArray()));

@@ -137,6 +137,7 @@ struct Link {
     std::array<int, 2> sockets{};
     EXPECT_EQ(socketpair(AF_UNIX, kind, 0, sockets.data()), 0);
     raw = sockets[0];
+    endpoint_socket = sockets[1];
     endpoint.emplace(sockets[1], Direction::kToModem, patience, notes);
   }
   ~Link() { close(raw); }
@@ -149,6 +150,7 @@ struct Link {
   }
 
   int raw = -1;
+  int endpoint_socket = -1;
   Notes notes;
   std::optional<Endpoint> endpoint;
 };
@@ -225,6 +227,25 @@ TEST_F(ExchangeTest, PeerThatIsGoneOrTakesNothing) {
   Endpoint file(open("/dev/null", O_RDWR), Direction::kToModem, kNoHang, notes);
   EXPECT_FALSE(file.Send(Dial()));
   EXPECT_EQ(file.why_ended(), "Socket operation on non-socket");
+}
+
+TEST_F(ExchangeTest, StreamTakesAMessageInPieces) {
+  Link link(SOCK_STREAM);
+  constexpr int kSmall = 2048;
+  setsockopt(link.endpoint_socket, SOL_SOCKET, SO_SNDBUF, &kSmall, sizeof(kSmall));
+  std::string read;
+  std::thread reader([&] {
+    std::array<char, 1000> piece{};
+    for (ssize_t size = 0; (size = recv(link.raw, piece.data(), piece.size(), 0)) > 0;) {
+      read.append(piece.data(), static_cast<std::size_t>(size));
+    }
+  });
+  Dial dial;
+  dial.set_address(std::string(30'000, '1'));
+  EXPECT_TRUE(link.endpoint->Send(dial));
+  link.endpoint.reset();
+  reader.join();
+  EXPECT_EQ(read, FrameOf("Dial", dial.SerializePartialAsString()));
 }
 
 // Signals neither end a wait nor lengthen it.

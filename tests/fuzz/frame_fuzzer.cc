@@ -117,7 +117,7 @@ void Run(std::string_view input) {
       }
     }
   }
-  FUZZ_CHECK(answers.between_frames(), "half an answer");
+  FUZZ_CHECK(answers.between_frames() || !endpoint.connected(), "half an answer");
   close(sockets[1]);
 }
 
