@@ -283,6 +283,11 @@ class Dissector(unittest.TestCase):
             [(words[2], MODEM if words[1] == "->" else TELEPHONY) for words in shown],
             [(values["virtual_modem.type"][0].rpartition(".")[2], int(values["udp.dstport"][0]))
              for values in rows])
+        page = (TESTS.parent / "docs/wireshark.md").read_text(encoding="utf-8")
+        for number, values in enumerate(rows, 1):
+            if findings(values) & {"incomplete", "malformed"}:
+                said = ",".join(values["_ws.expert.message"])
+                self.assertIn(f'\n{number}\t{values["virtual_modem.type"][0]}\t{said}\n', page)
         # Though the capture is masked.
         self.assertEqual(set().union(*map(findings, rows)), {"incomplete", "undeclared", "unknown_field"})
 
