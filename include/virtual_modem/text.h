@@ -4,8 +4,8 @@
 //
 // What is masked is what proto/virtual_modem/subscriber_data.txt lists: each byte of such a string
 // reads X, each such number 0. Nobody knows what unknown fields hold, so their values are masked as
-// well. What tells versions and faults apart is shown: numbers that an enumeration does not declare,
-// the numbers and sizes of unknown fields, which fields are missing, where bytes break.
+// well. What tells versions and faults apart is shown: numbers that an enumeration does not
+// declare, the numbers and sizes of unknown fields, which fields are missing, where bytes break.
 //
 // Different messages may be used from different threads at once, and so may one message that no
 // thread changes. Nothing throws but for lack of memory; no RTTI is needed.
@@ -65,9 +65,9 @@ std::string ToText(std::string_view type, std::string_view bytes, const TextOpti
 std::vector<std::string> MissingFields(const google::protobuf::MessageLite& message);
 
 // The encoded form of the message for a bug report: subscriber data masked, and of each unknown
-// field its value, in as many bytes, X in strings and 0 in numbers; numbers that an enumeration does
-// not declare stay. A parser finds in it what it finds in the message: the same fields, unknown and
-// missing ones. Empty for a message of another library.
+// field its value, in as many bytes, X in strings and 0 in numbers; numbers that an enumeration
+// does not declare stay. A parser finds in it what it finds in the message: the same fields,
+// unknown and missing ones. Empty for a message of another library.
 std::string MaskedBytes(const google::protobuf::MessageLite& message);
 
 // The same for bytes that never became a message. Bytes that break do so at the same place and for

@@ -112,7 +112,8 @@ def compare(name: str, records: list) -> bool:
 
     def text(one, **arguments) -> str:
         return virtual_modem.to_text(one, max_bytes=0, **arguments)
-    hold("missing fields", sorted(message.FindInitializationErrors()), sorted(missing.splitlines()), subject)
+    hold("missing fields", sorted(message.FindInitializationErrors()), sorted(missing.splitlines()),
+         subject)
     hold("masked", text(message), masked_line, subject)
     hold("masked, in lines", " ".join(map(str.strip, text(message, single_line=False).splitlines())),
          masked_line, subject)
@@ -123,7 +124,8 @@ def compare(name: str, records: list) -> bool:
     hold("changed by mask()", message.SerializePartialToString(), records[WRITTEN], subject)
     if "# unknown" not in masked_line:  # text_format prints unknown fields in its own way
         hold("shown", text(message, show_subscriber_data=True), line, subject)
-        hold("shown, in lines", text(message, show_subscriber_data=True, single_line=False), lines, subject)
+        hold("shown, in lines", text(message, show_subscriber_data=True, single_line=False), lines,
+             subject)
     if not READS_ANY_STRING:  # nor does text_format
         masked.DiscardUnknownFields()
         hold("read back", text_format.Parse(masked_line, type(message)()), masked, subject)
@@ -157,9 +159,9 @@ def messages() -> None:
             continue
         for text in (record.decode("ascii").rstrip() for record in records[LINE:MASKED_BYTES]):
             found = BROKEN.search(text)
-            hold("where the bytes break", bool(found) and int(found[1]) <= len(data), True, data.hex(" "))
+            hold("where they break", bool(found) and int(found[1]) <= len(data), True, data.hex(" "))
     compared = sum(compare(name, records) for name, records in whole)
-    print(f"seed {options.seed}, {api_implementation.Type()}: {len(whole)} messages, {compared} compared")
+    print(f"seed {options.seed}, {api_implementation.Type()}: {compared} of {len(whole)} compared")
     hold("enough compared", compared > (0.9 if READS_ANY_STRING else 0.3) * len(whole), True)
     if options.full_printer != "-":
         texts = ask([options.full_printer, options.descriptor_set],

@@ -289,7 +289,8 @@ class Dissector(unittest.TestCase):
                 said = ",".join(values["_ws.expert.message"])
                 self.assertIn(f'\n{number}\t{values["virtual_modem.type"][0]}\t{said}\n', page)
         # Though the capture is masked.
-        self.assertEqual(set().union(*map(findings, rows)), {"incomplete", "undeclared", "unknown_field"})
+        self.assertEqual(set().union(*map(findings, rows)),
+                         {"incomplete", "undeclared", "unknown_field"})
 
     @batched
     def test_every_value_of_every_type(self):
@@ -375,8 +376,8 @@ class Dissector(unittest.TestCase):
 
     @batched
     def test_numbers_and_lists_as_a_receiver_reads_them(self):
-        numbers = {"80 80 80 80 10": "1", "80 80 80 80 80 81 00": "1", "80 80 80 80 80 80 80 80 80 01": "1",
-                   "80 80 80 80 80 80 80 80 80 02": "0"}
+        numbers = {"80 80 80 80 10": "1", "80 80 80 80 80 81 00": "1",
+                   "80 80 80 80 80 80 80 80 80 01": "1", "80 80 80 80 80 80 80 80 80 02": "0"}
         last, several, merged, *parms = yield [
             message("NoResultResponse", "08 00 10 05 10 ff ff ff ff ff ff ff ff ff 01 18 81 80 00"),
             message("RepeatUintResultIndication", "08 00 10 07 12 06 01 ff ff ff ff 0f"),
@@ -409,7 +410,8 @@ class Dissector(unittest.TestCase):
         packets = [
             packet(frame("Dial", data("08 01 10 07 1a 01 31 20 63"), 8)),
             packet(frame("NoResultResponse", data("08 01 10 07 18 00 70 00")), MODEM, TELEPHONY),
-            packet(frame("RepeatUintResultIndication", data("08 01 10 ff ff ff ff 0f")), MODEM, TELEPHONY),
+            packet(frame("RepeatUintResultIndication", data("08 01 10 ff ff ff ff 0f")), MODEM,
+                   TELEPHONY),
             packet(frame("BoolParmRequest", data("08 01 10 80 80 80 80 f8 ff ff ff ff 01 18 01"), 4)),
             packet(frame("NoParmRequest", b"", 77)),
             packet(frame("EmergencyNumber", b"\x0a" + bytes([len(number)]) + number))]

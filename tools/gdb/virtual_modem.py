@@ -4,10 +4,11 @@
 (gdb) print dial
 $1 = Dial {platformtype = MTK, serial = 1, address = <13 bytes>, clir = CLIR_DEFAULT}
 
-Subscriber data is masked, and so is what unknown fields hold; `set $show_subscriber_data = 1` shows it. Memory is read and nothing is
-called: a core file will do. Compile the program with -g; the compiler leaves the classes to the debug
-information of the library. Where there is none, compile with -g -femit-class-debug-always (clang: -g
--fstandalone-debug). Strings are read as the C++ library of g++ has them.
+Subscriber data is masked, and so is what unknown fields hold; `set $show_subscriber_data = 1` shows
+it. Memory is read and nothing is called: a core file will do. Compile the program with -g; the compiler
+leaves the classes to the debug information of the library. Where there is none, compile with -g
+-femit-class-debug-always (clang: -g -fstandalone-debug). Strings are read as the C++ library of g++ has
+them.
 """
 import types
 from typing import Optional
@@ -95,7 +96,8 @@ def unknown(value: gdb.Value, name: str, hidden: bool) -> list[str]:
         return [f"unknown fields = {string(address, False)}"]
     text = gdb.Value(address).cast(gdb.lookup_type("std::string").pointer())
     size = int(text["_M_string_length"])
-    memory = gdb.selected_inferior().read_memory(int(text["_M_dataplus"]["_M_p"]), size) if size else b""
+    place = int(text["_M_dataplus"]["_M_p"])
+    memory = gdb.selected_inferior().read_memory(place, size) if size else b""
     return [f"unknown fields = <{', '.join(listed(bytes(memory), name))}>"]
 
 
