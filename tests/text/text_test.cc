@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/message_types.h"
@@ -201,18 +199,6 @@ TEST(Text, OfBytesThatMayBeAnotherTypesMasksAllStrings) {
               StartsWith("platformtype: QCOM result: 0 result: 0 # malformed"));
   EXPECT_EQ(MaskedBytes("RepeatUintResultIndication", digits),
             std::string("\x08\x01\x10\0\x10\0\x08", 7));
-  // An operator's name is shown where the bytes fit.
-  OperatorResponse fits;
-  fits.set_platformtype(QCOM);
-  fits.set_serial(1);
-  fits.set_error(RADIO_E_SUCCESS);
-  fits.set_alphalong("Operator");
-  fits.set_alphashort("Op");
-  fits.set_numeric("00101");
-  const std::string fitting = fits.SerializeAsString();
-  EXPECT_THAT(ToText("OperatorResponse", fitting), HasSubstr("Operator"));
-  // As a number, the name is another type's field.
-  EXPECT_THAT(ToText("OperatorResponse", fitting + "\x20\x01"), Not(HasSubstr("Operator")));
 }
 
 // What breaks, and where, is told of masked bytes as of the bytes themselves.
@@ -248,6 +234,8 @@ TEST(Masks, JudgeFieldsInAnyOrder) {
   const std::string bytes = message.SerializeAsString();
   EXPECT_THAT(ToText("OperatorResponse", bytes.substr(6) + bytes.substr(0, 6)),
               HasSubstr("Operator"));
+  // As a number, the name is another type's field.
+  EXPECT_THAT(ToText("OperatorResponse", bytes + "\x20\x01"), Not(HasSubstr("Operator")));
   // A record that comes in pieces: each brings what the others lack, also in the record below.
   IccCardStatusResponse pieces[3];
   pieces[0].set_platformtype(QCOM);
@@ -304,33 +292,16 @@ TEST(MissingFields, AreNamedInTheOrderOfTheSchema) {
   Call& call = *calls.add_calls();
   call.set_state(RADIO_CALL_ACTIVE);
   call.set_index(1);
-  for (const char* path : {"serial", "error", "calls[0].state", "calls[1].toa"}) {
-    EXPECT_THAT(MissingFields(calls), ::testing::Contains(path));
-  }
   const auto missing = MissingFields(calls);
+  EXPECT_EQ(missing.size(), 2 + 12 + 10);
   EXPECT_EQ(missing[0], "serial");
   EXPECT_EQ(missing[2], "calls[0].state");
-  EXPECT_EQ(std::count(missing.begin(), missing.end(), "calls[1].state"), 0);
+  EXPECT_EQ(missing[14], "calls[1].toa");
   EXPECT_THAT(MissingFields(MakeDial()), ElementsAre());
   Dial dial;
   EXPECT_THAT(MissingFields(dial), ElementsAre("platformtype", "serial", "address", "clir"));
   *dial.mutable_unknown_fields() = "\x08\x63";  // an undeclared platform type: still absent
   EXPECT_THAT(MissingFields(dial), ElementsAre("platformtype", "serial", "address", "clir"));
-}
-
-// First use from several threads at once, and the same text from all (scripts/test tsan).
-TEST(Text, IsSafeToMakeFromSeveralThreads) {
-  const Dial dial = MakeDial();
-  std::vector<std::thread> threads;
-  threads.reserve(8);
-  std::vector<std::string> texts(8);
-  for (std::string& text : texts) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 200; ++i) text = ToText(dial);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(std::set<std::string>(texts.begin(), texts.end()).size(), 1U);
 }
 
 }  // namespace
