@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Types command lines into zsh and looks at what the tabulator key makes of them.
+"""Types command lines into zsh and looks at what the Tab key makes of them.
 
 Usage: zsh_completion.py INSPECTOR FOLDER_OF_THE_COMPLETION        exits 77, skipped, without zsh
 """
@@ -16,7 +16,7 @@ PATIENCE = 60  # seconds; only a shell that hangs needs them
 SETUP = r"""
 fpath=($FOLDER $fpath); autoload -Uz compinit && compinit -u
 show() { print -r -- "<<$BUFFER>>"; BUFFER= }
-zle -N show; bindkey '^X' show; bindkey '^I' complete-word
+zle -N show; bindkey '^G' show; bindkey '^I' complete-word
 print '<<REA''DY>>'
 """
 COMPLETE = {
@@ -70,7 +70,7 @@ def main() -> None:
         await_line(terminal, rb"<<(READY)>>")
         failures = 0
         for typed, wanted in COMPLETE.items():
-            os.write(terminal, f"virtual-modem-inspect {typed}\t\x18".encode())
+            os.write(terminal, f"virtual-modem-inspect {typed}\t\x07".encode())
             got = await_line(terminal, rb"<<virtual-modem-inspect (.*)>>")
             if got != wanted:
                 failures += 1
