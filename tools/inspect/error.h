@@ -1,14 +1,21 @@
-// Bad input: the one kind of failure that the program reports and ends with status 1 for.
+// What the program reports in one line and ends for.
 #pragma once
 
 #include <stdexcept>
 
 namespace virtual_modem::inspect {
 
-// what() is one line for people, without the program's name and without a full stop.
+// Bad input, status 1. what() is one line for people, without the program's name and without a full
+// stop.
 class Error : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+};
+
+// A wrong command line, status 2.
+class UsageError : public Error {
+ public:
+  using Error::Error;
 };
 
 }  // namespace virtual_modem::inspect

@@ -1,9 +1,10 @@
-// virtual-modem-inspect: the command line. Keep --help, the manual page and the completion in sync.
+// virtual-modem-inspect: the command line, in sync with the manual page. Completion reads --help.
 #include <fcntl.h>
 #include <google/protobuf/stubs/logging.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -43,7 +44,7 @@ class CommandLine {
  public:
   CommandLine() {
     app_.require_subcommand(1);
-    app_.fallthrough();  // --schema may stand behind the subcommand
+    app_.fallthrough();  // --schema may stand after the subcommand
     app_.set_version_flag("--version", std::string(kProgram) + " " + VIRTUAL_MODEM_VERSION);
     app_.add_option("--schema", schema_,
                     "Descriptor set to use, instead of the installed one or that named by "
@@ -70,9 +71,8 @@ class CommandLine {
         return kOk;
       }
       const bool no_command = app_.get_subcommands().empty() && !app_.remaining().empty();
-      return Fail((no_command ? "there is no command " + app_.remaining().front() : error.what()) +
-                      " (see --help)",
-                  kUsage);
+      throw UsageError(no_command ? "there is no command " + app_.remaining().front()
+                                  : error.what());
     }
     Schema schema(schema_.empty() ? DefaultDescriptorSet() : schema_);
     Status status = kUsage;
@@ -96,32 +96,31 @@ class CommandLine {
   static void AddFile(CLI::App* command, std::string& file) {
     command->add_option("file", file, "Input; - or nothing is standard input")->type_name("FILE");
   }
-  // The names are those of the form's option in --help.
-  static CLI::Option* AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
-                                  const std::map<std::string, Encoding>& names,
-                                  const std::string& what) {
+  // Lets the option take these words only, which --help shows and completion offers.
+  static CLI::Option* OneOf(CLI::Option* option, const std::vector<std::string>& words) {
     std::string list;
-    for (const auto& [name, value] : names) list += (list.empty() ? "" : "|") + name;
-    // Turns the word into the number that CLI11 reads an enumeration from.
-    const auto to_number = [names, list](std::string& word) -> std::string {
-      const auto found = names.find(word);
-      if (found == names.end()) return word + " is not one of " + list;
-      word = std::to_string(static_cast<int>(found->second));
-      return "";
+    for (const std::string& word : words) list += (list.empty() ? "" : "|") + word;
+    const auto check = [words, list](const std::string& word) -> std::string {
+      const bool found = std::find(words.begin(), words.end(), word) != words.end();
+      return found ? "" : word + " is not one of " + list;
     };
-    return command->add_option(option, encoding, what)
-        ->type_name(list)
-        ->transform(CLI::Validator(to_number, ""));
+    return option->type_name(list)->check(check);
+  }
+  // The encodings of these names.
+  static CLI::Option* AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
+                                  const std::vector<std::string>& words, const std::string& what) {
+    const auto set = [&encoding](const std::string& word) {
+      static const std::map<std::string, Encoding> encodings{
+          {"auto", Encoding::kAuto},     {"binary", Encoding::kBinary}, {"hex", Encoding::kHex},
+          {"base64", Encoding::kBase64}, {"string", Encoding::kString}, {"array", Encoding::kArray},
+          {"log", Encoding::kLog}};
+      encoding = encodings.at(word);
+    };
+    return OneOf(command->add_option_function<std::string>(option, set, what), words);
   }
   static CLI::Option* AddFrom(CLI::App* command, Encoding& from) {
     return AddEncoding(command, "--from", from,
-                       {{"auto", Encoding::kAuto},
-                        {"binary", Encoding::kBinary},
-                        {"hex", Encoding::kHex},
-                        {"base64", Encoding::kBase64},
-                        {"string", Encoding::kString},
-                        {"array", Encoding::kArray},
-                        {"log", Encoding::kLog}},
+                       {"array", "auto", "base64", "binary", "hex", "log", "string"},
                        "Form of the input; auto finds out");
   }
   static void AddSource(CLI::App* command, Source& source) {
@@ -135,9 +134,9 @@ class CommandLine {
         ->excludes("file")
         ->excludes("--from");
   }
-  static void AddRedact(CLI::App* command, bool& redact, bool& trust_type) {
+  static void AddMasking(CLI::App* command, bool& mask, bool& trust_type) {
     CLI::Option* option = command->add_flag(
-        "--redact", redact, "Mask subscriber data; refuse bytes that do not fit the type");
+        "--redact", mask, "Mask subscriber data; refuse bytes that do not fit the type");
     command
         ->add_flag("--trust-type", trust_type,
                    "Mask bytes that do not fit the type all the same: what is another type's shows")
@@ -150,7 +149,7 @@ class CommandLine {
     AddType(command, decode_.type);
     AddSource(command, decode_.source);
     command->add_flag("--json", decode_.json, "JSON; findings go to standard error");
-    AddRedact(command, decode_.redact, decode_.trust_type);
+    AddMasking(command, decode_.mask, decode_.trust_type);
     command->add_flag("--delimited", decode_.delimited,
                       "The input is a stream: messages, each preceded by its length as a varint");
   }
@@ -158,7 +157,9 @@ class CommandLine {
   void AddLog() {
     CLI::App* command = Add("log", "Show a capture or a log, a line each message",
                             [this](Schema& schema) { return LogCommand(schema, log_); });
-    command->add_option("file", log_.file, "Capture or log; - or nothing is standard input")
+    command
+        ->add_option("file", log_.files,
+                     "Captures or logs, the oldest first; - or nothing is standard input")
         ->type_name("FILE");
     command->add_option("--type", log_.types, "Only messages of this type; may be repeated")
         ->type_name("TYPE")
@@ -166,13 +167,18 @@ class CommandLine {
     command->add_option("--unit", log_.units, "Only messages of this unit; may be repeated")
         ->type_name("UNIT")
         ->allow_extra_args(false);
-    command->add_option("--kind", log_.kinds, "Only messages of this kind; may be repeated")
-        ->type_name("request|response|indication|record")
-        ->allow_extra_args(false)
-        ->check(CLI::IsMember({"request", "response", "indication", "record"}).description(""));
+    OneOf(command->add_option("--kind", log_.kinds, "Only messages of this kind; may be repeated"),
+          {"request", "response", "indication", "record"})
+        ->allow_extra_args(false);
     command->add_option("--serial", log_.serials, "Only messages of this serial; may be repeated")
         ->type_name("NUMBER")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check([](const std::string& word) -> std::string {
+          std::int32_t number = 0;
+          const char* end = word.data() + word.size();
+          const auto result = std::from_chars(word.data(), end, number);
+          return result.ec == std::errc() && result.ptr == end ? "" : word + " is not a number";
+        });
     command
         ->add_option("--grep", log_.grep,
                      "Only messages with the value in that field; FIELD~TEXT for a part of it")
@@ -186,21 +192,28 @@ class CommandLine {
     CLI::Option* count =
         command->add_flag("--count", log_.count, "How many there are of each type and result")
             ->excludes(pairs);
-    command->add_flag("--json", log_.json, "JSON, one object a line");
-    command->add_flag("--redact", log_.redact, "Mask subscriber data");
-    command->add_flag("--follow", log_.follow, "Wait for more at the end of the file")
+    CLI::Option* json = command->add_flag("--json", log_.json, "JSON, one object a line");
+    command
+        ->add_flag("--diagram", log_.diagram,
+                   "A Mermaid sequence diagram; with --pairs, responses tell how long they took")
+        ->excludes(count)
+        ->excludes(json);
+    command->add_flag("--redact", log_.mask, "Mask subscriber data");
+    command
+        ->add_flag("--follow", log_.follow,
+                   "Wait for more at the end of the last file, also after it was renamed")
         ->excludes(count);
   }
 
   void AddMask() {
     CLI::App* command = Add("mask", "Mask subscriber data in a capture or in one message",
-                            [this](Schema& schema) { return MaskCommand(schema, mask_); });
-    command->add_option("in", mask_.from, "Capture, or message with --type")
+                            [this](Schema& schema) { return RunMask(schema); });
+    command
+        ->add_option("files", words_,
+                     "Captures, the oldest first, or a message with --type; file to write; - is "
+                     "standard input or output")
         ->required()
-        ->type_name("IN");
-    command->add_option("out", mask_.to, "File to write; - is standard output")
-        ->required()
-        ->type_name("OUT");
+        ->type_name("IN... OUT");
     CLI::Option* type =
         command->add_option("--type", mask_.type, "The input is a message of this type")
             ->type_name("TYPE");
@@ -216,11 +229,7 @@ class CommandLine {
                             [this](Schema& schema) { return EncodeCommand(schema, encode_); });
     AddType(command, encode_.type);
     AddFile(command, encode_.file);
-    AddEncoding(command, "--to", encode_.to,
-                {{"auto", Encoding::kAuto},
-                 {"binary", Encoding::kBinary},
-                 {"hex", Encoding::kHex},
-                 {"base64", Encoding::kBase64}},
+    AddEncoding(command, "--to", encode_.to, {"auto", "base64", "binary", "hex"},
                 "Form of the output; auto: hex on a terminal, else binary");
     command->add_flag("--json", encode_.json, "The input is JSON");
     command->add_flag("--skeleton", encode_.skeleton,
@@ -245,10 +254,10 @@ class CommandLine {
 
   void AddDescribe() {
     CLI::App* command = Add("describe", "Explain a message, enumeration, field, value or number",
-                            [this](Schema& schema) { return DescribeCommand(schema, what_); });
+                            [this](Schema& schema) { return DescribeCommand(schema, words_); });
     command
         ->add_option(
-            "what", what_,
+            "what", words_,
             "Such as Dial, Dial.clir, RADIO_E_SIM_BUSY, 11002, 0x2afa, fa55, Dial.clir=2 or "
             "cause 17; nothing: the units")
         ->type_name("WORDS");
@@ -257,33 +266,35 @@ class CommandLine {
   void AddList() {
     CLI::App* command = Add("list", "List the messages, the enumerations, or what is in them",
                             [this](Schema& schema) { return ListCommand(schema, list_); });
-    command->add_option("what", list_, "messages (default), enums, fields or values")
-        ->type_name("messages|enums|fields|values")
-        ->check(CLI::IsMember({"messages", "enums", "fields", "values"}).description(""));
+    OneOf(command->add_option("what", list_, "messages (default), enums, fields or values"),
+          {"messages", "enums", "fields", "values"});
   }
 
   void AddDiff() {
     CLI::App* command = Add("diff", "Compare two messages or two recordings field by field",
                             [this](Schema& schema) { return RunDiff(schema); });
     command
-        ->add_option("what", diff_words_,
+        ->add_option("what", words_,
                      "Two messages of a type, two streams of a type, or two captures or logs")
         ->required()
-        ->expected(2, 3)
         ->type_name("[TYPE] LEFT RIGHT");
     command->add_flag("--delimited", diff_.delimited, "The two are streams of the type");
     AddFrom(command, diff_.from);
-    AddRedact(command, diff_.redact, diff_.trust_type);
+    AddMasking(command, diff_.mask, diff_.trust_type);
+  }
+
+  Status RunMask(Schema& schema) {
+    if (words_.size() < 2) throw UsageError("mask takes IN... OUT");
+    mask_.from.assign(words_.begin(), words_.end() - 1);
+    mask_.to = words_.back();
+    return MaskCommand(schema, mask_);
   }
 
   Status RunDiff(Schema& schema) {
-    if (diff_words_.size() == 3) diff_.type = diff_words_.front();
-    diff_.left = diff_words_[diff_words_.size() - 2];
-    diff_.right = diff_words_.back();
-    if (diff_.delimited && diff_.type.empty()) throw Error("two streams need their TYPE");
-    if (diff_.from != Encoding::kAuto && (diff_.delimited || diff_.type.empty())) {
-      throw Error("--from is for two messages of a type");
-    }
+    if (words_.size() < 2 || words_.size() > 3) throw UsageError("diff takes [TYPE] LEFT RIGHT");
+    if (words_.size() == 3) diff_.type = words_.front();
+    diff_.left = words_[words_.size() - 2];
+    diff_.right = words_.back();
     return DiffCommand(schema, diff_);
   }
 
@@ -299,8 +310,7 @@ class CommandLine {
   EncodeOptions encode_;
   IdentifyOptions identify_;
   DiffOptions diff_;
-  std::vector<std::string> diff_words_;
-  std::vector<std::string> what_;
+  std::vector<std::string> words_;  // of describe, diff and mask
   std::string list_ = "messages";
 };
 
@@ -318,6 +328,8 @@ int main(int argc, char** argv) {
   google::protobuf::SetLogHandler(nullptr);
   try {
     return inspect::CommandLine().Run(argc, argv);
+  } catch (const inspect::UsageError& error) {
+    return inspect::Fail(std::string(error.what()) + " (see --help)", inspect::kUsage);
   } catch (const std::bad_alloc&) {
     return inspect::Fail("out of memory", inspect::kBadInput);
   } catch (const std::ios_base::failure&) {

@@ -1,9 +1,10 @@
-// The subcommands. Each writes to standard output, throws Error for bad input and returns the exit
-// status.
+// The subcommands. Each writes to standard output, throws Error for bad input, UsageError for what
+// the command line has wrong, and returns the exit status.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "inspect/read/input.h"
@@ -23,8 +24,8 @@ struct DecodeOptions {
   std::string type;
   Source source;
   bool json = false;
-  bool redact = false;
-  bool trust_type = false;  // redact bytes that do not fit the type, too
+  bool mask = false;
+  bool trust_type = false;  // mask bytes that do not fit the type, too
   bool delimited = false;
 };
 Status DecodeCommand(Schema& schema, const DecodeOptions& options);
@@ -41,8 +42,12 @@ struct EncodeOptions {
 };
 Status EncodeCommand(Schema& schema, const EncodeOptions& options);
 
+// The encoded form of a message written as JSON or in the text format, required fields present or
+// not. The message gives the type; its content is dropped. Throws Error.
+std::string EncodeMessage(std::string_view source, bool json, Message& message);
+
 struct LogOptions {
-  std::string file = "-";
+  std::vector<std::string> files{"-"};  // one after another
   std::vector<std::string> types;
   std::vector<std::string> units;
   std::vector<std::string> kinds;
@@ -52,14 +57,15 @@ struct LogOptions {
   bool unknown = false;
   bool pairs = false;
   bool count = false;
+  bool diagram = false;
   bool json = false;
-  bool redact = false;
+  bool mask = false;
   bool follow = false;
 };
 Status LogCommand(Schema& schema, const LogOptions& options);
 
 struct MaskOptions {
-  std::string from;
+  std::vector<std::string> from;  // one message, or captures one after another
   std::string to;
   std::string type;  // of the one message, empty for a capture
   Encoding encoding = Encoding::kAuto;
@@ -73,10 +79,10 @@ struct IdentifyOptions {
 };
 Status IdentifyCommand(Schema& schema, const IdentifyOptions& options);
 
-// words: a name, a number, both, or bytes of the wire, in the words of a log; none for the units.
+// words: a name, a number, both, or bytes of the wire, as logs write them; none for the units.
 Status DescribeCommand(const Schema& schema, const std::vector<std::string>& words);
 
-// what: "messages" or "enums".
+// what: "messages", "enums", "fields" or "values".
 Status ListCommand(const Schema& schema, const std::string& what);
 
 struct DiffOptions {
@@ -84,7 +90,7 @@ struct DiffOptions {
   std::string left;
   std::string right;
   Encoding from = Encoding::kAuto;
-  bool redact = false;
+  bool mask = false;
   bool trust_type = false;
   bool delimited = false;
 };

@@ -13,7 +13,7 @@ namespace virtual_modem::inspect {
 namespace {
 
 // Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error,
-// behind the heading.
+// after the heading.
 void PrintFindings(const Findings& findings, const DecodeOptions& options, bool shown,
                    const std::string& heading, Output& out) {
   if (findings.empty()) return;
@@ -29,12 +29,6 @@ void PrintFindings(const Findings& findings, const DecodeOptions& options, bool 
   }
 }
 
-std::string Refused(const Findings& findings, bool shown, const std::string& type) {
-  return (shown ? "not a valid " : "not shown, as it does not fit ") + type + " (" +
-         findings.Summary() + ")" +
-         (shown ? "" : "; --trust-type masks it all the same, and shows what is another type's");
-}
-
 Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
                     const DecodeOptions& options, Output& out) {
   DelimitedReader reader(stream);
@@ -44,21 +38,16 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
   std::int64_t refused = 0;
   std::int64_t hidden = 0;
   while (reader.Next()) {
-    if (!options.json) {
-      out.Append("# message ").Append(count).Append(" at byte ").Append(reader.offset());
-      out.Append(", ").Append(static_cast<std::int64_t>(reader.size())).Append(" bytes\n");
-    }
+    const auto heading = [&] {
+      return "# message " + std::to_string(count) + " at byte " + std::to_string(reader.offset()) +
+             ", " + std::to_string(reader.size()) + " bytes\n";
+    };
+    if (!options.json) out.Append(heading());
     const Findings findings = printer.Print(type, reader.bytes());
     if (options.json && printer.shown()) out.Append("\n");
-    if (!findings.empty()) {
-      PrintFindings(findings, options, printer.shown(),
-                    "# message " + std::to_string(count) + " at byte " +
-                        std::to_string(reader.offset()) + ", " + std::to_string(reader.size()) +
-                        " bytes\n",
-                    out);
-      if (!findings.acceptable()) ++refused;
-      if (!printer.shown()) ++hidden;
-    }
+    if (!findings.empty()) PrintFindings(findings, options, printer.shown(), heading(), out);
+    if (!findings.acceptable()) ++refused;
+    if (!printer.shown()) ++hidden;
     if (reader.cut()) {
       throw Error(stream.name() + ": the stream ends within message " + std::to_string(count));
     }
@@ -66,12 +55,10 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
     progress.Show();
   }
   if (refused == 0 && hidden == 0) return kOk;
-  std::string why = std::to_string(refused) + " of " + std::to_string(count) +
-                    " messages are malformed or incomplete";
-  if (hidden != 0)
-    why = std::to_string(hidden) + " of " + std::to_string(count) +
-          " messages are not shown, as they do not fit " + options.type;
-  throw Error(stream.name() + ": " + why);
+  throw Error(
+      stream.name() + ": " + std::to_string(hidden != 0 ? hidden : refused) + " of " +
+      std::to_string(count) + " messages are " +
+      (hidden != 0 ? "not shown, as they do not fit " + options.type : "malformed or incomplete"));
 }
 
 }  // namespace
@@ -79,11 +66,10 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
 Status DecodeCommand(Schema& schema, const DecodeOptions& options) {
   const unsigned type = schema.IndexOf(schema.GetMessage(options.type));
   Output out;
-  Printer printer(
-      schema,
-      {options.json, options.redact, options.trust_type ? Misfit::kTrust : Misfit::kHide,
-       options.json && options.delimited},
-      out);
+  Printer printer(schema,
+                  {options.json, options.mask, options.trust_type ? Misfit::kTrust : Misfit::kHide,
+                   options.json && options.delimited},
+                  out);
   const Source& source = options.source;
   const bool as_is = source.from == Encoding::kBinary || source.from == Encoding::kAuto;
   if (options.delimited && as_is && !source.hex) {
@@ -100,7 +86,12 @@ Status DecodeCommand(Schema& schema, const DecodeOptions& options) {
   if (options.json && printer.shown()) out.Append("\n");
   PrintFindings(findings, options, printer.shown(), "", out);
   if (findings.acceptable() && printer.shown()) return kOk;
-  throw Error(DisplayName(source) + ": " + Refused(findings, printer.shown(), options.type));
+  throw Error(DisplayName(source) + ": " +
+              (printer.shown() ? "not a valid " : "not shown, as it does not fit ") + options.type +
+              " (" + findings.Summary() + ")" +
+              (printer.shown()
+                   ? ""
+                   : "; --trust-type masks it all the same, and shows what is another type's"));
 }
 
 }  // namespace virtual_modem::inspect

@@ -3,6 +3,7 @@
 #include <google/protobuf/io/printer.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/util/message_differencer.h>
+#include <unistd.h>
 
 #include <iostream>
 #include <memory>
@@ -15,8 +16,8 @@
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
 #include "inspect/examine/glance.h"
-#include "inspect/examine/redact.h"
-#include "inspect/read/traffic.h"
+#include "inspect/read/recording.h"
+#include "text/mask.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -24,9 +25,9 @@ namespace {
 using google::protobuf::util::MessageDifferencer;
 
 // Tells which fields differ, but of subscriber data only that it does.
-class RedactingReporter : public MessageDifferencer::StreamReporter {
+class MaskingReporter : public MessageDifferencer::StreamReporter {
  public:
-  RedactingReporter(const Schema& schema, google::protobuf::io::Printer* printer)
+  MaskingReporter(const Schema& schema, google::protobuf::io::Printer* printer)
       : StreamReporter(printer), schema_(schema) {}
 
  protected:
@@ -35,11 +36,13 @@ class RedactingReporter : public MessageDifferencer::StreamReporter {
                   bool left_side) override {
     const FieldDescriptor* field = path.back().field;
     if (field == nullptr || schema_.IsSubscriberData(*field)) {
-      Print("(redacted)");
+      Print("(masked)");
     } else if (field->message_type() != nullptr) {
       const std::unique_ptr<Message> masked(message.New());
-      masked->CopyFrom(message);
-      Redact(schema_, *masked);
+      std::string bytes;
+      text::AppendMasked(schema_.tables(), schema_.IndexOf(*message.GetDescriptor()),
+                         message.SerializePartialAsString(), text::Show::kMasked, bytes);
+      masked->ParsePartialFromString(bytes);
       StreamReporter::PrintValue(*masked, path, left_side);
     } else {
       StreamReporter::PrintValue(message, path, left_side);
@@ -51,14 +54,14 @@ class RedactingReporter : public MessageDifferencer::StreamReporter {
 };
 
 // Appends what differs; true when nothing does.
-bool Compare(const Schema& schema, const Message& left, const Message& right, bool redact,
+bool Compare(const Schema& schema, const Message& left, const Message& right, bool mask,
              std::string& report) {
   google::protobuf::io::StringOutputStream stream(&report);
   google::protobuf::io::Printer printer(&stream, '$');
   MessageDifferencer::StreamReporter plain(&printer);
-  RedactingReporter redacting(schema, &printer);
+  MaskingReporter masking(schema, &printer);
   MessageDifferencer differencer;
-  differencer.ReportDifferencesTo(redact ? &redacting : &plain);
+  differencer.ReportDifferencesTo(mask ? &masking : &plain);
   return differencer.Compare(left, right);
 }
 
@@ -69,7 +72,7 @@ std::unique_ptr<Message> Read(Schema& schema, const std::string& path, const Dif
     throw Error(DisplayName(path) + ": not a valid " + options.type + " (" + findings.Summary() +
                 ")");
   }
-  if (options.redact && !options.trust_type && findings.misfit()) {
+  if (options.mask && !options.trust_type && findings.misfit()) {
     throw Error(DisplayName(path) + ": not shown, as it does not fit " + options.type + " (" +
                 findings.Summary() + "); --trust-type compares it all the same");
   }
@@ -83,78 +86,86 @@ struct Recorded {
   const TypeInfo* type;
   std::int64_t number;
   std::string bytes;
+  bool whole;
 };
 
 // Calls take(key, recorded) for each message of a capture, a log or a stream of one type.
 template <typename Take>
-void ReadRecording(const Schema& schema, const std::string& path, const DiffOptions& options,
-                   const Take& take) {
+void ReadMessages(const Schema& schema, const std::string& path, const DiffOptions& options,
+                  const Take& take) {
   std::unordered_map<std::string, int> seen;
   const auto found = [&](const TypeInfo* type, std::string_view name, std::string_view way,
-                         std::int64_t number, std::string_view bytes) {
+                         std::int64_t number, std::string_view bytes, bool whole) {
     std::string title(name);
     if (type != nullptr) {
       const Glance glance = TakeGlance(schema, *type, bytes, nullptr);
       if (glance.serial) title += " #" + std::to_string(*glance.serial);
+      whole = whole && !glance.outcome.malformed();
     }
     std::string key = title;
     key += way;
     key += " " + std::to_string(seen[key]++);
-    take(key, Recorded{title, type, number, std::string(bytes)});
+    take(key, Recorded{title, type, number, std::string(bytes), whole});
   };
-  ByteStream stream(path);
   if (options.delimited) {
+    ByteStream stream(path);
     const TypeInfo* type = schema.FindType(schema.GetMessage(options.type).full_name());
     DelimitedReader reader(stream);
     for (std::int64_t number = 0; reader.Next(); ++number) {
-      found(type, type->type->full_name(), "", number, reader.bytes());
+      if (reader.cut()) {
+        throw Error(stream.name() + ": the stream ends within message " + std::to_string(number));
+      }
+      found(type, type->type->full_name(), "", number, reader.bytes(), true);
     }
     return;
   }
-  const std::unique_ptr<Traffic> traffic = OpenTraffic(schema, stream);
+  Recording recording(schema, {path});
   Record record;
-  bool any = false;
-  while (traffic->Next(record)) {
-    any = true;
+  while (recording.Next(record)) {
     found(record.type, record.name, record.direction == Direction::kToModem ? ">" : "<",
-          record.number, record.bytes);
+          record.number, record.bytes, record.problem.empty());
   }
-  if (!any) throw Error(stream.name() + ": no message in it (two messages need their TYPE)");
+  recording.RequireMessages(" (two messages need their TYPE)");
 }
 
 // How two messages of one place differ, as far as it may be shown.
-std::string Difference(Schema& schema, const Recorded& left, const Recorded& right, bool redact) {
+std::string Difference(Schema& schema, const Recorded& left, const Recorded& right,
+                       const DiffOptions& options) {
   std::string report;
-  if (left.bytes == right.bytes) return report;
+  if (left.bytes == right.bytes) {
+    if (!left.whole || !right.whole) report = "not comparable: cut or malformed\n";
+    return report;
+  }
   if (left.type == nullptr) return "modified: bytes of a type that the schema does not have\n";
   const std::unique_ptr<Message> a = schema.NewMessage(*left.type->type);
   const std::unique_ptr<Message> b = schema.NewMessage(*left.type->type);
   const Findings in_left = ParseAndCheck(schema, left.bytes, *a);
   const Findings in_right = ParseAndCheck(schema, right.bytes, *b);
-  if (redact && (in_left.misfit() || in_right.misfit())) {
-    return "modified: (redacted, as the bytes do not fit the type)\n";
+  if (options.mask && !options.trust_type && (in_left.misfit() || in_right.misfit())) {
+    return "modified: (masked, as the bytes do not fit the type)\n";
   }
-  if (Compare(schema, *a, *b, redact, report))
+  if (Compare(schema, *a, *b, options.mask, report)) {
     report = "modified: other bytes of the same fields\n";
+  }
   return report;
 }
 
 Status DiffRecordings(Schema& schema, const DiffOptions& options) {
   std::unordered_map<std::string, Recorded> lefts;
   std::vector<std::string> order;
-  ReadRecording(schema, options.left, options, [&](const std::string& key, Recorded recorded) {
+  ReadMessages(schema, options.left, options, [&](const std::string& key, Recorded recorded) {
     lefts.emplace(key, std::move(recorded));
     order.push_back(key);
   });
   bool equal = true;
-  ReadRecording(schema, options.right, options, [&](const std::string& key, const Recorded& right) {
+  ReadMessages(schema, options.right, options, [&](const std::string& key, const Recorded& right) {
     const auto left = lefts.find(key);
     if (left == lefts.end()) {
       std::cout << "# only right: " << right.title << ", message " << right.number << '\n';
       equal = false;
       return;
     }
-    const std::string report = Difference(schema, left->second, right, options.redact);
+    const std::string report = Difference(schema, left->second, right, options);
     if (!report.empty()) {
       std::cout << "# " << right.title << ", message " << left->second.number << " and "
                 << right.number << '\n'
@@ -176,13 +187,24 @@ Status DiffRecordings(Schema& schema, const DiffOptions& options) {
 }  // namespace
 
 Status DiffCommand(Schema& schema, const DiffOptions& options) {
-  if (options.redact) schema.RequireSubscriberData();
-  if (options.left == "-" && options.right == "-") throw Error("only one side can be read from -");
+  if (options.mask) schema.RequireSubscriberData();
+  if (options.left == "-" && options.right == "-") {
+    throw UsageError("only one side can be read from -");
+  }
+  if (options.delimited && options.type.empty()) throw UsageError("two streams need their TYPE");
+  if (options.from != Encoding::kAuto && (options.delimited || options.type.empty())) {
+    throw UsageError("--from is for two messages of a type");
+  }
+  if (options.type.empty() && access(options.left.c_str(), F_OK) != 0 &&
+      schema.FindMessage(options.left) != nullptr) {
+    throw UsageError("two messages of type " + options.left + " are two files: " + options.left +
+                     " LEFT RIGHT");
+  }
   if (options.type.empty() || options.delimited) return DiffRecordings(schema, options);
   const std::unique_ptr<Message> left = Read(schema, options.left, options);
   const std::unique_ptr<Message> right = Read(schema, options.right, options);
   std::string report;
-  const bool equal = Compare(schema, *left, *right, options.redact, report);
+  const bool equal = Compare(schema, *left, *right, options.mask, report);
   std::cout << report;
   return equal ? kOk : kDifferent;
 }

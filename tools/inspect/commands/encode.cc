@@ -1,5 +1,4 @@
 // encode: text or JSON in, bytes out, after the same checks as decode makes.
-#include "inspect/commands/encode.h"
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/tokenizer.h>
@@ -21,7 +20,6 @@
 #include "inspect/read/text_form.h"
 #include "inspect/show/file_to_write.h"
 #include "inspect/show/json.h"
-#include "inspect/show/skeleton.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -53,6 +51,58 @@ std::string ToText(const std::string& bytes, Encoding encoding) {
       return text + "\n";
     default:
       return bytes;
+  }
+}
+
+std::string FirstValue(const FieldDescriptor& field) {
+  switch (field.cpp_type()) {
+    case FieldDescriptor::CPPTYPE_STRING:
+      return "\"\"";
+    case FieldDescriptor::CPPTYPE_BOOL:
+      return "false";
+    case FieldDescriptor::CPPTYPE_ENUM:
+      return field.enum_type()->value(0)->name();
+    default:
+      return "0";
+  }
+}
+
+// The values of an enumeration that are few enough to be chosen from.
+std::string Choice(const FieldDescriptor& field) {
+  constexpr int kMaxValues = 8;
+  if (field.enum_type() == nullptr) return "";
+  if (field.enum_type()->value_count() > kMaxValues) return " " + field.enum_type()->name();
+  std::string values = ":";
+  for (int i = 0; i < field.enum_type()->value_count(); ++i) {
+    values += (i == 0 ? " " : ", ") + field.enum_type()->value(i)->name();
+  }
+  return values;
+}
+
+// The required fields of the type and below with values that can be encoded, the others as
+// comments; beside each what it is.
+void AppendSkeleton(const Descriptor& type, const std::string& indent, std::string& text) {
+  for (int i = 0; i < type.field_count(); ++i) {
+    const FieldDescriptor& field = *type.field(i);
+    const std::string note =
+        std::string(field.is_repeated() ? "repeated" : "optional") +
+        (field.message_type() != nullptr ? " " + field.message_type()->name() : Choice(field));
+    if (!field.is_required()) {
+      const bool message = field.message_type() != nullptr;
+      text += indent;
+      text += "# " + field.name();
+      text += message ? " {}" : ": " + FirstValue(field);
+      text += "  # " + note + "\n";
+    } else if (field.message_type() != nullptr) {
+      text += indent + field.name() + " {\n";
+      AppendSkeleton(*field.message_type(), indent + "  ", text);
+      text += indent + "}\n";
+    } else {
+      const std::string choice = Choice(field);
+      text += indent + field.name() + ": " + FirstValue(field);
+      if (!choice.empty()) text += "  #" + choice.substr(choice[0] == ':' ? 1 : 0);
+      text += "\n";
+    }
   }
 }
 
@@ -89,7 +139,9 @@ std::string EncodeMessage(std::string_view source, bool json, Message& message) 
 Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
   const Descriptor& type = schema.GetMessage(options.type);
   if (options.skeleton) {
-    std::cout << Skeleton(type);
+    std::string text;
+    AppendSkeleton(type, "", text);
+    std::cout << text;
     return kOk;
   }
   const std::unique_ptr<Message> message = schema.NewMessage(type);

@@ -12,11 +12,10 @@
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
+#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 namespace {
-
-using google::protobuf::Reflection;
 
 constexpr std::size_t kMaxBytes = 256U << 10U;
 
@@ -41,32 +40,14 @@ struct Candidate {
   }
 };
 
-bool IsReadable(const std::string& text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; });
-}
-
-// Looks at every string of the message and below.
-bool StringsAreReadable(const Message& message) {
-  const Reflection& reflection = *message.GetReflection();
-  std::vector<const FieldDescriptor*> fields;
-  reflection.ListFields(message, &fields);
-  for (const FieldDescriptor* field : fields) {
-    const bool is_message = field->message_type() != nullptr;
-    if (!is_message && field->cpp_type() != FieldDescriptor::CPPTYPE_STRING) continue;
-    const int count = field->is_repeated() ? reflection.FieldSize(message, field) : 1;
-    for (int i = 0; i < count; ++i) {
-      const bool readable =
-          is_message
-              ? StringsAreReadable(field->is_repeated()
-                                       ? reflection.GetRepeatedMessage(message, field, i)
-                                       : reflection.GetMessage(message, field))
-              : IsReadable(field->is_repeated() ? reflection.GetRepeatedString(message, field, i)
-                                                : reflection.GetString(message, field));
-      if (!readable) return false;
-    }
+// Looks for control characters in strings.
+struct Reading : text::Handler {
+  void String(const text::Level& /*level*/, const text::Field& /*field*/, std::string_view bytes) {
+    const auto is_control = [](char c) { return c >= 0 && c < ' '; };
+    readable = readable && std::none_of(bytes.begin(), bytes.end(), is_control);
   }
-  return true;
-}
+  bool readable = true;
+};
 
 bool IsRecord(const Schema& schema, const Descriptor& type) {
   const auto& messages = schema.messages();
@@ -87,7 +68,9 @@ Candidate Try(Schema& schema, const Descriptor& type, const std::string& bytes) 
   message->GetReflection()->ListFields(*message, &fields);
   candidate.present = static_cast<int>(fields.size());
   candidate.same_bytes = message->SerializePartialAsString() == bytes;
-  candidate.readable = StringsAreReadable(*message);
+  Reading reading;
+  text::WalkMessage(schema.tables(), schema.IndexOf(type), bytes, reading);
+  candidate.readable = reading.readable;
   candidate.is_record = IsRecord(schema, type);
   return candidate;
 }

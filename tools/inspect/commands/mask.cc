@@ -1,71 +1,77 @@
-// mask: a capture, or one message, with subscriber data masked.
-#include <cstdio>
+// mask: captures, or one message, with subscriber data masked.
+#include "text/mask.h"
+
 #include <string>
 
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
-#include "inspect/examine/redact.h"
-#include "inspect/read/capture.h"
 #include "inspect/read/hex.h"
+#include "inspect/read/recording.h"
 #include "inspect/show/file_to_write.h"
-#include "inspect/show/output.h"
-#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 namespace {
 
-Status MaskCapture(const Schema& schema, ByteStream& stream, const MaskOptions& options) {
+// The bytes of a frame masked; none of a type that the schema does not have.
+std::string MaskedFrame(Schema& schema, const Record& record) {
+  std::string masked;
+  if (record.type == nullptr) return masked;
+  text::Handler none;
+  const unsigned type = record.type->index;
+  const text::Outcome outcome = text::WalkMessage(schema.tables(), type, record.bytes, none);
+  const bool doubtful = !outcome.acceptable() || outcome.wrong_type != 0;
+  text::AppendMasked(schema.tables(), type, record.bytes,
+                     doubtful ? text::Show::kShape : text::Show::kMasked, masked);
+  return masked;
+}
+
+Status MaskCaptures(Schema& schema, const MaskOptions& options) {
+  Recording recording(schema, options.from);
+  const CaptureForm form = recording.Form();
+  if (form == CaptureForm::kNoCapture) {
+    throw Error(DisplayName(options.from.front()) + ": not a capture; one message needs --type");
+  }
+  const auto resolution = form == CaptureForm::kNanoseconds ? capture::Resolution::kNanoseconds
+                                                            : capture::Resolution::kMicroseconds;
   FileToWrite file(options.to);
-  CaptureReader reader(schema, stream);
-  const auto resolution = capture::Resolution::kMicroseconds;
   std::string out;
   capture::AppendFileHeader(resolution, out);
-  Progress progress(stream);
   Record record;
   std::int64_t emptied = 0;
-  while (reader.Next(record)) {
-    progress.Show();
-    if (record.name.empty()) {
-      ++emptied;  // whatever it is, it names no type
-      continue;
-    }
-    std::string masked;
-    if (record.type == nullptr) {
-      ++emptied;
-    } else {
-      text::Handler none;
-      const text::Outcome outcome = text::WalkMessage(
-          schema.tables(), schema.IndexOf(*record.type->type), record.bytes, none);
-      const bool misfit = !outcome.acceptable() || outcome.wrong_type != 0;
-      masked = Redact(schema, *record.type->type, record.bytes, misfit);
-    }
+  while (recording.Next(record)) {
+    if (record.type == nullptr) ++emptied;
+    if (record.name.empty()) continue;  // whatever it is, it names no type
     file.Write(out);
     out.clear();
-    AppendRecord(record, masked, resolution, options.to, out);
+    AppendRecord(record, MaskedFrame(schema, record), resolution, options.to, out);
   }
   file.Write(out);
   file.Keep();
-  const std::string left_out = reader.PassedOver();
-  if (!left_out.empty()) Note(stream.name() + ": left out " + left_out);
+  recording.NotePassedOver("left out");
   if (emptied != 0) {
-    Note(stream.name() + ": left out the bytes of frames whose type the schema does not have: " +
+    Note(recording.names() +
+         ": left out the bytes of frames whose type the schema does not have: " +
          std::to_string(emptied));
   }
   return kOk;
 }
 
 Status MaskMessage(Schema& schema, const MaskOptions& options) {
+  if (options.from.size() > 1) throw UsageError("--type takes one message");
+  const Source source{options.from.front(), options.encoding};
   const Descriptor& type = schema.GetMessage(options.type);
   bool binary = false;
-  const std::string bytes = ReadBytes({options.from, options.encoding}, &binary);
-  const Findings findings = ParseAndCheck(schema, bytes, *schema.NewMessage(type));
+  const std::string bytes = ReadBytes(source, &binary);
+  const unsigned index = schema.IndexOf(type);
+  const Findings findings = ParseAndCheck(schema, bytes, schema.Scratch(index));
   if (findings.misfit() && !options.trust_type) {
-    throw Error(DisplayName(options.from) + ": not masked, as it does not fit " + options.type +
-                " (" + findings.Summary() +
+    throw Error(DisplayName(source) + ": not masked, as it does not fit " + options.type + " (" +
+                findings.Summary() +
                 "); --trust-type masks it all the same, and what is another type's stays");
   }
-  const std::string masked = Redact(schema, type, bytes);
+  std::string masked;
+  text::AppendMasked(schema.tables(), index, bytes, text::Show::kMasked, masked);
   FileToWrite file(options.to);
   file.Write(binary ? masked : ToHex(masked) + "\n");  // what came as text goes as text
   file.Keep();
@@ -76,10 +82,7 @@ Status MaskMessage(Schema& schema, const MaskOptions& options) {
 
 Status MaskCommand(Schema& schema, const MaskOptions& options) {
   schema.RequireSubscriberData();
-  if (!options.type.empty()) return MaskMessage(schema, options);
-  ByteStream stream(options.from);
-  if (IsCapture(stream)) return MaskCapture(schema, stream, options);
-  throw Error(stream.name() + ": not a capture; one message needs --type");
+  return options.type.empty() ? MaskCaptures(schema, options) : MaskMessage(schema, options);
 }
 
 }  // namespace virtual_modem::inspect

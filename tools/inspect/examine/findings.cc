@@ -6,8 +6,6 @@
 #include <numeric>
 #include <unordered_set>
 
-#include "text/walk.h"
-
 namespace virtual_modem::inspect {
 namespace {
 
@@ -189,6 +187,11 @@ std::string Findings::Summary() const {
     if (kind != kMalformed) summary += ": " + std::to_string(counts_.at(kind));
   }
   return summary;
+}
+
+bool IsPlain(const text::Outcome& outcome) {
+  return outcome.canonical && outcome.acceptable() && outcome.unknown == 0 &&
+         outcome.undeclared == 0 && outcome.wrong_type == 0;
 }
 
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {

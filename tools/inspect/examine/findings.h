@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "inspect/schema/schema.h"
+#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 
@@ -38,9 +39,12 @@ class Findings {
   // A receiver takes the message: it parses and has every required field.
   bool acceptable() const { return count(kMalformed) + count(kMissing) == 0; }
 
+  // Bytes that may be another type's altogether.
+  bool doubtful() const { return !acceptable() || count(kWireType) != 0; }
+
   // What to tell of each, up to a hundred.
   const std::vector<std::string>& texts() const { return texts_; }
-  // One line each, behind "# ", which makes them comments of the text format.
+  // One line each, after "# ", which makes them comments of the text format.
   std::string Lines() const;
   // Such as "malformed, required fields missing: 2".
   std::string Summary() const;
@@ -49,6 +53,9 @@ class Findings {
   std::vector<std::string> texts_;
   std::array<std::size_t, kKinds> counts_{};
 };
+
+// There is nothing to tell of bytes with this outcome, and they are as a serializer writes them.
+bool IsPlain(const text::Outcome& outcome);
 
 // Parses the bytes into the message, whose old content is dropped, and tells what there is to tell.
 // What was read before a break stays in the message. Offsets count from the first byte.

@@ -73,7 +73,7 @@ bool HasPath(const Descriptor& type, const std::vector<std::string>& names) {
 
 FieldCondition::FieldCondition(const Schema& schema, const std::string& condition) {
   const std::size_t sign = condition.find_first_of("=~");
-  if (sign == std::string::npos) throw Error("--grep: " + condition + " is not FIELD=VALUE");
+  if (sign == std::string::npos) throw UsageError("--grep: " + condition + " is not FIELD=VALUE");
   contains_ = condition[sign] == '~';
   value_ = condition.substr(sign + 1);
   std::int64_t number = 0;
@@ -90,7 +90,7 @@ FieldCondition::FieldCondition(const Schema& schema, const std::string& conditio
       const char* last = step.data() + step.size() - 1;
       const auto place = std::from_chars(step.data() + open + 1, last, index);
       if (place.ec != std::errc() || place.ptr != last || *last != ']' || index < 0) {
-        throw Error("--grep: " + step + " is not a field and its place in a list");
+        throw UsageError("--grep: " + step + " is not a field and its place in a list");
       }
       step.erase(open);
     }
@@ -139,7 +139,7 @@ Glance TakeGlance(const Schema& schema, const TypeInfo& type, std::string_view b
   Glance glance;
   glance.has_field = condition == nullptr;
   Looker looker(schema.tables(), type, condition, glance);
-  glance.outcome = text::WalkMessage(schema.tables(), schema.IndexOf(*type.type), bytes, looker);
+  glance.outcome = text::WalkMessage(schema.tables(), type.index, bytes, looker);
   return glance;
 }
 

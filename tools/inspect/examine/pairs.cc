@@ -4,6 +4,34 @@
 
 namespace virtual_modem::inspect {
 
+const char* Problem(PairKind kind) {
+  switch (kind) {
+    case PairKind::kUnanswered:
+      return "no response";
+    case PairKind::kAnsweredAgain:
+      return "answered again";
+    case PairKind::kUnasked:
+      return "no request";
+    default:
+      return "";
+  }
+}
+
+std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
+  constexpr std::int64_t kDay = std::int64_t{86'400} * 1'000'000'000;
+  if (request.time == kNoTime || response.time == kNoTime) return std::nullopt;
+  if (response.time < request.time || response.time - request.time > kDay) return std::nullopt;
+  return response.time - request.time;
+}
+
+void Pairing::Take(Kind kind, Half half) {
+  if (kind == Kind::kRequest) {
+    Request(std::move(half));
+  } else if (kind == Kind::kResponse) {
+    Response(half);
+  }
+}
+
 Pairing::Key Pairing::KeyOf(std::int32_t serial, Direction direction) {
   return Key{static_cast<std::uint32_t>(serial)} << 1U | static_cast<Key>(direction);
 }
@@ -20,6 +48,7 @@ void Pairing::Request(Half request) {
   const auto old = waiting_by_key_.find(key);
   if (old != waiting_by_key_.end()) GiveUp(waiting_.find(old->second));
   answered_.erase(key);
+  request.number = ++requests_;
   waiting_by_key_[key] = request.number;
   waiting_.emplace(request.number, std::move(request));
   if (waiting_.size() > limit_) GiveUp(waiting_.begin());

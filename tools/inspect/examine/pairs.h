@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -14,17 +15,24 @@ namespace virtual_modem::inspect {
 
 // A request or a response, as far as pairs need it.
 struct Half {
-  std::int64_t number = 0;  // of the packet or line
-  std::int64_t time = 0;
+  std::int64_t time = kNoTime;
   std::string time_text;  // as it is shown
   std::string type;
   std::string error;
   std::int32_t serial = 0;
   Direction direction = Direction::kToModem;
-  bool wanted = true;  // passes the filters
+  bool wanted = true;       // passes the filters
+  std::int64_t number = 0;  // of the request among all requests
 };
 
+// How long the response took, in nanoseconds; nothing when a time is missing, and when they make no
+// sense: the response came before the request, or more than a day after it.
+std::optional<std::int64_t> Latency(const Half& request, const Half& response);
+
 enum class PairKind : std::uint8_t { kAnswered, kUnanswered, kAnsweredAgain, kUnasked, kKinds };
+
+// Such as "no response", empty for kAnswered.
+const char* Problem(PairKind kind);
 
 class Pairing {
  public:
@@ -36,19 +44,22 @@ class Pairing {
   explicit Pairing(Report report, std::size_t limit = 1U << 16U)
       : report_(std::move(report)), limit_(limit) {}
 
-  void Request(Half request);
-  void Response(const Half& response);
+  // Takes a request or a response; messages of other kinds belong to no pair.
+  void Take(Kind kind, Half half);
   // Reports what is still unanswered.
   void Finish();
 
  private:
   using Key = std::uint64_t;  // serial and side of the request
 
+  void Request(Half request);
+  void Response(const Half& response);
   static Key KeyOf(std::int32_t serial, Direction direction);
   void GiveUp(std::map<std::int64_t, Half>::iterator request);
 
   Report report_;
   const std::size_t limit_;
+  std::int64_t requests_ = 0;
   std::map<std::int64_t, Half> waiting_;  // by number
   std::unordered_map<Key, std::int64_t> waiting_by_key_;
   std::unordered_map<Key, Half> answered_;

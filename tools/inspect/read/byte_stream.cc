@@ -110,6 +110,14 @@ std::size_t ByteStream::ReadUnpacked(char* to, std::size_t size) {
       to, size, [this](char* packed, std::size_t room) { return ReadRaw(packed, room); }, name_);
 }
 
+bool ByteStream::IsElsewhere() const {
+  struct stat there {};
+  struct stat here {};
+  // For a moment there may be no file of the name: its writer is about to make it.
+  if (stat(name_.c_str(), &there) != 0 || fstat(fd_, &here) != 0) return false;
+  return there.st_ino != here.st_ino || there.st_dev != here.st_dev || there.st_size < position_;
+}
+
 std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
   if (!packed_.empty()) {
     const std::size_t count = packed_.copy(to, size);
@@ -127,7 +135,9 @@ std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw Error(name_ + ": " + std::strerror(errno));
     position_ += count;
-    if (count > 0 || !follow_ || !regular_) return static_cast<std::size_t>(count);
+    if (count > 0 || !follow_ || !regular_ || moved_) return static_cast<std::size_t>(count);
+    moved_ = IsElsewhere();
+    if (moved_) continue;  // what was written before it was moved is still to be read
     if (before_wait_) before_wait_();
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }

@@ -11,7 +11,8 @@ namespace virtual_modem::inspect {
 
 class ByteStream {
  public:
-  // "-" is standard input. With follow, the end of a file is waited at for more. Throws Error.
+  // "-" is standard input. With follow, the end of a file is waited at for more, until its path
+  // names another file or it was cut. Throws Error.
   explicit ByteStream(const std::string& path, bool follow = false);
   // The bytes themselves, which must outlive the stream.
   ByteStream(std::string_view bytes, std::string name);
@@ -25,6 +26,9 @@ class ByteStream {
   // The next bytes, at most 8, without taking them; fewer at the end.
   std::string_view Peek(std::size_t size);
 
+  // The end that was read is that of a followed file; the path is to be opened again.
+  bool moved() const { return moved_; }
+
   // Called before every wait.
   void BeforeWait(std::function<void()> call) { before_wait_ = std::move(call); }
 
@@ -37,6 +41,7 @@ class ByteStream {
  private:
   class Inflater;
 
+  bool IsElsewhere() const;
   std::size_t ReadRaw(char* to, std::size_t size);
   std::size_t ReadUnpacked(char* to, std::size_t size);
 
@@ -44,6 +49,7 @@ class ByteStream {
   int fd_ = -1;
   bool follow_ = false;
   bool regular_ = false;
+  bool moved_ = false;
   std::string_view memory_;
   std::int64_t position_ = 0;
   std::int64_t size_ = 0;

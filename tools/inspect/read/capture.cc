@@ -50,6 +50,18 @@ std::size_t LinkHeader(pcap* capture, const std::string& name) {
 
 }  // namespace
 
+CaptureForm FormOf(ByteStream& stream) {
+  const std::string_view begin = stream.Peek(4);
+  for (const std::string_view magic : {"\xA1\xB2\xC3\xD4", "\xD4\xC3\xB2\xA1"}) {
+    if (begin == magic) return CaptureForm::kMicroseconds;
+  }
+  for (const std::string_view magic :
+       {"\xA1\xB2\x3C\x4D", "\x4D\x3C\xB2\xA1", "\x0A\x0D\x0D\x0A"}) {  // the last is pcapng's
+    if (begin == magic) return CaptureForm::kNanoseconds;
+  }
+  return CaptureForm::kNoCapture;
+}
+
 bool ReadDatagram(std::string_view packet, Datagram& datagram) {
   if (packet.size() < kIpHeaderBytes || Number(packet, 0, 1) >> 4U != 4) return false;
   const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
@@ -107,9 +119,6 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
   } else if (record.bytes.size() > size) {
     record.problem = std::to_string(record.bytes.size() - size) + " bytes behind the frame";
     record.bytes = record.bytes.substr(0, size);
-  }
-  if (record.type == nullptr && record.problem.empty()) {
-    record.problem = "the schema has no such type";
   }
   return true;
 }

@@ -13,6 +13,10 @@ struct pcap;
 
 namespace virtual_modem::inspect {
 
+// What a file is by its first bytes, in the order of how fine its times can be.
+enum class CaptureForm : std::uint8_t { kNoCapture, kMicroseconds, kNanoseconds };
+CaptureForm FormOf(ByteStream& stream);
+
 // The datagram of one packet.
 struct Datagram {
   std::uint16_t from_port = 0;

@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "inspect/error.h"
-#include "inspect/read/traffic.h"
+#include "inspect/read/capture.h"
 #include "inspect/show/terminal.h"
 
 namespace virtual_modem::inspect {
@@ -58,7 +58,7 @@ std::string ReadBytes(const Source& source, bool* as_is) {
 }
 
 void RefuseCapture(ByteStream& stream) {
-  if (!IsCapture(stream)) return;
+  if (FormOf(stream) == CaptureForm::kNoCapture) return;
   throw Error(stream.name() + ": a capture, whose messages the command log shows");
 }
 

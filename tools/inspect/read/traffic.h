@@ -4,7 +4,6 @@
 #include <virtual_modem/frame.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -16,7 +15,11 @@ namespace virtual_modem::inspect {
 constexpr std::int64_t kNoTime = -1;
 
 // kNoTime for what nanoseconds in 64 bits cannot count.
-std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds);
+constexpr std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  if (seconds < 0 || seconds >= INT64_MAX / kSecond) return kNoTime;
+  return seconds * kSecond + nanoseconds;
+}
 
 // One message. What it refers to is valid until the next one is read.
 struct Record {
@@ -39,9 +42,5 @@ class Traffic {
   // What was passed over, and how much of it; empty for nothing.
   virtual std::string PassedOver() const = 0;
 };
-
-// A capture (pcap or pcapng) or a log, found out by the first bytes.
-bool IsCapture(ByteStream& stream);
-std::unique_ptr<Traffic> OpenTraffic(const Schema& schema, ByteStream& stream);
 
 }  // namespace virtual_modem::inspect

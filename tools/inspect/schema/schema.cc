@@ -85,8 +85,8 @@ void Schema::FillTypes() {
       const std::string_view name = KindName(each);
       if (Lower(comment.substr(0, name.size())) == name) kind = each;
     }
-    types_.push_back(
-        {type, UnitOf(*type->file()), kind, serial == nullptr ? 0 : serial->number(), error});
+    types_.push_back({type, IndexOf(*type), UnitOf(*type->file()), kind,
+                      serial == nullptr ? 0 : serial->number(), error});
     types_by_name_[type->full_name()] = types_.size() - 1;
     types_by_name_.emplace(type->name(), types_.size() - 1);
   }
@@ -140,9 +140,15 @@ std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) {
   return std::unique_ptr<Message>(factory_.GetPrototype(&type)->New());
 }
 
+Message& Schema::Scratch(unsigned index) {
+  scratch_.resize(messages_.size());
+  if (!scratch_[index]) scratch_[index] = NewMessage(*messages_[index]);
+  return *scratch_[index];
+}
+
 void Schema::RequireSubscriberData() const {
   if (!subscriber_data_.empty()) return;
-  throw Error("there is no subscriber_data.txt beside the descriptor set: nothing can be redacted");
+  throw Error("there is no subscriber_data.txt beside the descriptor set: nothing can be masked");
 }
 
 std::string_view KindName(Kind kind) {

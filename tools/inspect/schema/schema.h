@@ -33,6 +33,7 @@ std::string_view KindName(Kind kind);
 // What the traffic of messages is read by.
 struct TypeInfo {
   const Descriptor* type;
+  unsigned index;  // in the tables
   std::string unit;
   Kind kind;
   int serial;                    // number of the field of that name, 0 when there is none
@@ -62,6 +63,8 @@ class Schema {
   const EnumDescriptor* FindEnum(std::string_view name) const;
 
   std::unique_ptr<Message> NewMessage(const Descriptor& type);
+  // A message of the type at that index to parse into, which may hold what was parsed before.
+  Message& Scratch(unsigned index);
 
   // Whether the field holds what identifies a subscriber or what a subscriber says.
   bool IsSubscriberData(const FieldDescriptor& field) const {
@@ -82,6 +85,7 @@ class Schema {
   std::vector<TypeInfo> types_;
   std::unordered_map<std::string_view, std::size_t> types_by_name_;  // with and without package
   SchemaTables tables_;
+  std::vector<std::unique_ptr<Message>> scratch_;  // by index
   std::unordered_set<const FieldDescriptor*> subscriber_data_;
 };
 

@@ -2,10 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "inspect/examine/findings.h"
 #include "inspect/schema/schema.h"
@@ -13,7 +11,7 @@
 
 namespace virtual_modem::inspect {
 
-// What becomes of bytes that are to be redacted and do not fit their type.
+// What becomes of bytes that are to be masked and do not fit their type.
 enum class Misfit : std::uint8_t {
   kHide,   // nothing is shown
   kShape,  // all strings and lists of numbers are masked
@@ -22,7 +20,7 @@ enum class Misfit : std::uint8_t {
 
 struct PrinterOptions {
   bool json = false;
-  bool redact = false;
+  bool mask = false;
   Misfit misfit = Misfit::kHide;
   bool single_line = false;
 };
@@ -41,12 +39,10 @@ class Printer {
 
  private:
   text::Outcome AppendText(unsigned type, std::string_view bytes, bool whatever_comes);
-  Message& MessageOf(unsigned type);
 
   Schema& schema_;
   const PrinterOptions options_;
   Output& out_;
-  std::unordered_map<unsigned, std::unique_ptr<Message>> messages_;
   std::string masked_;
   std::string json_;
   bool shown_ = true;

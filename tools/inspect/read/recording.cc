@@ -1,0 +1,75 @@
+#include "inspect/read/recording.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "inspect/error.h"
+#include "inspect/read/input.h"
+#include "inspect/read/text_log.h"
+
+namespace virtual_modem::inspect {
+
+Recording::Recording(const Schema& schema, const std::vector<std::string>& files, bool follow,
+                     std::function<void()> before_wait)
+    : schema_(schema), before_wait_(std::move(before_wait)) {
+  for (const std::string& file : files) Open(file, follow && &file == &files.back());
+}
+
+void Recording::Open(const std::string& file, bool follow) {
+  streams_.push_back(std::make_unique<ByteStream>(file, follow));
+  streams_.back()->BeforeWait(before_wait_);
+}
+
+bool Recording::Next(Record& record) {
+  for (; at_ < streams_.size(); ++at_) {
+    ByteStream& stream = *streams_[at_];
+    if (!traffic_) {
+      if (FormOf(stream) == CaptureForm::kNoCapture) {
+        traffic_ = std::make_unique<TextLogReader>(schema_, stream);
+      } else {
+        traffic_ = std::make_unique<CaptureReader>(schema_, stream);
+      }
+      progress_.emplace(stream);
+    }
+    progress_->Show();
+    if (traffic_->Next(record)) {
+      ++messages_;
+      return true;
+    }
+    const std::string passed_over = traffic_->PassedOver();
+    if (!passed_over.empty()) passed_over_.emplace_back(stream.name(), passed_over);
+    traffic_.reset();
+    progress_.reset();
+    if (stream.moved()) Open(stream.name(), true);
+  }
+  return false;
+}
+
+CaptureForm Recording::Form() {
+  CaptureForm finest = CaptureForm::kMicroseconds;
+  for (const auto& stream : streams_) {
+    const CaptureForm form = FormOf(*stream);
+    if (form == CaptureForm::kNoCapture) return form;
+    finest = std::max(finest, form);
+  }
+  return finest;
+}
+
+std::string Recording::names() const {
+  std::string names;
+  for (const auto& stream : streams_) names += (names.empty() ? "" : ", ") + stream->name();
+  return names;
+}
+
+void Recording::RequireMessages(const std::string& hint) const {
+  if (messages_ != 0) return;
+  std::string why = names() + ": no message in it";
+  for (const auto& [name, what] : passed_over_) why += "; " + what;
+  throw Error(why + hint);
+}
+
+void Recording::NotePassedOver(const std::string& words) const {
+  for (const auto& [name, what] : passed_over_) Note(name + ": " + words + " " + what);
+}
+
+}  // namespace virtual_modem::inspect

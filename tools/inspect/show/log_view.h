@@ -1,0 +1,34 @@
+// What log makes of the messages that it reads.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "inspect/examine/glance.h"
+#include "inspect/read/traffic.h"
+#include "inspect/show/output.h"
+
+namespace virtual_modem::inspect {
+
+class LogView {
+ public:
+  virtual ~LogView() = default;
+  // passes: the filters keep the message. Views that relate messages to others need the rest too.
+  virtual void Take(const Record& record, const Glance& glance, bool passes) = 0;
+  // After the last message.
+  virtual void Finish() {}
+};
+
+// What is wrong with the frame or the line, beside the message in it; empty for nothing.
+std::string Remark(const Record& record);
+
+// A line of text or a JSON object for each message.
+std::unique_ptr<LogView> MakeLines(Schema& schema, bool json, bool mask, Output& out);
+// How many there are of each type and result.
+std::unique_ptr<LogView> MakeCounts(bool json, Output& out);
+// Requests with their responses.
+std::unique_ptr<LogView> MakePairs(bool json, Output& out);
+// A Mermaid sequence diagram, with the time that each response took if they are to be paired.
+std::unique_ptr<LogView> MakeDiagram(Schema& schema, bool pairs, Output& out);
+
+}  // namespace virtual_modem::inspect
