@@ -49,7 +49,7 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   DecodeOptions decode;
   decode.type = type;
   decode.json = first;
-  decode.redact = second;
+  decode.mask = second;
   decode.delimited = third;
   EncodeOptions encode;
   encode.type = type;
@@ -60,15 +60,16 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   DiffOptions diff;
   diff.type = type;
   diff.from = from;
-  diff.redact = first;
+  diff.mask = first;
   diff.trust_type = second;
   diff.delimited = third;
   LogOptions log;
   log.incomplete = (choice & 4) != 0;
-  log.redact = (choice & 8) != 0;
+  log.mask = (choice & 8) != 0;
   log.pairs = first;
   log.count = second;
   log.json = third;
+  log.diagram = second && third;
   log.grep = third ? "calls.number~1" : "";
   switch (choice & 0x83) {
     case 0:
@@ -84,11 +85,11 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
       diff.right = other.Holding(bytes.substr(half));
       return DiffCommand(schema, diff);
     case 0x80:
-      log.file = file.Holding(bytes);
+      log.files = {file.Holding(bytes)};
       return LogCommand(schema, log);
     case 0x81:
       return MaskCommand(schema,
-                         {file.Holding(bytes), "/dev/null", third ? type : "", from, first});
+                         {{file.Holding(bytes)}, "/dev/null", third ? type : "", from, first});
     case 0x82:
       diff.type.clear();
       diff.delimited = false;

@@ -78,13 +78,13 @@ What is asked for, by any of the marks:
   >   inspect log log.pcap $wrong
   > done
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
-  virtual-modem-inspect: there is no unit radoi; did you mean radio?
-  virtual-modem-inspect: --kind: reply not in {request,response,indication,record} (see --help)
+  virtual-modem-inspect: --unit: radoi is not one of radio|ims_service|call_size|conference|data_share (see --help)
+  virtual-modem-inspect: --kind: reply is not one of request|response|indication|record (see --help)
   virtual-modem-inspect: --grep: no message has a field numbr; did you mean number?
-  virtual-modem-inspect: --grep: calls is not FIELD=VALUE
-  virtual-modem-inspect: --grep: calls[x] is not a field and its place in a list
-  virtual-modem-inspect: --grep: calls[1x] is not a field and its place in a list
-  virtual-modem-inspect: --grep: calls[-1] is not a field and its place in a list
+  virtual-modem-inspect: --grep: calls is not FIELD=VALUE (see --help)
+  virtual-modem-inspect: --grep: calls[x] is not a field and its place in a list (see --help)
+  virtual-modem-inspect: --grep: calls[1x] is not a field and its place in a list (see --help)
+  virtual-modem-inspect: --grep: calls[-1] is not a field and its place in a list (see --help)
   virtual-modem-inspect: --pairs excludes --count (see --help)
   [2]
 
@@ -179,8 +179,8 @@ Each side has serials of its own:
   09-09 01:46:41.000000 #5 Hangup > NoResultResponse RADIO_E_SUCCESS after 2000.000 ms
   09-09 01:46:40.000000 #5 Hangup > NoResultResponse RADIO_E_RADIO_NOT_AVAILABLE after 7000.000 ms
   09-09 01:46:48.000000 #5 Hangup: no response
-  09-09 01:46:49.000000 #5 Hangup > NoResultResponse 1000 after -500.000 ms
-  # 3 answered after 2833.333 ms on average, 7000.000 ms at most; 1 not answered, 0 answered again, 0 responses without a request
+  09-09 01:46:49.000000 #5 Hangup > NoResultResponse 1000 after an unknown time
+  # 3 answered after 4500.000 ms on average, 7000.000 ms at most; 1 not answered, 0 answered again, 0 responses without a request
 
 What waits and what was answered is forgotten in the end:
 

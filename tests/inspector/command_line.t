@@ -32,7 +32,7 @@
   virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)
   [2]
   $ inspect list nosuch
-  virtual-modem-inspect: what: nosuch not in {messages,enums,fields,values} (see --help)
+  virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
   [2]
   $ for words in 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
   >     'log --serial x' 'mask in' 'mask --trust-type in out' 'mask --from hex in out' \
@@ -43,15 +43,15 @@
   virtual-modem-inspect: file excludes --hex (see --help)
   virtual-modem-inspect: --from excludes --hex (see --help)
   virtual-modem-inspect: --count excludes --follow (see --help)
-  virtual-modem-inspect: Could not convert: --serial = x (see --help)
-  virtual-modem-inspect: out is required (see --help)
+  virtual-modem-inspect: --serial: x is not a number (see --help)
+  virtual-modem-inspect: mask takes IN... OUT (see --help)
   virtual-modem-inspect: --trust-type requires --type (see --help)
   virtual-modem-inspect: --from requires --type (see --help)
   virtual-modem-inspect: --to excludes --capture (see --help)
   virtual-modem-inspect: --delimited excludes --capture (see --help)
   virtual-modem-inspect: --to: array is not one of auto|base64|binary|hex (see --help)
-  virtual-modem-inspect: what: At least 2 required but received 1 (see --help)
-  virtual-modem-inspect: what: At Most 3 required but received 4 (see --help)
+  virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
+  virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: --trust-type requires --redact (see --help)
   [2]
   $ inspect decode Dail

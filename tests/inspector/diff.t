@@ -11,18 +11,18 @@
   $ inspect diff --redact IccCardStatusResponse card.bin - <other.bin
   modified: cardstatus.base.applications[0].appstate: APPSTATE_READY -> APPSTATE_PIN
   modified: cardstatus.atr: "3b9f96801f" -> ""
-  modified: cardstatus.iccid: (redacted) -> (redacted)
+  modified: cardstatus.iccid: (masked) -> (masked)
   [3]
   $ inspect diff IccCardStatusResponse card.bin <(head -c 40 card.bin)
   virtual-modem-inspect: /dev/fd/63: not a valid IccCardStatusResponse (malformed, required fields missing: 9)
   [1]
   $ inspect diff IccCardStatusResponse - -
-  virtual-modem-inspect: only one side can be read from -
-  [1]
+  virtual-modem-inspect: only one side can be read from - (see --help)
+  [2]
   $ inspect diff --from hex card.bin card.bin || inspect diff --from hex --delimited Dial card.bin card.bin
-  virtual-modem-inspect: --from is for two messages of a type
-  virtual-modem-inspect: --from is for two messages of a type
-  [1]
+  virtual-modem-inspect: --from is for two messages of a type (see --help)
+  virtual-modem-inspect: --from is for two messages of a type (see --help)
+  [2]
 
 An element more, with subscriber data in it, and an unknown field, which only trust in the type shows:
 
@@ -30,7 +30,7 @@ An element more, with subscriber data in it, and an unknown field, which only tr
   virtual-modem-inspect: /dev/fd/63: not shown, as it does not fit Dial (required fields missing: 3); --trust-type compares it all the same
   [1]
   $ inspect diff --redact --trust-type Dial <(echo 0800) <(echo 0800 2a07 08011a03 414243 9a3e03 414243)
-  added: 995[0]: (redacted)
+  added: 995[0]: (masked)
   added: uusinfo[0]: { uustype: TYPE1_REQUIRED uusdata: "XXX" }
   [3]
 
@@ -66,7 +66,7 @@ Two recordings: their messages are matched by type, direction and serial.
   # NoResultResponse #1, message 5 and 1
   modified: error: RADIO_E_SUCCESS -> RADIO_E_RADIO_NOT_AVAILABLE
   # Dial #1, message 2 and 2
-  modified: address: (redacted) -> (redacted)
+  modified: address: (masked) -> (masked)
   $ inspect diff left.pcap left.pcap
 
 What differs in any way makes the status 3: a message more on either side, the same fields in other
@@ -89,18 +89,18 @@ bytes, bytes that do not fit their type.
   [3]
   $ compare '1 > EmergencyNumber 0a0131' '1 > EmergencyNumber 0a0132' --redact
   # EmergencyNumber, message 1 and 1
-  modified: (redacted, as the bytes do not fit the type)
+  modified: (masked, as the bytes do not fit the type)
   [3]
   $ compare '1 > Hangup 080010021801' '1 > Hangup 08001002' --redact
   # Hangup #2, message 1 and 1
-  modified: (redacted, as the bytes do not fit the type)
+  modified: (masked, as the bytes do not fit the type)
   [3]
   $ compare '1 < Hangup 080010021801' '1 > Hangup 080010021801'
   # only right: Hangup #2, message 1
   # only left: Hangup #2, message 1
   [3]
   $ inspect diff left.pcap card.bin
-  virtual-modem-inspect: card.bin: no message in it (two messages need their TYPE)
+  virtual-modem-inspect: card.bin: no message in it; lines without the type and the content of a message: 3 (two messages need their TYPE)
   [1]
 
   $ for serial in 1 2 3; do echo "platformtype: UNKNOW serial: $serial gsmindex: 1" | inspect encode --delimited Hangup; done >left
@@ -113,5 +113,5 @@ bytes, bytes that do not fit their type.
   $ inspect diff --delimited --redact Hangup left right | tail -n 1
   # only left: Hangup #2, message 1
   $ inspect diff --delimited left right
-  virtual-modem-inspect: two streams need their TYPE
-  [1]
+  virtual-modem-inspect: two streams need their TYPE (see --help)
+  [2]

@@ -61,7 +61,7 @@ Without the list there is no masking by mistake, and an entry that names no fiel
 
   $ mkdir data && cp "$BUILD"/share/virtual-modem-protos/*.binpb data
   $ inspect decode --redact --schema data/virtual-modem-protos.binpb IccCardStatusResponse card.bin
-  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be redacted
+  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be masked
   [1]
   $ echo 'Dial.nosuch # gone' >data/subscriber_data.txt
   $ inspect list --schema data/virtual-modem-protos.binpb

@@ -6,20 +6,28 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "inspect/error.h"
 
 namespace virtual_modem::inspect {
 
 FileToWrite::FileToWrite(const std::string& path) : path_(path) {
-  struct stat info {};
-  const bool special = stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
-  if (path == "-") {
+  if (path_ == "-") {
     file_ = stdout;
-  } else if (special) {
-    file_ = std::fopen(path.c_str(), "wbe");
+    return;
+  }
+  std::error_code ignored;
+  if (std::filesystem::is_symlink(path_, ignored)) {
+    target_ = std::filesystem::canonical(path_, ignored).string();
+    if (target_.empty()) throw Error(path_ + ": a symbolic link to a file that does not exist");
+  }
+  struct stat old {};
+  if (stat(target_.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) {
+    file_ = std::fopen(target_.c_str(), "wbe");
   } else {
-    temporary_ = path + ".XXXXXX";
+    temporary_ = target_ + ".XXXXXX";
     const int fd = mkstemp(temporary_.data());  // for the owner alone: it may hold anything
     file_ = fd < 0 ? nullptr : fdopen(fd, "wb");
     if (file_ == nullptr) temporary_.clear();
@@ -43,7 +51,9 @@ void FileToWrite::Write(std::string_view bytes) {
 void FileToWrite::Keep() {
   if (std::fflush(file_) != 0) Fail();
   if (temporary_.empty()) return;
-  if (std::rename(temporary_.c_str(), path_.c_str()) != 0) Fail();
+  struct stat old {};
+  if (stat(target_.c_str(), &old) == 0 && fchmod(fileno(file_), old.st_mode & 0777U) != 0) Fail();
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail();
   temporary_.clear();
 }
 

@@ -7,8 +7,8 @@
 
 namespace virtual_modem::inspect {
 
-// Writes beside the path and puts the result there in the end; "-" is standard output. Throws
-// Error.
+// Writes beside the path, or what it is a link to, and puts the result there in the end, with the
+// permissions of the file that it replaces; "-" is standard output. Throws Error.
 class FileToWrite {
  public:
   explicit FileToWrite(const std::string& path);
@@ -24,6 +24,7 @@ class FileToWrite {
   [[noreturn]] void Fail() const;
 
   const std::string path_;
+  std::string target_ = path_;
   std::string temporary_;  // empty for what is no regular file, and written in place
   std::FILE* file_ = nullptr;
 };

@@ -1,0 +1,58 @@
+  $ . "$TESTDIR/setup.sh"
+  $ export TZ=UTC
+  $ make() { "$TESTDIR/make_capture.py" "$@"; }
+
+Recordings that were rotated are read as one, and followed when their writer renames them:
+
+  $ echo '1 > Dial 080010011a033131322000' | make >call.pcap.1
+  $ echo '2 < NoResultResponse 080010011800' | make >call.pcap
+  $ inspect log --pairs call.pcap.1 call.pcap | head -n 1
+  01-01 00:00:01.000000 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 1000.000 ms
+  $ inspect mask call.pcap.1 call.pcap both.pcap && inspect log both.pcap | cut -c 13-50
+  01.000000 > Dial #1 11 B platformtype:
+  02.000000 < NoResultResponse #1 6 B pl
+  $ inspect log call.pcap nosuch
+  virtual-modem-inspect: nosuch: No such file or directory
+  [1]
+  $ cp call.pcap.1 live && mkfifo lines && { "$INSPECT" log --follow call.pcap live >lines & } 2>/dev/null
+  $ exec 3<lines && head -n 2 <&3 | cut -c 13-31
+  02.000000 < NoResul
+  01.000000 > Dial #1
+  $ tail -c +25 call.pcap >>live && mv live old && cp call.pcap live && head -n 2 <&3 | cut -c 13-31
+  02.000000 < NoResul
+  02.000000 < NoResul
+  $ cat call.pcap.1 >live && head -n 1 <&3 | cut -c 13-31
+  01.000000 > Dial #1
+  $ kill $! && exec 3<&-
+
+A diagram, in which nothing that a message holds is taken for more than text:
+
+  $ make >odd.pcap <<'PACKETS'
+  > 1 > Dial/4 080010011a033131322000
+  > 1.1 > Hangup 080010051801
+  > 2 < NoResultResponse 080010011800
+  > 3 < NoResultResponse 080010011833
+  > 4 > END 00
+  > 5 < GetVoiceRadioTechResponse 0800100718002063
+  > 6 < NoResultIndication 0800480148014801480148014801
+  > PACKETS
+  $ inspect log --diagram --pairs odd.pcap
+  sequenceDiagram
+    participant T as Telephony
+    participant M as Modem
+    T->>M: Dial op 4 serial 1
+    T->>M: Hangup serial 5
+    M-->>T: NoResultResponse serial 1 RADIO_E_SUCCESS after 1000.000 ms
+    M-->>T: NoResultResponse serial 1 RADIO_E_SIM_BUSY - answered again
+    T-)M: #69;ND
+    Note over T,M: the schema has no such type
+    M-->>T: GetVoiceRadioTechResponse serial 7 RADIO_E_SUCCESS - no request
+    Note over T,M: rat#58; 99 is not a Technology#59; kept as unknown field 4 (byte 6), so required rat is absent
+    M-)T: NoResultIndication
+    Note over T,M: unknown field 9 at byte 2, varint, 2 bytes with its tag<br/>unknown field 9 at byte 4, varint, 2 bytes with its tag<br/>unknown field 9 at byte 6, varint, 2 bytes with its tag<br/>and 3 more
+    Note over T,M: Hangup serial 5#58; no response
+  $ inspect log --diagram --type Dial odd.pcap
+  sequenceDiagram
+    participant T as Telephony
+    participant M as Modem
+    T->>M: Dial op 4 serial 1
