@@ -22,24 +22,17 @@
   $ inspect nosuch
   virtual-modem-inspect: there is no command nosuch (see --help)
   [2]
-  $ inspect decode
-  virtual-modem-inspect: type is required (see --help)
-  [2]
-  $ inspect decode --from octal Dial
-  virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
-  [2]
-  $ inspect decode --nosuch Dial
-  virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)
-  [2]
-  $ inspect list nosuch
-  virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
-  [2]
-  $ for words in 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
+  $ for words in decode 'decode --from octal Dial' 'decode --nosuch Dial' 'list nosuch' 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
   >     'log --serial x' 'mask in' 'mask --trust-type in out' 'mask --from hex in out' \
   >     'encode --capture x --to hex Dial' 'encode --capture x --delimited Dial' 'encode --to array Dial' \
-  >     'diff x' 'diff Dial x y z' 'diff --trust-type Dial x y'; do
+  >     'diff x' 'diff Dial x y z' 'diff --trust-type Dial x y' 'diff Hangup d.pcap' 'diff Hangup - -' \
+  >     'diff --from hex x y' 'diff --delimited x y' 'log --json --diagram x'; do
   >   inspect $words
   > done
+  virtual-modem-inspect: type is required (see --help)
+  virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
+  virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)
+  virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
   virtual-modem-inspect: file excludes --hex (see --help)
   virtual-modem-inspect: --from excludes --hex (see --help)
   virtual-modem-inspect: --count excludes --follow (see --help)
@@ -53,15 +46,17 @@
   virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: --trust-type requires --redact (see --help)
+  virtual-modem-inspect: two messages of type Hangup are two files: Hangup LEFT RIGHT (see --help)
+  virtual-modem-inspect: only one side can be read from - (see --help)
+  virtual-modem-inspect: --from is for two messages of a type (see --help)
+  virtual-modem-inspect: two streams need their TYPE (see --help)
+  virtual-modem-inspect: --json excludes --diagram (see --help)
   [2]
-  $ inspect decode Dail
+  $ for words in 'decode Dail' 'decode Dial /nonexistent' 'encode Dial /nonexistent' 'log /nonexistent'; do inspect $words; done
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
-  [1]
-  $ inspect decode Dial /nonexistent
   virtual-modem-inspect: /nonexistent: No such file or directory
-  [1]
-  $ inspect decode IccCardStatusResponse card.bin >/dev/full
-  virtual-modem-inspect: cannot write to standard output
+  virtual-modem-inspect: /nonexistent: No such file or directory
+  virtual-modem-inspect: /nonexistent: No such file or directory
   [1]
   $ inspect --schema /nonexistent list
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
@@ -69,22 +64,15 @@
   $ inspect --schema card.bin list
   virtual-modem-inspect: card.bin is not a descriptor set
   [1]
-  $ inspect list --schema "$BUILD"/share/virtual-modem-protos/*.binpb | wc -l
-  122
-  $ VIRTUAL_MODEM_DESCRIPTOR_SET= inspect list | wc -l
-  122
   $ VIRTUAL_MODEM_DESCRIPTOR_SET=/nonexistent inspect list
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
   [1]
-  $ for words in --help --version 'log --help' 'list'; do inspect $words >/dev/full; echo $?; done
+  $ for words in --help 'log --help' list 'decode IccCardStatusResponse card.bin'; do inspect $words >/dev/full; done
   virtual-modem-inspect: cannot write to standard output
-  1
   virtual-modem-inspect: cannot write to standard output
-  1
   virtual-modem-inspect: cannot write to standard output
-  1
   virtual-modem-inspect: cannot write to standard output
-  1
+  [1]
   $ inspect decode IccCardStatusResponse card.bin >&-
   virtual-modem-inspect: standard output is closed
   [1]

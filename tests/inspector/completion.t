@@ -12,10 +12,6 @@ Bash:
   2
   $ completions --
   --help --version --schema
-  $ completions decode Hang
-  Hangup
-  $ completions decode --de
-  --delimited
   $ completions decode --delimited Dial --from b
   base64 binary
   $ completions --schema x decode --from hex Hang
@@ -24,22 +20,12 @@ Bash:
   hex
   $ completions decode --from =
   array auto base64 binary hex log string
-  $ completions decode --delimited DialX
-  
-  $ completions decode Dial Hang
-  
   $ completions decode SlaveD
   SlaveDeactivateDataCallRequest
   $ completions decode virtualdata.proto.SlaveD
   virtualdata.proto.SlaveDeactivateDataCallRequest
-  $ completions describe CallR
-  CallRat
-  $ completions describe RADIO_E_SIM_B
-  RADIO_E_SIM_BUSY
   $ completions describe Dial.c
   Dial.clir
-  $ completions describe SlaveMasterShareDataChange.r
-  SlaveMasterShareDataChange.result
   $ completions describe Dial.clir = CLIR_S
   CLIR_SUPPRESSION
   $ completions log --unit r

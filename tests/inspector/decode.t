@@ -20,14 +20,6 @@ A message that is cut shows what was read, where it breaks and what is missing:
   # missing required cardstatus.atr
   # missing required cardstatus.iccid
   virtual-modem-inspect: standard input: not a valid IccCardStatusResponse (malformed, required fields missing: 6)
-  $ head -c 60 card.bin | inspect decode --json IccCardStatusResponse 2>&1 >cut.json | tail -n 1
-  virtual-modem-inspect: standard input: not a valid IccCardStatusResponse (malformed, required fields missing: 6)
-  $ tail -c 12 cut.json
-   ]
-    }
-   }
-  }
-
 A cut inside a string, a varint, a tag, a length:
 
   $ for size in 85 51 16 3 13; do
@@ -131,10 +123,6 @@ Negative numbers take ten bytes; those of an enumeration and of a list too:
 
 Of many findings the first hundred are told, all are counted, and the last one never gets lost:
 
-  $ (printf '08011001180148%.0s01' 1; printf '4801%.0s' {2..99}) | inspect decode Hangup | tail -n 1
-  # unknown field 9 at byte 202, varint, 2 bytes with its tag
-  $ (printf '080110011801'; printf '4801%.0s' {1..101}; printf 10) | inspect decode Hangup 2>&1 | grep -c '^# unknown'
-  100
   $ (printf '080110011801'; printf '4801%.0s' {1..101}; printf 10) | inspect decode Hangup 2>&1 | tail -n 3
   # malformed at byte 209 in serial: the input ends inside a varint
   # only the first 100 findings are shown

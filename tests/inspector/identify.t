@@ -24,15 +24,15 @@ A short one fits many; twins are on one line:
   10 types are first: the bytes do not tell them apart.
   96 more types fit less well (--all shows them).
 
-Here a value is out of the range of most, and bytes that nothing fits are ranked by what speaks against them:
+What speaks against a type ranks it lower:
 
-  $ echo 080010011a0b3138303035353530313233 2001 | inspect identify | head -n 2
-  1. Dial
-     fits: fully parsed, initialized, no unknown fields, values in range, 4 of 5 fields present
-  $ echo 0800 f83f01 | inspect identify | head -n 4
+  $ inspect identify --all --hex 08011063 | grep -A 1 '^20'
+  20. UusInfo
+     undeclared values: 1, 1 of 3 fields present, a record within other messages
+  20. RadioNrVopsInfo
+     undeclared values: 1, 1 of 3 fields present, a record within other messages
+  $ echo 0800 f83f01 | inspect identify | head -n 2
   1. NoResultIndication
-     unknown fields: 1, 1 of 1 fields present
-  1. virtualdata.proto.MasterSlaveShareConfirmReq
      unknown fields: 1, 1 of 1 fields present
   $ echo 0c | inspect identify
   virtual-modem-inspect: standard input: no message of the schema has these bytes
@@ -58,11 +58,5 @@ Here a value is out of the range of most, and bytes that nothing fits are ranked
      initialized, control characters in a string, 2 of 2 fields present
   2. Version
      initialized, not the bytes that the library writes, control characters in a string, 2 of 2 fields present
-  $ inspect identify --hex 0800 | tail -n 2
-  3 types are first: the bytes do not tell them apart.
-  99 more types fit less well (--all shows them).
-
-Bytes that the library would not write speak against a type:
-
   $ echo 0800 1085808000 1803 | inspect identify | sed -n 2p
      initialized, not the bytes that the library writes, 3 of 3 fields present

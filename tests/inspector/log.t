@@ -25,6 +25,20 @@ Recordings that were rotated are read as one, and followed when their writer ren
   01.000000 > Dial #1
   $ kill $! && exec 3<&-
 
+Fields in an unusual order lack nothing, for filters and masks too:
+
+  $ make >order.pcap <<'PACKETS'
+  > 1 > Hangup 180110020800
+  > 2 > Hangup 18011002
+  > 3 > GsmSmsMessage 12034142430a03414243
+  > PACKETS
+  $ inspect log --incomplete order.pcap
+  01-01 00:00:02.000000 > Hangup #2 4 B serial: 2 gsmindex: 1 # missing required platformtype
+  $ inspect mask order.pcap - | inspect log --type GsmSmsMessage
+  01-01 00:00:03.000000 > GsmSmsMessage - 10 B smscpdu: "ABC" pdu: "XXX"
+  $ inspect log --redact --type GsmSmsMessage order.pcap
+  01-01 00:00:03.000000 > GsmSmsMessage - 10 B smscpdu: "ABC" pdu: "XXX"
+
 A diagram, in which nothing that a message holds is taken for more than text:
 
   $ make >odd.pcap <<'PACKETS'

@@ -1,5 +1,9 @@
   $ . "$TESTDIR/setup.sh"
   $ export TZ=UTC
+  $ make() { "$TESTDIR/make_capture.py" "$@"; }
+
+A capture, in which time, direction, type and operation stay:
+
   $ cat >packets <<PACKETS
   > 1000000000.000001 > Dial 080010011a0635353131323220009a3e03414243
   > 1000000001 < CellIndentityLte $(echo 'ci: 27439873 pci: 301 tac: 23041 earfcn: 1850' | inspect encode --to hex CellIndentityLte)
@@ -9,7 +13,7 @@
   > 1000000005 > - 353531313232
   > 1000000006 < IccCardStatusResponse $(inspect encode --to hex IccCardStatusResponse card.txt) 90
   > PACKETS
-  $ "$TESTDIR/make_capture.py" <packets >secret.pcap
+  $ make <packets >secret.pcap
   $ inspect mask secret.pcap masked.pcap
   virtual-modem-inspect: secret.pcap: left out packets between other ports: 1
   virtual-modem-inspect: secret.pcap: left out the bytes of frames whose type the schema does not have: 2
@@ -27,25 +31,71 @@
   $ stat -c %a masked.pcap
   600
   $ gzip -c secret.pcap | inspect mask - - 2>/dev/null | cmp - masked.pcap
-  $ echo '1.123456 < Hangup/7 080010051801' | "$TESTDIR/make_capture.py" >one.pcap
-  $ inspect mask one.pcap - | cmp - one.pcap
-  - one.pcap differ: char 51, line 1
-  [1]
-  $ inspect mask - - <secret.pcap 2>/dev/null | cmp - masked.pcap
+  $ echo '1 < Hangup/7 080010051801' | make >one.pcap
+  $ for form in pcap nano; do
+  >   echo '1.123456789 < Hangup/7 080010051801' | make $form | inspect mask - - | od -An -tu4 -j24 -N8
+  > done
+            1     123456
+            1  123456789
+  $ echo '1.123456789 < Hangup 080010051801' | make nano | inspect mask one.pcap - - | head -c 4 | xxd -p
+  4d3cb2a1
 
 One message, in the form that it came in:
 
   $ inspect mask --type IccCardStatusResponse card.bin masked.bin && inspect diff IccCardStatusResponse card.bin masked.bin
   modified: cardstatus.iccid: "8988211000000123456" -> "XXXXXXXXXXXXXXXXXXX"
   [3]
-  $ inspect mask --type IccCardStatusResponse - - <card.bin | cmp - masked.bin
-  $ inspect encode --to hex IccCardStatusResponse card.txt | inspect mask --type IccCardStatusResponse - - | inspect decode IccCardStatusResponse | grep iccid
-    iccid: "XXXXXXXXXXXXXXXXXXX"
   $ base64 card.bin | inspect mask --from base64 --type IccCardStatusResponse - - | cmp - <(xxd -p -c 999 masked.bin)
+  $ inspect mask --type Dial card.bin card.bin out
+  virtual-modem-inspect: --type takes one message (see --help)
+  [2]
+
+Masked are strings and numbers, at any depth:
+
+  $ echo '0801 1003 1a00 2801 2864 2885e6ffffffffffff01 c23e03414243' | inspect decode --redact --trust-type --json CdmaSmsAddress 2>/dev/null
+  {
+   "digitmode": "DIGIT_MODE_EIGHT_BIT",
+   "isnumbermodedatanetwork": true,
+   "digits": [
+    0,
+    0,
+    0
+   ]
+  }
+  [1]
+
+Masks go by the type. What does not fit it may be another one, so nothing of it is shown, and of a
+frame of a recording no string and no list of numbers:
+
+  $ echo 080010011a063535313132322000 | inspect decode --redact EmergencyNumber
+  # not shown, as it does not fit the type: required fields missing: 3, wrong wire types: 2
+  virtual-modem-inspect: standard input: not shown, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it all the same, and shows what is another type's
+  [1]
+  $ (printf '\x0e'; echo 080010011a063535313132322000 | xxd -r -p; inspect encode --delimited Hangup <(echo 'platformtype: QCOM serial: 5551122 gsmindex: 1')) >stream
+  $ inspect decode --redact --delimited Hangup stream
+  # message 0 at byte 1, 14 bytes
+  # not shown, as it does not fit the type: required fields missing: 1, wrong wire types: 1, unknown fields: 1
+  # message 1 at byte 16, 9 bytes
+  platformtype: QCOM
+  serial: 5551122
+  gsmindex: 1
+  virtual-modem-inspect: stream: 1 of 2 messages are not shown, as they do not fit Hangup
+  [1]
+  $ inspect decode --redact --delimited --json Hangup stream
+  # message 0 at byte 1, 14 bytes
+  # not shown, as it does not fit the type: required fields missing: 1, wrong wire types: 1, unknown fields: 1
+  {"platformtype":"QCOM","serial":5551122,"gsmindex":1}
+  virtual-modem-inspect: stream: 1 of 2 messages are not shown, as they do not fit Hangup
+  [1]
+  $ echo '08 0801 1005 1801 4801' | xxd -r -p | inspect decode --redact --delimited Hangup | tail -n 1
+  virtual-modem-inspect: standard input: 1 of 1 messages are not shown, as they do not fit Hangup
+  # not shown, as it does not fit the type: unknown fields: 1
+  $ echo '1 < CellIdentityOperatorNames 0a063535313132321005' | make | inspect log --redact
+  01-01 00:00:01.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" # alphashort: declared as string, came as varint; kept as unknown field 2 (byte 8), so alphashort is absent
   $ echo 080010011a063535313132322000 | inspect mask --trust-type --type EmergencyNumber - -
   080010001a063535313132322000
 
-What does not fit its type is not masked by it, and nothing is left half done:
+Nothing is left half done; what a file was stays what it was:
 
   $ echo kept >kept
   $ echo 080010011a063535313132322000 | inspect mask --type EmergencyNumber - kept
@@ -57,28 +107,39 @@ What does not fit its type is not masked by it, and nothing is left half done:
   $ head -c 110 secret.pcap | inspect mask - kept
   virtual-modem-inspect: standard input: broken after packet 1: truncated dump file; tried to read 16 header bytes, only got 10
   [1]
-  $ cat kept; ls
+  $ cat kept && ls kept*
   kept
-  card.bin
-  card.txt
   kept
-  masked.bin
-  masked.pcap
-  one.pcap
-  packets
-  secret.pcap
-  $ inspect mask secret.pcap /nonexistent/out
+  $ chmod 644 kept && ln -s kept link && ln -s nowhere lost
+  $ inspect mask one.pcap link && inspect log kept | cut -c 20-30; stat -c '%F %a' link kept
+  00 < Hangup
+  symbolic link 777
+  regular file 644
+  $ for out in /nonexistent/out . lost; do inspect mask one.pcap $out; done
   virtual-modem-inspect: /nonexistent/out: No such file or directory
-  [1]
-  $ inspect mask secret.pcap .
   virtual-modem-inspect: .: Is a directory
+  virtual-modem-inspect: lost: a symbolic link to a file that does not exist
   [1]
-  $ inspect mask secret.pcap - >/dev/full
+  $ mkfifo pipe && { timeout 9 cat pipe | tail -c 6 | xxd -p & } && inspect mask one.pcap pipe && wait
+  080010051801
+  $ (trap '' XFSZ; ulimit -f 0; inspect mask one.pcap kept || inspect mask one.pcap -) >/dev/full
+  virtual-modem-inspect: kept: File too large
   virtual-modem-inspect: standard output: No space left on device
   [1]
-  $ inspect mask --type IccCardStatusResponse card.bin /dev/full
-  virtual-modem-inspect: /dev/full: No space left on device
+  $ ls kept*
+  kept
+
+Without the list there is no masking by mistake, and an entry that names no field is an error:
+
+  $ mkdir data && cp "$BUILD"/share/virtual-modem-protos/*.binpb data
+  $ export VIRTUAL_MODEM_DESCRIPTOR_SET=data/virtual-modem-protos.binpb
+  $ inspect decode --redact IccCardStatusResponse card.bin || inspect mask secret.pcap out || inspect log --redact secret.pcap || inspect diff --redact secret.pcap secret.pcap
+  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be masked
+  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be masked
+  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be masked
+  virtual-modem-inspect: there is no subscriber_data.txt beside the descriptor set: nothing can be masked
   [1]
-  $ inspect mask secret.pcap /dev/full
-  virtual-modem-inspect: /dev/full: No space left on device
+  $ echo 'Dial.nosuch # gone' >data/subscriber_data.txt
+  $ inspect list
+  virtual-modem-inspect: data/subscriber_data.txt line 1: no field is named Dial.nosuch
   [1]

@@ -96,7 +96,7 @@ void ReadMessages(const Schema& schema, const std::string& path, const DiffOptio
   std::unordered_map<std::string, int> seen;
   const auto found = [&](const TypeInfo* type, std::string_view name, std::string_view way,
                          std::int64_t number, std::string_view bytes, bool whole) {
-    std::string title(name);
+    std::string title(name.empty() ? "?" : name);
     if (type != nullptr) {
       const Glance glance = TakeGlance(schema, *type, bytes, nullptr);
       if (glance.serial) title += " #" + std::to_string(*glance.serial);

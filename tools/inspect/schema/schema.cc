@@ -212,7 +212,8 @@ std::vector<std::string> NearestNames(std::string_view name,
     if (wanted.size() >= 3 && lower.find(wanted) != std::string::npos) {
       distance = 1 + distance / 10;
     }
-    if (distance <= (wanted.size() < 4 ? 1 : 1 + wanted.size() / 3)) near.emplace_back(distance, candidate);
+    if (distance <= (wanted.size() < 4 ? 1 : 1 + wanted.size() / 3))
+      near.emplace_back(distance, candidate);
   }
   std::sort(near.begin(), near.end());
   std::vector<std::string> nearest;
