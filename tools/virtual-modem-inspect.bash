@@ -14,7 +14,7 @@ _virtual_modem_inspect_help() {
       positionals+=("${BASH_REMATCH[1]}")
     elif [[ $section == Options && $line =~ ^'  '(-.,)?(--[a-z-]+)(' '([^ ]+))? ]]; then
       options+=("${BASH_REMATCH[2]}")
-      takes[${BASH_REMATCH[2]}]=${BASH_REMATCH[4]%%*:} # behind a flag may stand "Needs: --other"
+      takes[${BASH_REMATCH[2]}]=${BASH_REMATCH[4]%%*:} # after a flag may stand "Needs: --other"
     fi
   done < <("$program" "$@" --help 2>/dev/null)
 }

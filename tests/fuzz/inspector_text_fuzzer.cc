@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "check.h"
-#include "inspect/commands/encode.h"
+#include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/read/pasted.h"
 #include "inspect/read/text_log.h"

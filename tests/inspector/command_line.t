@@ -1,8 +1,5 @@
   $ . "$TESTDIR/setup.sh"
 
-  $ inspect
-  virtual-modem-inspect: A subcommand is required (see --help)
-  [2]
   $ inspect --help | grep .  # releases of CLI11 differ in blank lines
   Explains messages of the virtual modem: decodes, encodes, identifies, describes, compares them.
   Usage: virtual-modem-inspect [OPTIONS] SUBCOMMAND
@@ -19,16 +16,15 @@
     describe                    Explain a message, enumeration, field, value or number
     list                        List the messages, the enumerations, or what is in them
     diff                        Compare two messages or two recordings field by field
-  $ inspect nosuch
-  virtual-modem-inspect: there is no command nosuch (see --help)
-  [2]
-  $ for words in decode 'decode --from octal Dial' 'decode --nosuch Dial' 'list nosuch' 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
+  $ for words in '' nosuch decode 'decode --from octal Dial' 'decode --nosuch Dial' 'list nosuch' 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
   >     'log --serial x' 'mask in' 'mask --trust-type in out' 'mask --from hex in out' \
   >     'encode --capture x --to hex Dial' 'encode --capture x --delimited Dial' 'encode --to array Dial' \
   >     'diff x' 'diff Dial x y z' 'diff --trust-type Dial x y' 'diff Hangup d.pcap' 'diff Hangup - -' \
   >     'diff --from hex x y' 'diff --delimited x y' 'log --json --diagram x'; do
   >   inspect $words
   > done
+  virtual-modem-inspect: A subcommand is required (see --help)
+  virtual-modem-inspect: there is no command nosuch (see --help)
   virtual-modem-inspect: type is required (see --help)
   virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
   virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)

@@ -41,21 +41,12 @@ Numbers that are not declared:
   # rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent
   virtual-modem-inspect: standard input: not a valid GetVoiceRadioTechResponse (required fields missing: 1, undeclared values: 1)
   [1]
-  $ echo 0800 1005 1800 2063 | inspect decode --json GetVoiceRadioTechResponse 2>/dev/null
-  {
-   "platformtype": "UNKNOW",
-   "serial": 5,
-   "error": "RADIO_E_SUCCESS",
+  $ echo 0800 1005 1800 2063 | inspect decode --json GetVoiceRadioTechResponse 2>/dev/null | grep rat
    "rat": 99
-  }
-  [1]
 
 Set again with a number that is declared, the field is there; the first number is kept aside:
 
-  $ echo 0800 1005 1800 2063 2003 | inspect decode GetVoiceRadioTechResponse
-  platformtype: UNKNOW
-  serial: 5
-  error: RADIO_E_SUCCESS
+  $ echo 0800 1005 1800 2063 2003 | inspect decode GetVoiceRadioTechResponse | tail -n 3
   rat: RADIO_T_UMTS
   4: 99
   # rat: 99 is not a Technology; kept as unknown field 4 (byte 6)
@@ -64,10 +55,6 @@ In a list of messages the place is told; the status of what a receiver accepts i
 
   $ echo '0800 1801 1001 2200 22 04 0863 5001' | inspect decode GetCurrentCallsResponse 2>&1 | grep '#.*not'
   # calls[1].state: 99 is not a RadioCallState; kept as unknown field 1 (byte 10), so required state is absent
-  $ echo '5001' | inspect decode QServiceStatusInfoList
-  10: 1
-  # unknown field 10 at byte 0, varint, 2 bytes with its tag
-
 Unknown fields of every wire type, and declared fields with a wrong one:
 
   $ echo '0800 1005 1a0131 2001 4801 51 0102030405060708 5a0161 63586464 6d01020304' | inspect decode Dial
@@ -116,8 +103,7 @@ Negative numbers take ten bytes; those of an enumeration and of a list too:
 
   $ echo 'serial: -2' | inspect encode --partial --to hex Hangup 2>/dev/null
   10feffffffffffffffff01
-  $ echo '0801 10feffffffffffffffff01 18ffffffff0f' | inspect decode Hangup
-  platformtype: QCOM
+  $ echo '0801 10feffffffffffffffff01 18ffffffff0f' | inspect decode Hangup | tail -n 2
   serial: -2
   gsmindex: -1
 
@@ -145,16 +131,5 @@ Fields out of order, twice and packed are printed as a receiver has them:
   gsmindex: 3
   4: 0
   # unknown field 4 at byte 8, varint, 2 bytes with its tag
-  $ echo '0801 1801 2a03 010203 2801 2001 1001' | inspect decode --json --redact CdmaSmsAddress 2>&1
-  {
-   "digitmode": "DIGIT_MODE_EIGHT_BIT",
-   "isnumbermodedatanetwork": true,
-   "numbertype": "NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP",
-   "numberplan": "NUMBER_PLAN_TELEPHONY",
-   "digits": [
-    0,
-    0,
-    0,
-    0
-   ]
-  }
+  $ echo '0801 1801 2a03 010203 2801 2001 1001' | inspect decode --json --redact CdmaSmsAddress | tr -d '\n '
+  {"digitmode":"DIGIT_MODE_EIGHT_BIT","isnumbermodedatanetwork":true,"numbertype":"NUMBER_TYPE_INTERNATIONAL_OR_DATA_IP","numberplan":"NUMBER_PLAN_TELEPHONY","digits":[0,0,0,0]} (no-eol)

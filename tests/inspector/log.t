@@ -25,6 +25,17 @@ Recordings that were rotated are read as one, and followed when their writer ren
   01.000000 > Dial #1
   $ kill $! && exec 3<&-
 
+A time between that makes no sense is unknown:
+
+  $ printf '%s\n' '1 > Dial 080010011a033131322000' '86402 < NoResultResponse 080010011800' | make >late.pcap
+  $ inspect log --pairs late.pcap && inspect log --pairs --json late.pcap
+  01-01 00:00:01.000000 #1 Dial > NoResultResponse RADIO_E_SUCCESS after an unknown time
+  # 1 answered; 0 not answered, 0 answered again, 0 responses without a request
+  {"time":"1970-01-01T00:00:01.000000Z","serial":1,"request":"Dial","response":"NoResultResponse","error":"RADIO_E_SUCCESS","latency_ms":null}
+  $ inspect log --grep foo=1 late.pcap
+  virtual-modem-inspect: --grep: no message has a field foo
+  [1]
+
 Fields in an unusual order lack nothing, for filters and masks too:
 
   $ make >order.pcap <<'PACKETS'

@@ -21,26 +21,18 @@ print '<<REA''DY>>'
 """
 COMPLETE = {
     "iden": "identify ",
-    "--ver": "--version ",
     "decode --delim": "decode --delimited ",
-    "decode NoResultResp": "decode NoResultResponse ",
-    "decode SlaveDeac": "decode SlaveDeactivateDataCallRequest ",
     "decode virtualdata.proto.SlaveDeac": "decode virtualdata.proto.SlaveDeactivateDataCallRequest ",
     "decode --from bas": "decode --from base64 ",
     "decode --from=bas": "decode --from=base64 ",
-    "decode --from hex Hang": "decode --from hex Hangup ",
     "decode Dial card.b": "decode Dial card.bin ",
-    "describe RADIO_E_SIM_BU": "describe RADIO_E_SIM_BUSY ",
     "describe Dial.cl": "describe Dial.clir ",
     "describe Dial.clir=CLIR_SUP": "describe Dial.clir=CLIR_SUPPRESSION ",
     "diff Hang": "diff Hangup ",
-    "diff Dial card.b": "diff Dial card.bin ",
     "log --unit ims": "log --unit ims_service ",
-    "log --kind resp": "log --kind response ",
     "log --grep isvoiceprivacy": "log --grep isvoiceprivacy=",
     "log --grep clir=CLIR_SUP": "log --grep clir=CLIR_SUPPRESSION ",
     "mask --trust-type --ty": "mask --trust-type --type=",
-    "list val": "list values ",
 }
 
 

@@ -144,7 +144,7 @@ bool DescribeNumber(const Schema& schema, std::int32_t number) {
 }
 
 // A path such as IccCardStatusResponse.cardstatus.base or, as findings have it, calls[0].number
-// behind its type.
+// after its type.
 const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
   for (std::size_t open = path.find('['); open != std::string::npos; open = path.find('[')) {
     const std::size_t close = path.find(']', open);
@@ -154,15 +154,7 @@ const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
   // The type may have a package, with dots of its own.
   for (std::size_t dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
     const Descriptor* type = schema.FindMessage(path.substr(0, dot));
-    if (type == nullptr) continue;
-    const FieldDescriptor* field = nullptr;
-    std::istringstream steps(path.substr(dot + 1));
-    for (std::string step; std::getline(steps, step, '.');) {
-      field = type != nullptr ? type->FindFieldByName(step) : nullptr;
-      if (field == nullptr) return nullptr;
-      type = field->message_type();
-    }
-    return field;
+    if (type != nullptr) return FindField(*type, path.substr(dot + 1));
   }
   return nullptr;
 }
@@ -270,7 +262,7 @@ void PrintOverview(const Schema& schema) {
   }
 }
 
-// Those that the name given can be meant for: behind a dot a field of a message, else anything.
+// Those that the name given can be meant for: after a dot a field of a message, else anything.
 std::vector<std::string> NamesLike(const Schema& schema, const std::string& name) {
   const bool path = name.find('.') != std::string::npos;
   std::vector<std::string> names;

@@ -57,18 +57,6 @@ class Looker : public text::Handler {
   Glance& glance_;
 };
 
-// The names that follow one another from a message on to a field of any type.
-bool HasPath(const Descriptor& type, const std::vector<std::string>& names) {
-  const Descriptor* at = &type;
-  const FieldDescriptor* field = nullptr;
-  for (const std::string& name : names) {
-    field = at == nullptr ? nullptr : at->FindFieldByName(name);
-    if (field == nullptr) return false;
-    at = field->message_type();
-  }
-  return at == nullptr;
-}
-
 }  // namespace
 
 FieldCondition::FieldCondition(const Schema& schema, const std::string& condition) {
@@ -82,7 +70,7 @@ FieldCondition::FieldCondition(const Schema& schema, const std::string& conditio
   if (result.ec == std::errc() && result.ptr == end) number_ = number;
 
   std::istringstream path(condition.substr(0, sign));
-  std::vector<std::string> names;
+  std::string names;  // the path without places in lists
   for (std::string step; std::getline(path, step, '.');) {
     int index = -1;
     const std::size_t open = step.find('[');
@@ -94,19 +82,19 @@ FieldCondition::FieldCondition(const Schema& schema, const std::string& conditio
       }
       step.erase(open);
     }
-    names.push_back(step);
+    names += (names.empty() ? "" : ".") + step;
     steps_.push_back({step, index});
   }
   for (const Descriptor* type : schema.messages()) {
-    if (HasPath(*type, names)) return;
+    const FieldDescriptor* field = FindField(*type, names);
+    if (field != nullptr && field->message_type() == nullptr) return;
   }
   std::vector<std::string> fields;
   for (const Descriptor* type : schema.messages()) {
     for (int i = 0; i < type->field_count(); ++i) fields.push_back(type->field(i)->name());
   }
-  const std::string last = names.empty() ? "" : names.back();
   throw Error("--grep: no message has a field " + condition.substr(0, sign) +
-              DidYouMean(last, fields));
+              DidYouMean(names.substr(names.rfind('.') + 1), fields));
 }
 
 bool FieldCondition::Names(const text::Tables& tables, const text::Level& level,

@@ -178,6 +178,18 @@ std::string UnitOf(const FileDescriptor& file) {
   return std::filesystem::path(file.name()).stem().string();
 }
 
+const FieldDescriptor* FindField(const Descriptor& type, const std::string& path) {
+  const Descriptor* at = &type;
+  const FieldDescriptor* field = nullptr;
+  std::istringstream steps(path);
+  for (std::string step; std::getline(steps, step, '.');) {
+    field = at != nullptr ? at->FindFieldByName(step) : nullptr;
+    if (field == nullptr) return nullptr;
+    at = field->message_type();
+  }
+  return field;
+}
+
 bool SameLayout(const Descriptor& left, const Descriptor& right) {
   if (&left == &right) return true;
   if (left.field_count() != right.field_count()) return false;

@@ -108,6 +108,9 @@ std::string Comment(const Declaration& declaration) {
 // The unit of a declaration, such as "radio".
 std::string UnitOf(const google::protobuf::FileDescriptor& file);
 
+// The field that a path such as "calls.number" leads to from the message on; null for none.
+const FieldDescriptor* FindField(const Descriptor& type, const std::string& path);
+
 // Two types with identical layouts read and write the same bytes alike.
 bool SameLayout(const Descriptor& left, const Descriptor& right);
 

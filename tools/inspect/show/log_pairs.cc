@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -37,7 +38,7 @@ class Pairs : public LogView {
     if (json_) return;
     out_.Append("# ").Append(counts_[0]).Append(" answered");
     if (timed_ > 0) {
-      out_.Append(" after ").Append(Milliseconds(latency_sum_ / timed_)).Append(" ms on average, ");
+      out_.Append(" after ").Append(Milliseconds(Average())).Append(" ms on average, ");
       out_.Append(Milliseconds(longest_)).Append(" ms at most");
     }
     out_.Append("; ").Append(counts_[1]).Append(" not answered, ").Append(counts_[2]);
@@ -45,61 +46,47 @@ class Pairs : public LogView {
   }
 
  private:
+  std::int64_t Average() const {
+    return static_cast<std::int64_t>(latency_sum_ / static_cast<std::uint64_t>(timed_));
+  }
+
   void Show(PairKind kind, const Half* request, const Half* response) {
     const bool wanted =
         (request != nullptr && request->wanted) || (response != nullptr && response->wanted);
     if (!wanted) return;
     ++counts_.at(static_cast<std::size_t>(kind));
     const Half& first = kind == PairKind::kAnswered || response == nullptr ? *request : *response;
-    std::string latency;
-    if (kind == PairKind::kAnswered && request->time != kNoTime && response->time != kNoTime) {
-      const auto known = Latency(*request, *response);
-      if (known) Count(*known);
-      latency = known ? Milliseconds(*known) : "null";
+    const bool timed =
+        kind == PairKind::kAnswered && request->time != kNoTime && response->time != kNoTime;
+    const auto latency = timed ? Latency(*request, *response) : std::nullopt;
+    if (latency) {
+      ++timed_;
+      latency_sum_ += static_cast<std::uint64_t>(*latency);
+      longest_ = std::max(longest_, *latency);
     }
+    const std::string time = latency ? Milliseconds(*latency) : "";
+    out_.Append(json_ ? "{\"time\":" : "").Append(first.time_text);
+    out_.Append(json_ ? ",\"serial\":" : " #").Append(first.serial);
     if (json_) {
-      ShowJson(kind, first, request, response, latency);
-    } else {
-      ShowText(kind, first, request, response, latency);
+      if (request != nullptr) Member("request", request->type);
+      if (response != nullptr) Member("response", response->type);
+      if (response != nullptr && !response->error.empty()) Member("error", response->error);
+      if (timed) out_.Append(",\"latency_ms\":").Append(latency ? time : "null");
+      if (kind != PairKind::kAnswered) Member("problem", Problem(kind));
+      out_.Append("}\n");
+      return;
     }
-  }
-
-  void Count(std::int64_t latency) {
-    ++timed_;
-    latency_sum_ += latency;
-    longest_ = std::max(longest_, latency);
-  }
-
-  void ShowJson(PairKind kind, const Half& first, const Half* request, const Half* response,
-                const std::string& latency) {
-    out_.Append("{\"time\":").Append(first.time_text).Append(",\"serial\":").Append(first.serial);
-    if (request != nullptr) out_.Append(",\"request\":\"").Append(request->type).Append("\"");
-    if (response != nullptr) {
-      out_.Append(",\"response\":\"").Append(response->type).Append("\"");
-      if (!response->error.empty())
-        out_.Append(",\"error\":\"").Append(response->error).Append("\"");
-    }
-    if (!latency.empty()) out_.Append(",\"latency_ms\":").Append(latency);
-    if (kind != PairKind::kAnswered)
-      out_.Append(",\"problem\":\"").Append(Problem(kind)).Append("\"");
-    out_.Append("}\n");
-  }
-
-  void ShowText(PairKind kind, const Half& first, const Half* request, const Half* response,
-                const std::string& latency) {
-    out_.Append(first.time_text).Append(" #").Append(first.serial).Append(" ");
-    if (request != nullptr) out_.Append(request->type).Append(response != nullptr ? " > " : "");
-    if (response != nullptr) {
-      out_.Append(response->type);
-      if (!response->error.empty()) out_.Append(" ").Append(response->error);
-    }
-    if (latency == "null") {
-      out_.Append(" after an unknown time");
-    } else if (!latency.empty()) {
-      out_.Append(" after ").Append(latency).Append(" ms");
-    }
+    if (request != nullptr) out_.Append(" ").Append(request->type);
+    if (request != nullptr && response != nullptr) out_.Append(" >");
+    if (response != nullptr) out_.Append(" ").Append(response->type);
+    if (response != nullptr && !response->error.empty()) out_.Append(" ").Append(response->error);
+    if (timed) out_.Append(" after ").Append(latency ? time + " ms" : "an unknown time");
     if (kind != PairKind::kAnswered) out_.Append(": ").Append(Problem(kind));
     out_.Append("\n");
+  }
+
+  void Member(std::string_view key, std::string_view value) {
+    out_.Append(",\"").Append(key).Append("\":\"").Append(value).Append("\"");
   }
 
   const bool json_;
@@ -108,7 +95,7 @@ class Pairs : public LogView {
   Pairing pairing_;
   std::array<std::int64_t, static_cast<std::size_t>(PairKind::kKinds)> counts_{};
   std::int64_t timed_ = 0;  // pairs whose latency is known
-  std::int64_t latency_sum_ = 0;
+  std::uint64_t latency_sum_ = 0;
   std::int64_t longest_ = 0;
 };
 
