@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The client of docs/integration.md against its modem, and the page against the client.
 
-Usage: integration_test.py DESCRIPTOR_SET CLIENT
+Usage: integration_test.py DESCRIPTOR_SET CLIENT [INSPECTOR]
 """
 import pathlib
 import re
@@ -15,7 +15,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "examples"))
 import integration_modem as modem  # pylint: disable=wrong-import-position
 
-DESCRIPTOR_SET, CLIENT = sys.argv[1:]
+DESCRIPTOR_SET, CLIENT, *INSPECTOR = sys.argv[1:]
 NUMBER = "+861012345678"
 
 
@@ -65,6 +65,19 @@ class Call(unittest.TestCase):
             in re.findall(r"^(->|<-) (\w+)/(\d+)", self.done.stdout, re.MULTILINE)])
         for trace in (self.capture, self.done.stdout.encode()):
             self.assertNotIn(NUMBER[1:].encode(), trace)
+
+    @unittest.skipUnless(INSPECTOR, "no inspector in this build")
+    def test_page_shows_the_diagram(self):
+        types = "--type", "Dial", "--type", "NoResultResponse", "--type", "Hangup"
+        with tempfile.NamedTemporaryFile() as capture:
+            capture.write(self.capture)
+            capture.flush()
+            drawn = subprocess.check_output(
+                [*INSPECTOR, "log", "--diagram", "--pairs", *types, capture.name], text=True)
+        page = (ROOT / "docs/integration.md").read_text(encoding="utf-8")
+        without_times = [re.sub(r"after [\d.]+ ms", "after TIME", text) for text in (drawn, page)]
+        self.assertIn(f"```mermaid\n{without_times[0]}```\n", without_times[1])
+        self.assertRegex(drawn, r"Hangup serial 4\n.*after 2\d{3}\.")
 
 
 class Client(unittest.TestCase):
