@@ -35,8 +35,6 @@ void AddSerialize(const std::string& name, const Message& message) {
     auto* const out = reinterpret_cast<std::uint8_t*>(buffer.data());
     return message.SerializeWithCachedSizesToArray(out) != nullptr;
   });
-  Add("serialize/reused_string/" + name,
-      [message, buffer]() mutable { return message.SerializeToString(&buffer); });
   Add("serialize/SerializeAsString/" + name, [message] { return message.SerializeAsString(); });
   Add("serialize/ostream/" + name, [message] {
     std::ostringstream out;
@@ -60,7 +58,6 @@ void AddOwner(const std::string& name, const Record& record) {
     Message message;
     return read(message);
   });
-  Add("owner/heap/" + name, [read] { return read(*std::make_unique<Message>()); });
   Add("owner/new_arena/" + name, [read] {
     Arena arena;
     return read(*Arena::CreateMessage<Message>(&arena));
@@ -84,11 +81,6 @@ void AddOwner(const std::string& name, const Record& record) {
         return message->SerializeToArray(bytes.data(), static_cast<int>(bytes.size()));
       });
   Add("required/IsInitialized/" + name, [filled] { return filled.IsInitialized(); });
-  Add("required/ParseFromString/" + name,
-      [bytes, message = std::make_shared<Message>()] { return message->ParseFromString(bytes); });
-  Add("required/ParsePartialFromString/" + name, [bytes, message = std::make_shared<Message>()] {
-    return message->ParsePartialFromString(bytes);
-  });
 }
 
 // Handing a list on: its elements change hands, or are copied.

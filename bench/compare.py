@@ -49,7 +49,6 @@ BUILDS = [
     Build("release, clang", "release-clang", "release"),
     Build("release, runtime from source", "release-source-runtime", "release"),
     Build("full runtime, plain", "release", "full"),
-    Build("straight-line codec", "release", "release", "straight_line"),
 ]
 BASE = BUILDS[0].name
 # Messages as text; the first is what the second is compared with.
@@ -87,12 +86,6 @@ class Runner:
             env=self.environment(build)).stdout
         return {run["name"]: run["cpu_time"] for run in json.loads(out)["benchmarks"]}
 
-    def first_use(self, build: Build) -> list[float]:
-        """Microseconds of the first and the second round trip, page faults of the first."""
-        out = subprocess.run([self.folder(build) / f"virtual-modem-first-use-{build.program}"],
-                             check=True, capture_output=True, env=self.environment(build)).stdout
-        return [float(number) for number in out.split()]
-
     def instructions(self, build: Build) -> dict[str, float]:
         """Instructions of one execution of each operation."""
         pattern = f"^{build.codec}/"
@@ -128,17 +121,13 @@ def cells(messages: list[str], operations: list[str]) -> list[str]:
     return [f"{message}/{operation}" for message in messages for operation in operations]
 
 
-def ratios(times: dict, build: str, wanted: list[str]) -> list[float] | None:
+def ratios(times: dict, build: str, wanted: list[str]) -> list[float]:
     """Geometric mean over the cells of the ratio to the base, one for each round."""
-    if any(name not in times[build][0] for name in wanted):
-        return None  # the straight-line codec has no arena
     return [geometric_mean(mine[name] / base[name] for name in wanted)
             for mine, base in zip(times[build], times[BASE])]
 
 
-def spread(values: list[float] | None) -> str:
-    if values is None:
-        return "-"
+def spread(values: list[float]) -> str:
     if len(values) < 2:
         return f"{values[0]:.2f}"
     low, middle, high = statistics.quantiles(values, n=4, method="inclusive")
@@ -163,34 +152,11 @@ def report(results: dict) -> None:
         table(f"Time relative to the plain build, geometric mean over {title}: median [quartiles] "
               f"of {len(times[BASE])} rounds", ["build", "encode+decode", *OPERATIONS], rows)
 
-    rows = []
-    for name in cells(MESSAGES, OPERATIONS):
-        base = statistics.median(round_[name] for round_ in times[BASE])
-        row = [name, f"{base:.0f}"]
-        for build in builds[1:]:
-            one = ratios(times, build, [name])
-            row.append(f"{statistics.median(one):.2f}" if one else "-")
-        rows.append(row)
-    table("Each cell: nanoseconds of the plain build, then the ratios to it",
-          ["cell", "ns", *builds[1:]], rows)
-
-    rows = []
-    for name in cells(MESSAGES, OPERATIONS):
-        base = counts[BASE][name]
-        rows.append([name, f"{base:.0f}"] + [
-            f"{counts[build][name] / base:.2f}" if name in counts[build] else "-"
-            for build in builds[1:]])
-    for messages, title in [(FOUR, "four messages, encode+decode"), (MESSAGES, "seven messages")]:
-        rows.append([title, ""] + [
-            f"{geometric_mean(counts[build][c] / counts[BASE][c] for c in cells(messages, THREE)):.2f}"
-            for build in builds[1:]])
-    table("Instructions: of the plain build, then the ratios to it",
-          ["cell", "plain", *builds[1:]], rows)
-
-    rows = [[build, *(f"{statistics.median(run[i] for run in runs):.1f}" for i in range(3))]
-            for build, runs in results["first_use"].items()]
-    table("First round trip of a calls list in a new process",
-          ["build", "first, us", "second, us", "page faults"], rows)
+    rows = [[build, *(
+        f"{geometric_mean(counts[build][c] / counts[BASE][c] for c in cells(messages, THREE)):.2f}"
+        for messages in (FOUR, MESSAGES))] for build in builds]
+    table("Instructions of encode+decode relative to the plain build",
+          ["build", "four messages", "all seven"], rows)
 
     full, ours = (results["text"][build.name] for build in TEXT)
     rows = []
@@ -207,18 +173,8 @@ def report(results: dict) -> None:
     def least(name: str) -> float:
         return min(round_[name] for round_ in results["release"])
 
-    rows = []
-    names = list(results["release"][0])
-    for name in [n for n in names if n.startswith("growth/")]:
-        kind, operation, size, *threads = name.split("/")[1:]
-        per = "thread" if threads else "call" if kind == "calls" else "byte"
-        amount = threads[0].removeprefix("threads:") if threads else size
-        each = least(name) / (1 if threads else int(size))
-        rows.append([f"{kind} {operation}", amount, f"{least(name):.0f}", f"{each:.2f}", per])
-    table("Release build, as the work grows", ["work", "amount", "ns", "ns per", ""], rows)
-
     groups = collections.defaultdict(list)
-    for name in [n for n in names if n.startswith("advice/")]:
+    for name in results["release"][0]:
         topic, way, message = name.split("/")[1:]
         groups[topic, message].append((way, least(name)))
     rows = [[topic, message, way, f"{ns:.0f}", f"{ns / ways[0][1]:.2f}"]
@@ -227,41 +183,11 @@ def report(results: dict) -> None:
           ["topic", "message", "way", "ns", "factor"], rows)
 
 
-def plot(results: dict, output: pathlib.Path) -> None:
-    """The ratios of encode, decode reused and decode fresh as bars."""
-    data = output / "ratios.dat"
-    with open(data, "w", encoding="ascii") as out:
-        for build in BUILDS[1:]:
-            label = build.name.replace(", ", ",\\n")
-            out.write(f'"{label}"')
-            for operation in THREE:
-                values = ratios(results["times"], build.name, cells(FOUR, [operation]))
-                low, middle, high = statistics.quantiles(values, n=4, method="inclusive")
-                out.write(f" {middle:.4f} {low:.4f} {high:.4f}")
-            out.write("\n")
-    bars = ", ".join(f'"{data}" using {2 + 3 * i}:{3 + 3 * i}:{4 + 3 * i}:xtic(1) '
-                     f'title "{operation.replace("_", " ")}"' for i, operation in enumerate(THREE))
-    script = f"""
-set terminal svg size 900,480 font "sans-serif,13" background "white"
-set output "{output}/ratios.svg"
-set title "Time relative to the plain build, four messages (bars: median, whiskers: quartiles)"
-set style data histograms
-set style histogram errorbars gap 2 lw 1
-set style fill solid 0.8 border -1
-set yrange [0:*]
-set grid ytics
-set key top right
-plot 1 notitle with lines dashtype 2 linecolor "black", {bars}
-"""
-    subprocess.run(["gnuplot"], input=script, text=True, check=True)
-
-
 def main() -> None:
     source, output, minutes = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), float(sys.argv[3])
     deadline = time.monotonic() + 60 * minutes
     results = {"times": collections.defaultdict(list), "instructions": {},
-               "first_use": collections.defaultdict(list), "release": [],
-               "text": collections.defaultdict(list)}
+               "release": [], "text": collections.defaultdict(list)}
     with tempfile.TemporaryDirectory() as scratch:
         runner = Runner(source, pathlib.Path(scratch))
         for build in BUILDS:
@@ -278,11 +204,9 @@ def main() -> None:
             for build in (b for _ in range(PASSES) for b in random.sample(BUILDS, len(BUILDS))):
                 times = runner.benchmarks(build, f"^{build.codec}/", 0.005)
                 passes[build.name].append({cell(n): ns for n, ns in times.items()})
-                if build.codec == "library" and build.program in ("plain", "release"):
-                    results["first_use"][build.name].append(runner.first_use(build))
             for name, runs in passes.items():
                 results["times"][name].append({c: min(run[c] for run in runs) for c in runs[0]})
-            results["release"].append(runner.benchmarks(BUILDS[2], "^(growth|advice)/", 0.01))
+            results["release"].append(runner.benchmarks(BUILDS[2], "^advice/", 0.01))
             rounds += 1
             print(f"\rround {rounds}", end="", file=sys.stderr, flush=True)
     print(file=sys.stderr)
@@ -294,8 +218,7 @@ def main() -> None:
     print(f"{results['conditions']['processor']}, {os.cpu_count()} processors, {rounds} rounds, "
           f"load average {os.getloadavg()[0]:.1f}")
     report(results)
-    plot(results, output)
-    print(f"\nRaw results: {output}/results.json; plot: {output}/ratios.svg")
+    print(f"\nRaw results: {output}/results.json")
 
 
 if __name__ == "__main__":

@@ -31,7 +31,7 @@ def main() -> None:
                 return
             written.add(name)
             package, message = messages[name]
-            members, fill, read, visit = [], [], [], []
+            members, fill, read = [], [], []
             for field in message.field:
                 if field.name in ABSENT:
                     continue
@@ -58,15 +58,11 @@ def main() -> None:
                     fill.append(f"{single[0]};")
                     read.append(f"sum += {single[1]};")
                 members.append(f"{cpp_type} {f}{{}};")
-                visit.append(f"visitor({field.number}, record.{f});")
             scope = package.replace(".", "::") + "::" if package else ""
             parts = [f"using Message = ::{scope}{name};", *members,
                      "void Fill(Message& message) const {", *fill, "}",
                      "static std::uint64_t Read(const Message& message) {",
-                     "std::uint64_t sum = 0;", *read, "return sum;", "}",
-                     "template <typename Self, typename Visitor>",
-                     "VIRTUAL_MODEM_INLINE static void ForEachField(Self& record, Visitor&& visitor) {",
-                     *visit, "}"]
+                     "std::uint64_t sum = 0;", *read, "return sum;", "}"]
             out.write(f"struct {name}Record {{\n  " + "\n  ".join(parts) + "\n};\n\n")
 
         for name in SENT:

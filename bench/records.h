@@ -1,7 +1,6 @@
 // The benchmark's messages as plain records: what a caller holds before it builds a message and
 // after it has read one. generate_records.py makes MESSAGERecord for each: its members, Fill() for
-// the message class, Read(), a digest of the message's fields, and ForEachField(), which drives the
-// straight-line codec.
+// the message class, and Read(), a digest of the message's fields.
 #pragma once
 
 #include <virtual_modem/data_share.pb.h>
@@ -11,9 +10,6 @@
 #include <cstdint>
 #include <string>
 #include <vector>
-
-// The straight-line codec keeps its position in a register only when all of it is inlined.
-#define VIRTUAL_MODEM_INLINE inline __attribute__((always_inline))
 
 namespace virtual_modem::bench {
 

@@ -3,7 +3,7 @@
 
 option(VIRTUAL_MODEM_DEVICE "Compile and link as for the device" ${ANDROID})
 
-# What a platform build gives every module. The platform compiles with -Os, which the presets set.
+# What a platform build gives every module. The platform compiles with -O2, which the presets set.
 function(virtual_modem_platform_flags target)
   target_compile_options(${target} PRIVATE -fomit-frame-pointer -fno-rtti -fno-exceptions
     -funwind-tables -ffunction-sections -fdata-sections -faddrsig)

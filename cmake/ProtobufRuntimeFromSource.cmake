@@ -31,6 +31,13 @@ set_target_properties(libprotobuf-lite PROPERTIES
     "$<BUILD_INTERFACE:${protobuf_SOURCE_DIR}/src>;$<INSTALL_INTERFACE:${runtime_include_dir}>"
   INTERFACE_LINK_LIBRARIES Threads::Threads)
 virtual_modem_tune_shared_library(libprotobuf-lite)
+if(NOT VIRTUAL_MODEM_DEVICE)
+  # The units that every parse and serialize passes through; see SharedLibrary.cmake.
+  set(_hot_units parse_context message_lite arenastring generated_message_util repeated_ptr_field
+    wire_format_lite io/coded_stream)
+  list(TRANSFORM _hot_units REPLACE ".+" "${protobuf_SOURCE_DIR}/src/google/protobuf/\\0.cc")
+  set_property(SOURCE ${_hot_units} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O3>)
+endif()
 if(ANDROID)
   # It takes names from the platform that no stub of the check has.
   target_link_options(libprotobuf-lite PRIVATE LINKER:-z,undefs)

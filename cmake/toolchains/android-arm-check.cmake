@@ -1,7 +1,13 @@
-# Android API 35, armeabi-v7a, without an NDK: Debian's clang-19 makes the code, Debian's libc++ and
-# ARM glibc headers stand in for the platform's, and stubs that hold nothing but names (the .ifs
-# files) stand in for its libraries. The result is for scripts/check-android, which looks at its
-# shape and size. It does not run here: there is no Android loader.
+# Android API 35, armeabi-v7a, without an NDK: Debian's clang-19 makes the code. The result is for
+# scripts/check-android, which looks at its shape and size. It does not run here: there is no Android
+# loader. Parts of Debian stand in for the platform's; what the library takes from them compiles to the
+# same code:
+# - headers: libc++-19's, configured as the platform's (std::__1), and glibc's for ARM, with the shims of
+#   cmake/android/include ahead of them;
+# - libraries: stubs that hold nothing but names, cmake/android/stubs/*.ifs. They list everything that the
+#   two libraries take from the platform; a new name there fails the link.
+# Missing are the NDK's start files (about a hundred bytes) and _FORTIFY_SOURCE, which is made of the
+# platform's headers.
 set(CMAKE_SYSTEM_NAME Linux) # CMake's own Android support insists on an NDK
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(ANDROID TRUE)

@@ -1,9 +1,9 @@
 // Included ahead of each generated unit by the build for the device, which is for size (-Oz): there
 // clang turns the runtime's smallest functions (read a tag, read or write a number, make room for a
-// field) into calls, and each field pays for several. This forces the functions of four headers
-// inline. What that costs and gains: docs/android.md.
+// field) into calls, and each field pays for several. This forces the functions of five headers
+// inline. What that costs and gains: bench/README.md.
 //
-// Each of the four is preceded by what it includes, so that only its own functions are forced.
+// Each of the five is preceded by what it includes, so that only its own functions are forced.
 #pragma once
 
 #include <google/protobuf/arena.h>
@@ -15,8 +15,13 @@
 #include <google/protobuf/stubs/once.h>
 #include <google/protobuf/stubs/strutil.h>
 
+#include <algorithm>
 #include <climits>
+#include <iterator>
+#include <limits>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 // The order matters.
 // clang-format off
@@ -26,6 +31,7 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/metadata_lite.h>
 #include <google/protobuf/message_lite.h>
+#include <google/protobuf/repeated_ptr_field.h>
 #ifdef __clang__
 #pragma clang attribute pop
 #endif

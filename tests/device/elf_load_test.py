@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Spoils copies of the library built for Android, one fault at a time, and sees each one refused.
 
-Usage: elf_load_test.py LIBRARY UNPACKED_LIBRARY
+Usage: elf_load_test.py LIBRARY
 """
 import struct
 import sys
@@ -12,21 +12,21 @@ from pathlib import Path
 import elf_load
 from elf_load import PF_W, PF_X, PT_GNU_RELRO, PT_GNU_STACK, PT_LOAD
 
-LIBRARY, UNPACKED = (Path(path) for path in sys.argv[1:3])
+DT_RELR, DT_ANDROID_REL = 36, 0x6000000F
+LIBRARY = Path(sys.argv[1])
 FIELDS = {name: 4 * i for i, name in enumerate(elf_load.Segment._fields)}
 
 
 class Spoiled(unittest.TestCase):
     def setUp(self):
         self.library = elf_load.Library(LIBRARY)
-        self.unpacked = elf_load.Library(UNPACKED)
         self.bytes = bytearray(self.library.bytes)
 
     def expect(self, fault: str) -> None:
         with tempfile.NamedTemporaryFile() as copy:
             copy.write(self.bytes)
             copy.flush()
-            faults = elf_load.faults(elf_load.Library(copy.name), self.unpacked)
+            faults = elf_load.faults(elf_load.Library(copy.name))
         self.assertTrue(any(fault in found for found in faults), faults[:5])
 
     def spoil_segment(self, segment: elf_load.Segment, field: str, value: int) -> None:
@@ -41,25 +41,18 @@ class Spoiled(unittest.TestCase):
         self.bytes[at:at + size] = (old ^ change).to_bytes(size, "little")
 
     def test_untouched(self):
-        self.assertEqual(elf_load.faults(self.library, self.unpacked), [])
+        self.assertEqual(elf_load.faults(self.library), [])
 
     def test_relocations(self):
-        table, size = (self.library.dynamic[tag] for tag in (elf_load.DT_RELR, elf_load.DT_RELRSZ))
-        bitmap = next(table + i for i in range(0, size, 4) if self.library.word(table + i) & 1)
+        table = self.library.dynamic[DT_RELR]
         for address, change, fault in (
                 (table, 2, "is not aligned"),
                 (table, 0x40000000, "outside the writable segments"),
-                (bitmap, 1 << 5, "relocations differ"),
-                (self.library.dynamic[elf_load.DT_ANDROID_REL], 1, "cannot be read")):
+                (self.library.dynamic[DT_ANDROID_REL], 1, "cannot be read")):
             with self.subTest(fault=fault):
                 self.bytes = bytearray(self.library.bytes)
                 self.spoil_at(address, change)
                 self.expect(fault)
-
-    def test_addend(self):
-        first = next(r for r in self.library.relocations() if r.kind == elf_load.R_ARM_RELATIVE)
-        self.spoil_at(first.address, 4)
-        self.expect("relocations differ")
 
     def test_segments(self):
         text = next(s for s in self.library.of_kind(PT_LOAD) if s.flags & PF_X)
