@@ -6,7 +6,6 @@ Usage: check_android.py VARIANT LIBRARY HOST_LIBRARY TEXT_LIBRARY BUDGETS
 HOST_LIBRARY is the same library built for the build machine: it must export the same contract.
 TEXT_LIBRARY is the companion library.
 """
-import lzma
 import re
 import subprocess
 import sys
@@ -90,18 +89,6 @@ def stripped(library: str, scratch: str) -> str:
     return f"{scratch}/stripped.so"
 
 
-def mini_debug_info(library: str, scratch: str) -> int:
-    """Bytes of what the platform's build leaves in a stripped file for crash dumps: the names of the
-    functions that are not exported, compressed. It is not loaded."""
-    def functions(*options: str) -> set[str]:
-        rows = (line.split() for line in run("llvm-nm-19", "--defined-only", *options, library).splitlines())
-        return {name for _, kind, name in rows if kind in "tTwW"}
-    Path(scratch, "keep").write_text("\n".join(functions() - functions("-D")))
-    run("llvm-objcopy-19", "--strip-all", f"--keep-symbols={scratch}/keep", "--only-keep-debug", library,
-        f"{scratch}/mini")
-    return len(lzma.compress(Path(scratch, "mini").read_bytes()))
-
-
 def main() -> None:
     variant, library, host_library, text_library, budget_file = sys.argv[1:]
     with tempfile.TemporaryDirectory() as scratch:
@@ -109,16 +96,15 @@ def main() -> None:
         file = stripped(library, scratch)
         sizes, loaded = section_sizes(file), elf_load.Library(file)
         stripped_bytes = Path(file).stat().st_size
-        on_disk = stripped_bytes + mini_debug_info(library, scratch)
+        pages = elf_load.dirtied_pages(loaded)
     names, host_names = exports(library), exports(host_library)
     measured = {
         "stripped_bytes": stripped_bytes,
-        "with_debug_names": on_disk,
         "text_bytes": sizes[".text"],
         "relocation_bytes": sum(sizes.get(n, 0) for n in (".rel.dyn", ".relr.dyn", ".rel.plt")),
         "exports": len(run("llvm-nm-19", "-D", "--defined-only", library).splitlines()),
         "initializer_bytes": sizes.get(".init_array", 0),
-        "dirtied_pages": elf_load.dirtied_pages(loaded),
+        "dirtied_pages": pages,
         "text_library_bytes": text_library_bytes,
     }
     budgets = {line.split()[0]: int(line.split()[1])
@@ -143,7 +129,7 @@ def main() -> None:
     print(f"{'contract, as on the host':<24}{len(contract(names)):>10,}{len(contract(host_names)):>10,}")
     print("\n".join(faults) if faults else
           "ELF32 ARM softfp, SONAME, five NEEDED, no type information, no text relocation, no absolute "
-          f"path, segments,\n{len(loaded.relocations()):,} relocations: as required",
+          f"path, segments,\n{len(loaded.relocations):,} relocations: as required",
           file=sys.stderr if faults else sys.stdout)
     sys.exit(1 if faults else 0)
 

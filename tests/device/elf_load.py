@@ -2,6 +2,7 @@
 import re
 import struct
 import subprocess
+from functools import cached_property
 from pathlib import Path
 from typing import NamedTuple
 
@@ -46,6 +47,7 @@ class Library:
     def of_kind(self, kind: int) -> list[Segment]:
         return [segment for segment in self.segments if segment.kind == kind]
 
+    @cached_property
     def relocations(self) -> list[Relocation]:
         """Those in all tables, unpacked."""
         read = subprocess.run(["llvm-readobj-19", "--relocations", self.path],
@@ -57,7 +59,7 @@ class Library:
 
 
 def dirtied_pages(library: Library) -> int:
-    return len({r.address // PAGE for r in library.relocations()})
+    return len({r.address // PAGE for r in library.relocations})
 
 
 def faults(library: Library) -> list[str]:
@@ -78,7 +80,7 @@ def faults(library: Library) -> list[str]:
     if not library.dynamic.get(DT_FLAGS, 0) & DF_BIND_NOW:
         result.append("symbols are not bound at load")
     try:
-        relocations = library.relocations()
+        relocations = library.relocations
     except ValueError as error:
         return result + [f"relocations cannot be read: {error}"]
     relro = library.of_kind(PT_GNU_RELRO)
