@@ -23,10 +23,6 @@
 #include <string>
 #include <string_view>
 
-namespace google::protobuf {
-class MessageLite;
-}
-
 #pragma GCC visibility push(default)
 
 namespace virtual_modem {
@@ -47,13 +43,8 @@ struct Frame {
 };
 
 // Appends the bytes of the frame. False, and nothing appended, when the type has no legal name or
-// the message takes 4 GiB or more.
+// the message takes 4 GiB or more. <virtual_modem/types.h> has the same for a message.
 bool AppendFrame(const Frame& frame, std::string& out);
-
-// The same for a message; it may lack required fields. False for a message of another library and
-// one of 2 GiB or more.
-bool AppendFrame(const google::protobuf::MessageLite& message, std::uint8_t operation,
-                 std::string& out);
 
 enum class FrameStatus : std::uint8_t {
   kFrame,

@@ -12,7 +12,7 @@
 #pragma once
 
 #ifdef _GLIBCXX_DEBUG
-#error "_GLIBCXX_DEBUG changes containers that libvirtual-modem-text shares; use _GLIBCXX_ASSERTIONS"
+#error "_GLIBCXX_DEBUG changes the containers that this library shares: use _GLIBCXX_ASSERTIONS"
 #endif
 
 #include <google/protobuf/message_lite.h>

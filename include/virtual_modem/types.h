@@ -2,14 +2,15 @@
 // libvirtual-modem-text; link VirtualModemProtos::text.
 //
 // Any thread may call any function at any time. Nothing throws or needs RTTI, and only Parse()
-// allocates.
+// and AppendFrame() allocate.
 #pragma once
 
 #ifdef _GLIBCXX_DEBUG
-#error "_GLIBCXX_DEBUG changes containers that libvirtual-modem-text shares; use _GLIBCXX_ASSERTIONS"
+#error "_GLIBCXX_DEBUG changes the containers that this library shares: use _GLIBCXX_ASSERTIONS"
 #endif
 
 #include <google/protobuf/message_lite.h>
+#include <virtual_modem/frame.h>
 #include <virtual_modem/message_list.h>
 
 #include <cstddef>
@@ -18,6 +19,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -97,6 +99,22 @@ const T* As(const google::protobuf::MessageLite& message) {
 template <typename T>
 T* As(google::protobuf::MessageLite& message) {
   return const_cast<T*>(As<T>(std::as_const(message)));
+}
+
+// Appends the frame of a message, which may lack required fields. False, and nothing appended, for
+// a message of another library and one of 2 GiB or more.
+inline bool AppendFrame(const google::protobuf::MessageLite& message, std::uint8_t operation,
+                        std::string& out) {
+  const std::size_t begin = out.size();
+  if (!AppendFrame({operation, TypeOf(message).name, {}}, out)) return false;
+  const std::size_t end_of_name = out.size();
+  if (!message.AppendPartialToString(&out)) {
+    out.resize(begin);
+    return false;
+  }
+  const std::size_t size = out.size() - end_of_name;
+  for (unsigned i = 0; i < 4; ++i) out[begin + 7 - i] = static_cast<char>(size >> (8 * i));
+  return true;
 }
 
 // What Parse() made of bytes.

@@ -1,4 +1,3 @@
-#include <virtual_modem/frame.h>
 #include <virtual_modem/types.h>
 
 #include <algorithm>
@@ -101,20 +100,6 @@ std::optional<std::int32_t> SerialOf(const MessageLite& message) {
   const Type& type = TypeOf(message);
   if (!type.has_serial) return std::nullopt;
   return text::SerialOf(static_cast<std::size_t>(&type - kTypes), message);
-}
-
-bool AppendFrame(const MessageLite& message, std::uint8_t operation, std::string& out) {
-  const Type& type = TypeOf(message);
-  const std::size_t begin = out.size();
-  if (type.prototype == nullptr || !AppendFrame({operation, type.name, {}}, out)) return false;
-  const std::size_t header = out.size();
-  if (!message.AppendPartialToString(&out)) {
-    out.resize(begin);
-    return false;
-  }
-  const std::size_t size = out.size() - header;
-  for (unsigned i = 0; i < 4; ++i) out[begin + 7 - i] = static_cast<char>(size >> (8 * i));
-  return true;
 }
 
 }  // namespace virtual_modem

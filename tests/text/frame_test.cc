@@ -1,7 +1,7 @@
 // The frame and its reader, whose bytes docs/captures.md describes.
 #include <gmock/gmock.h>
 #include <virtual_modem/frame.h>
-#include <virtual_modem/radio.pb.h>
+#include <virtual_modem/types.h>
 
 #include <string>
 #include <string_view>
