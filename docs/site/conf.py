@@ -137,24 +137,14 @@ def pages():
 
 def fill(app):
     source = pathlib.Path(app.srcdir)
-    wanted = set()
+    shutil.rmtree(source)  # so every page is read again, and nothing old stays
+    for folder in ("examples", "docs/pictures"):  # what pages link to beside other pages
+        shutil.copytree(ROOT / folder, source / folder,
+                        ignore=shutil.ignore_patterns("node_modules", "*.md"))
     for relative, text in pages():
         path = source / relative
-        wanted.add(path)
         path.parent.mkdir(parents=True, exist_ok=True)
-        if not path.is_file() or path.read_text(encoding="utf-8") != text:
-            path.write_text(text, encoding="utf-8")
-    # What pages link to beside other pages: examples, pictures.
-    for folder in ("examples", "docs/pictures"):
-        for path in (ROOT / folder).rglob("*"):
-            copy = source / path.relative_to(ROOT)
-            if path.is_file() and path.suffix != ".md" and "node_modules" not in path.parts:
-                wanted.add(copy)
-                copy.parent.mkdir(parents=True, exist_ok=True)
-                shutil.copy2(path, copy)
-    for path in set(source.rglob("*")) - wanted:
-        if path.is_file():
-            path.unlink()
+        path.write_text(text, encoding="utf-8")
 
 
 # What the theme leaves out for those who read by ear or by keyboard; its word before the name of the
@@ -186,7 +176,6 @@ def repair(app, _error):
 
 
 def setup(app):
-    app.virtual_modem_descriptor_set, app.virtual_modem_transcript = DESCRIPTOR_SET, TRANSCRIPT
     app.virtual_modem_schema = schema.load(DESCRIPTOR_SET)
     carried = {}
     for name, _, steps in exchanges():

@@ -53,9 +53,6 @@ class SchemaSection(Directive):
     def run(self):
         self.env = self.state.document.settings.env
         self.docname = self.env.docname
-        for path in (__file__, self.env.app.virtual_modem_transcript, schema.__file__,
-                     self.env.app.virtual_modem_descriptor_set):
-            self.env.note_dependency(str(path))
         everything = self.env.app.virtual_modem_schema
         self.names = names_of(everything)
         unit = next(u for u in everything.units if u.name == self.arguments[0])

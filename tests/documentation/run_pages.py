@@ -10,7 +10,9 @@ into which every command changes its root first. Exit status 1 at the first bloc
   ```console  is run, "$ " before each command; what it prints must be what the page shows
   any other   is for the eye, unless <!-- file: PATH --> stands before it: then it is written there
 
-A shell block behind <!-- not run: REASON --> is counted and left out.
+A shell block after <!-- not run: REASON --> is counted and left out. What stands after
+<!-- printed by: COMMAND --> is what the command prints, such as a diagram; a block of language text
+must say so.
 """
 import argparse
 import collections
@@ -51,7 +53,7 @@ def blocks_of(page: str, text: str) -> list[Block]:
         elif fence:
             block = Block(page, number, fence[1], mark)
             mark = ""
-        elif comment := re.match(r"<!-- ((?:not run|file): .*\S) -->$", line):
+        elif comment := re.match(r"<!-- ((?:not run|file|printed by): .*\S) -->$", line):
             mark = comment[1]
         elif line.strip():
             if mark:
@@ -101,12 +103,19 @@ def main() -> None:
                 path.parent.mkdir(parents=True, exist_ok=True)
                 path.write_text(text, encoding="utf-8")
                 counts["files"] += 1
+            elif kind == "printed by":
+                counts["run"] += 1
+                printed = run(argument, stdout=subprocess.PIPE, stderr=subprocess.STDOUT).stdout
+                if printed != text:
+                    fail(block, f"'{argument}' prints\n{printed}and not\n{text}")
+            elif block.language == "text" and kind != "not run":
+                fail(block, "nothing compares it; say <!-- printed by: COMMAND --> before it")
             elif block.language in ("bash", "shell"):
                 fail(block, "call it sh or console")
-            elif block.language not in ("sh", "console"):
-                continue
             elif kind == "not run":
                 skipped[argument] += 1
+            elif block.language not in ("sh", "console"):
+                continue
             else:
                 print(f"documentation: {block.place} ({time.monotonic() - start:.0f}s)", flush=True)
                 counts["run"] += 1
