@@ -17,7 +17,8 @@ function(virtual_modem_platform_flags target)
 endfunction()
 
 # Sets variable to the strings of a list of a module in Android.bp.
-function(_read_android_bp module property variable)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Android.bp)
+function(virtual_modem_read_android_bp module property variable)
   file(READ ${PROJECT_SOURCE_DIR}/Android.bp modules)
   string(REGEX REPLACE ".*name: \"${module}\"" "" rest "${modules}")
   string(REGEX REPLACE "\n}.*" "" rest "${rest}")
@@ -33,10 +34,9 @@ endfunction()
 set(VIRTUAL_MODEM_DEVICE_CFLAGS "" CACHE STRING
   "Compiler flags of the libraries for the device, instead of those of Android.bp")
 if(VIRTUAL_MODEM_DEVICE)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Android.bp)
-  _read_android_bp(virtual-modem-defaults cflags device_cflags)
-  _read_android_bp(virtual-modem-defaults ldflags device_ldflags)
-  _read_android_bp(lib-virtual-modem-protos cflags device_message_cflags)
+  virtual_modem_read_android_bp(virtual-modem-defaults cflags device_cflags)
+  virtual_modem_read_android_bp(virtual-modem-defaults ldflags device_ldflags)
+  virtual_modem_read_android_bp(lib-virtual-modem-protos cflags device_message_cflags)
 endif()
 
 # Further arguments are flags of this target alone. The prefix keeps what stands twice, and splits "-include FILE".

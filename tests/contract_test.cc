@@ -153,6 +153,7 @@ TEST_P(MessageContract, VarintsAreReadAsTheTypeOfTheField) {
     for (const std::int64_t number : numbers) {
       std::int64_t read = static_cast<std::int32_t>(number);
       if (field.kind == Kind::kUint32) read = static_cast<std::uint32_t>(number);
+      if (field.kind == Kind::kInt64 || field.kind == Kind::kUint64) read = number;
       if (field.kind == Kind::kBool) read = number != 0 ? 1 : 0;
       const bool stored = field.kind != Kind::kEnum || SchemaOfEnum(field.type).Declares(read);
       const std::string arriving = wire::VarintField(field.number, number);

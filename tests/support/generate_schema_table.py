@@ -19,12 +19,14 @@ def main() -> None:
     rows = []
     for message in everything.messages:
         for f in sorted(message.fields, key=lambda f: f.number):
-            declared = f.declared.full_name if f.declared else ""
-            kind = f.type if f.is_scalar else type(f.declared).__name__
+            # Enumerations go by their own names; what the wire makes of bytes it makes of strings.
+            is_message = isinstance(f.declared, schema.Message)
+            declared = f.declared.full_name if is_message else f.declared.name if f.declared else ""
+            kind = f.type.replace("bytes", "string") if f.is_scalar else type(f.declared).__name__
             rows.append(f'FIELD("{message.full_name}", {f.number}, "{f.name}", k{f.label.title()}, '
                         f'k{kind.title()}, "{declared}", {str(f.is_subscriber_data).lower()})')
     for enum in everything.enums:
-        rows += [f'VALUE("{enum.full_name}", "{v.name}", {v.number})'
+        rows += [f'VALUE("{enum.name}", "{v.name}", {v.number})'
                  for v in sorted(enum.values, key=lambda v: v.number)]
     pathlib.Path(sys.argv[2]).write_text("\n".join(rows) + "\n", encoding="ascii")
 

@@ -37,8 +37,8 @@ const std::vector<EnumType>& AllEnumTypes() {
 #define ENTRY(name, cpp_type, unit)                                 \
   EnumType{#name,                                                   \
            #unit,                                                   \
-           name##_MIN,                                              \
-           name##_MAX,                                              \
+           cpp_type##_MIN,                                          \
+           cpp_type##_MAX,                                          \
            cpp_type##_IsValid,                                      \
            [](int number) -> const std::string& {                   \
              return cpp_type##_Name(static_cast<cpp_type>(number)); \

@@ -32,6 +32,11 @@ std::int64_t Scalar(const FieldSchema& field, Values values) {
                     std::numeric_limits<std::int32_t>::max());
     case Kind::kUint32:
       return Choose(values, 0x80000000U, 0xffffffffU);
+    case Kind::kInt64:
+      return Choose(values, std::numeric_limits<std::int64_t>::min(),
+                    std::numeric_limits<std::int64_t>::max());
+    case Kind::kUint64:
+      return Choose(values, std::numeric_limits<std::int64_t>::min(), std::int64_t{-1});
     case Kind::kBool:
       return Choose(values, 1, 1);
     default: {

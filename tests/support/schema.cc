@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 
+#include "support/message_types.h"
+
 namespace virtual_modem::testing {
 namespace {
 
@@ -43,10 +45,8 @@ bool EnumSchema::Declares(std::int64_t number) const {
 const MessageSchema& SchemaOf(std::string_view message) {
   static const auto messages = [] {
     std::map<std::string_view, MessageSchema> all;
-    for (const FieldRow& row : kFields) {
-      all[row.message].name = row.message;
-      all[row.message].fields.push_back(row.field);
-    }
+    for (const MessageType& type : AllMessageTypes()) all[type.name].name = type.name;
+    for (const FieldRow& row : kFields) all[row.message].fields.push_back(row.field);
     return all;
   }();
   return messages.at(message);

@@ -9,14 +9,14 @@
 namespace virtual_modem::testing {
 
 enum class Label : std::uint8_t { kRequired, kOptional, kRepeated };
-enum class Kind : std::uint8_t { kInt32, kUint32, kBool, kEnum, kString, kMessage };
+enum class Kind : std::uint8_t { kInt32, kUint32, kInt64, kUint64, kBool, kEnum, kString, kMessage };
 
 struct FieldSchema {
   int number;
   std::string_view name;
   Label label;
   Kind kind;
-  std::string_view type;  // full name of the message or enumeration, else empty
+  std::string_view type;  // full name of the message, name of the enumeration, else empty
   bool subscriber_data;   // listed in subscriber_data.txt
 };
 
@@ -36,7 +36,7 @@ struct EnumSchema {
   bool Declares(std::int64_t number) const;
 };
 
-// The one of that full name; aborts when there is none.
+// The message of that full name and the enumeration of that name; abort when there is none.
 const MessageSchema& SchemaOf(std::string_view message);
 const EnumSchema& SchemaOfEnum(std::string_view enumeration);
 

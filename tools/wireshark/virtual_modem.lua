@@ -85,8 +85,11 @@ virtual_modem.experts = experts
 local SCALARS = {
   int32 = ftypes.INT32,
   uint32 = ftypes.UINT32,
+  int64 = ftypes.INT64,
+  uint64 = ftypes.UINT64,
   bool = ftypes.BOOLEAN,
   string = ftypes.STRING,
+  bytes = ftypes.STRING,
   enum = ftypes.INT32,
 }
 local registered = {}
@@ -102,10 +105,10 @@ for name, message in pairs(MESSAGES) do
     field.enum = enum
     field.message = MESSAGES[field.type]
     local ftype = field.message and ftypes.NONE or SCALARS[enum and "enum" or field.type]
-    field.wire_type = (field.message or field.type == "string") and LENGTH or VARINT
+    field.wire_type = (field.message or ftype == ftypes.STRING) and LENGTH or VARINT
+    local number = field.wire_type == VARINT and ftype ~= ftypes.BOOLEAN
     field.proto = ProtoField.new(field.name, "virtual_modem." .. name .. "." .. field.name, ftype,
-      enum, (enum or ftype == ftypes.INT32 or ftype == ftypes.UINT32) and base.DEC or nil, nil,
-      field.comment)
+      enum, number and base.DEC or nil, nil, field.comment)
     registered[#registered + 1] = field.proto
     message.by_number[field.number] = field
   end
@@ -147,9 +150,9 @@ local function need(walk, size, stop)
   end
 end
 
--- The lower 32 bits, and whether any of the upper 32 is set.
+-- The lower 32 bits and the upper 32.
 local function read_varint(walk, stop, max_bytes)
-  local low, above = 0, false
+  local low, high = 0, 0
   local weight = 1
   for i = 0, max_bytes - 1 do
     need(walk, i + 1, stop)
@@ -160,15 +163,15 @@ local function read_varint(walk, stop, max_bytes)
       weight = weight * 0x80
     elseif i == 4 then
       low = low + part % 0x10 * weight
-      above = part >= 0x10
-    elseif i < 9 then
-      above = above or part > 0
+      high = math.floor(part / 0x10)
+      weight = 8
     else
-      above = above or part % 2 > 0 -- what is behind bit 63 does not count
+      high = high + (i < 9 and part or part % 2) * weight -- what is after bit 63 does not count
+      weight = weight * 0x80
     end
     if byte < 0x80 then
       walk.at = walk.at + i + 1
-      return low, above
+      return low, high
     end
   end
   malformed(walk.at, string.format("a number is longer than %d bytes", max_bytes))
@@ -185,10 +188,10 @@ local function read_tag(walk, stop)
 end
 
 local function read_length(walk, stop)
-  local length, above = read_varint(walk, stop, MAX_LENGTH_BYTES)
-  if above or length > stop - walk.at then
+  local length, high = read_varint(walk, stop, MAX_LENGTH_BYTES)
+  if high > 0 or length > stop - walk.at then
     malformed(walk.at, string.format("%s bytes announced, %d left in the message",
-      above and "over 4 billion" or length, stop - walk.at))
+      high > 0 and "over 4 billion" or length, stop - walk.at))
   end
   return length
 end
@@ -286,11 +289,15 @@ end
 
 -- Reads a number of the field; what came before it in the field begins at `start`.
 local function read_number(walk, field, start, stop, tree, node)
-  local low, above = read_varint(walk, stop, MAX_VARINT_BYTES)
+  local low, high = read_varint(walk, stop, MAX_VARINT_BYTES)
   local where = range(walk, start, walk.at)
   local value = low
   if field.type == "bool" then
-    value = above or low ~= 0
+    value = high > 0 or low ~= 0
+  elseif field.type == "int64" then
+    value = Int64(low, high)
+  elseif field.type == "uint64" then
+    value = UInt64(low, high)
   elseif field.type ~= "uint32" and low >= 0x80000000 then
     value = low - 0x100000000
   end
