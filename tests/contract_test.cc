@@ -190,14 +190,15 @@ TEST_P(EnumContract, NamesAndNumbersAreTheDeclaredOnes) {
     int parsed = std::numeric_limits<int>::min();
     EXPECT_TRUE(type.parse(std::string(name), &parsed)) << name;
     EXPECT_EQ(parsed, number) << name;
-    for (const int beside : {number - 1, number + 1}) {
+    const auto bits = static_cast<std::uint32_t>(number);
+    for (const int beside : {static_cast<int>(bits - 1), static_cast<int>(bits + 1)}) {
       EXPECT_EQ(type.is_valid(beside), schema.Declares(beside)) << beside;
       EXPECT_EQ(type.name_of(beside).empty(), !schema.Declares(beside)) << beside;
     }
   }
 }
 
-TEST_P(EnumContract, OtherNamesAndNumbersAreRefused) {
+TEST_P(EnumContract, OtherNamesAreRefused) {
   const EnumType& type = GetParam();
   const std::string known(SchemaOfEnum(type.name).values.front().name);
   std::string lower = known;
@@ -208,10 +209,6 @@ TEST_P(EnumContract, OtherNamesAndNumbersAreRefused) {
     int parsed = -12345;
     EXPECT_FALSE(type.parse(name, &parsed)) << name;
     EXPECT_EQ(parsed, -12345) << name;
-  }
-  for (const int number : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
-    EXPECT_FALSE(type.is_valid(number));
-    EXPECT_EQ(type.name_of(number), "");
   }
 }
 

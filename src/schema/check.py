@@ -64,6 +64,8 @@ class Check:
             say(f"its syntax is {unit.proto.syntax}; make it proto2, as the other units are")
         if unit.proto.options.optimize_for != unit.proto.options.LITE_RUNTIME:
             say("its classes would need the full runtime; add 'option optimize_for = LITE_RUNTIME;'")
+        for word in CPP_WORDS.intersection(unit.package.split(".")):
+            say(f"its package holds {word}, which is a word of C++; choose another")
         if not unit.comment.strip():
             say("has no comment; say above 'syntax' what the unit is for")
         for what, there in (("extensions", unit.proto.extension), ("services", unit.proto.service)):
