@@ -90,11 +90,14 @@ What there is none of:
 
 Lists, complete:
 
-  $ for list in messages enums fields values; do inspect list $list | wc -l; done
-  122
-  53
-  578
-  912
+  $ while read -r list line; do
+  >   [ $(inspect list $list | wc -l) = $(cat "$SOURCE"/proto/virtual_modem/*.proto | grep -cE "$line") ] || echo $list
+  > done <<'END'
+  > messages ^message
+  > enums ^enum
+  > fields ^  (required|optional|repeated)
+  > values ^  [A-Za-z0-9_]+ = -?[0-9]
+  > END
   $ inspect list values | grep -w RADIO_E_SIM_BUSY
   RADIO_E_SIM_BUSY  radio  The card is busy
   $ inspect list fields | grep SlaveMasterShareDataChange.text
