@@ -11,15 +11,15 @@ import re
 import subprocess
 import sys
 
-from google.protobuf import descriptor_pb2
-from google.protobuf.descriptor_pb2 import FieldDescriptorProto as Field
+import schema
 
 PB = "google::protobuf::"
 STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
 
 
-def message_symbols(scope: str, message: descriptor_pb2.DescriptorProto) -> set[str]:
-    cls = scope + message.name
+def message_symbols(message: schema.Message) -> set[str]:
+    cls = message.cpp_name
+    scope = cls[:-len(message.name)]
     members = [
         f"{message.name}({PB}Arena*, bool)", f"{message.name}({cls} const&)", f"~{message.name}()",
         "Clear()", f"MergeFrom({cls} const&)", f"CopyFrom({cls} const&)",
@@ -28,23 +28,24 @@ def message_symbols(scope: str, message: descriptor_pb2.DescriptorProto) -> set[
         "GetTypeName() const", f"_InternalParse(char const*, {PB}internal::ParseContext*)",
         f"_InternalSerialize(unsigned char*, {PB}io::EpsCopyOutputStream*) const",
     ]
-    if sum(field.label == Field.LABEL_REQUIRED for field in message.field) > 1:
+    if sum(field.label == "required" for field in message.fields) > 1:
         members.append("RequiredFieldsByteSizeFallback() const")
-    for field in message.field:
-        if field.type == Field.TYPE_MESSAGE and field.label != Field.LABEL_REPEATED:
-            members.append(f"_Internal::{field.name}({cls} const*)")
-        if field.type == Field.TYPE_STRING and field.default_value:
+    for field in message.fields:
+        if isinstance(field.declared, schema.Message):
+            if field.label != "repeated":
+                members.append(f"_Internal::{field.name}({cls} const*)")
+            if field.declared.unit is not message.unit:  # whose class its own header lacks
+                members.append(f"clear_{field.name}()")
+        if field.type == "string" and field.default:
             default = f"_i_give_permission_to_break_this_code_default_{field.name}_"
             members.append(f"Impl_::{default}")
-    if cls == "QImsCall":  # its type comes from another unit, so the accessor is not inline
-        members.append("clear_suppsvcnotification()")
     return {f"{cls}::{member}" for member in members} | {
         f"{scope}_{message.name}_default_instance_", f"vtable for {cls}",
         f"{cls}* {PB}Arena::CreateMaybeMessage<{cls}>({PB}Arena*)"}
 
 
-def enum_symbols(scope: str, enum: descriptor_pb2.EnumDescriptorProto) -> set[str]:
-    name = scope + enum.name
+def enum_symbols(enum: schema.Enum) -> set[str]:
+    name = enum.cpp_name
     return {f"{name}_IsValid(int)", f"{name}_Name({name})", f"{name}_Parse({STRING} const&, {name}*)"}
 
 
@@ -58,16 +59,9 @@ def exports(library: str) -> list[tuple[str, str]]:
 
 def main() -> None:
     library, descriptor_set, text_library = sys.argv[1:]
-    files = descriptor_pb2.FileDescriptorSet()
-    with open(descriptor_set, "rb") as stream:
-        files.ParseFromString(stream.read())
-    contract: set[str] = set()
-    for file in files.file:
-        scope = file.package.replace(".", "::") + "::" if file.package else ""
-        for message in file.message_type:
-            contract |= message_symbols(scope, message)
-        for enum in file.enum_type:
-            contract |= enum_symbols(scope, enum)
+    everything = schema.load(descriptor_set)
+    contract = set().union(*map(message_symbols, everything.messages),
+                           *map(enum_symbols, everything.enums))
 
     exported = {name for _, name in exports(library)}
     dynamic = subprocess.run(["readelf", "--wide", "--dynamic", "--dyn-syms", library], check=True,

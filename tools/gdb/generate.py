@@ -15,7 +15,7 @@ PLACEHOLDER = "] = {}\n"
 def main() -> None:
     everything, source, target = schema.load(sys.argv[1]), *map(pathlib.Path, sys.argv[2:])
     fields = {message.full_name: {
-        field.name: (field.declared.full_name if isinstance(field.declared, schema.Enum) else "",
+        field.name: (field.declared.cpp_name if isinstance(field.declared, schema.Enum) else "",
                      field.is_subscriber_data, field.number)
         for field in message.fields} for message in everything.messages}
     script = source.read_text(encoding="ascii")

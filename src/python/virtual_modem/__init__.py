@@ -1,7 +1,6 @@
 """The messages of the virtual modem, and their text with subscriber data masked.
 
-The classes are in a module a unit: radio_pb2, ims_service_pb2, conference_pb2, call_size_pb2 and
-data_share_pb2. TYPES has all of them by the name that a channel carries beside the bytes.
+The classes are in a module a unit: radio_pb2, ims_service_pb2 and so on. TYPES has all of them by the name that a channel carries beside the bytes.
 
     >>> import virtual_modem
     >>> from virtual_modem import radio_pb2 as radio
@@ -13,7 +12,9 @@ data_share_pb2. TYPES has all of them by the name that a channel carries beside 
     >>> dial.DESCRIPTOR.full_name  # its name in TYPES
     'Dial'
 """
-from virtual_modem import call_size_pb2, conference_pb2, data_share_pb2, ims_service_pb2, radio_pb2
+import importlib
+import pkgutil
+
 from virtual_modem._text import SUBSCRIBER_DATA, mask, to_text
 
 __all__ = ["SUBSCRIBER_DATA", "TYPES", "mask", "to_text"]
@@ -23,6 +24,7 @@ __version__ = "@PROJECT_VERSION@"
 # Full name -> class, such as TYPES["Dial"] or TYPES["virtualdata.proto.SlaveSetupDataCallRequest"].
 TYPES = {
     descriptor.full_name: getattr(unit, name)
-    for unit in (radio_pb2, ims_service_pb2, conference_pb2, call_size_pb2, data_share_pb2)
+    for module in pkgutil.iter_modules(__path__) if module.name.endswith("_pb2")
+    for unit in (importlib.import_module(f"{__name__}.{module.name}"),)
     for name, descriptor in unit.DESCRIPTOR.message_types_by_name.items()
 }
