@@ -282,7 +282,7 @@ Frames that are not as they should be, and packets that carry none:
   01-01 00:00:04.000000 > ? - 0 B  # a frame without the name of a type
   01-01 00:00:05.000000 > ? - 0 B  # a frame without the name of a type
   01-01 00:00:06.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1 # the frame announces 7 bytes and has 6
-  01-01 00:00:07.000000 > Hangup #5 5 B platformtype: UNKNOW serial: 5 gsmindex: 0 # 1 bytes behind the frame; malformed at byte 5 in gsmindex: the input ends inside a varint
+  01-01 00:00:07.000000 > Hangup #5 5 B platformtype: UNKNOW serial: 5 gsmindex: 0 # 1 bytes after the frame; malformed at byte 5 in gsmindex: the input ends inside a varint
   01-01 00:00:09.000000 > ? - 0 B  # the capture keeps 11 of the frame's 20 bytes
   01-01 00:00:10.000000 > ? - 0 B  # the capture keeps 5 of the frame's 20 bytes
   01-01 00:00:11.000000 > Hangup - 0 B  # the capture keeps 14 of the frame's 20 bytes; missing required platformtype; missing required serial; missing required gsmindex

@@ -107,7 +107,7 @@ lines, long offsets, a last line that tells the length, other digits, prefixes i
   gsmindex: 4
   virtual-modem-inspect: standard input: not a valid Hangup (malformed)
   gsmindex: 6
-  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes behind each 0x, in an order that the text does not tell
+  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
   gsmindex: 8
   gsmindex: 9
   gsmindex: 10
@@ -200,7 +200,7 @@ What cannot be told for sure is refused, with the way out:
   virtual-modem-inspect: standard input: a list of numbers in which 300 is no byte
   virtual-modem-inspect: standard input: the string was cut where "..." stands (strace -s 65536 shows all of it)
   virtual-modem-inspect: standard input: a string with an escape that stands for no byte; \ooo and \xhh do
-  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes behind each 0x, in an order that the text does not tell
+  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: numbers of 4 bytes, in an order that the dump does not tell (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "00010" is neither bytes in hex nor in octal
   virtual-modem-inspect: standard input: hex that does not say its bytes: line 1: "\b" is neither bytes in hex nor in octal

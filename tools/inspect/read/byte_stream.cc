@@ -17,7 +17,7 @@
 
 namespace virtual_modem::inspect {
 
-// Unpacks gzip, of several members too, as a packed log that was appended to has them.
+// Expands gzip, of several members too, as a compressed log that was appended to has them.
 class ByteStream::Inflater {
  public:
   Inflater() {
@@ -34,8 +34,8 @@ class ByteStream::Inflater {
     const uInt room = stream_.avail_out;
     while (stream_.avail_out == room) {
       if (stream_.avail_in == 0) {
-        stream_.avail_in = static_cast<uInt>(read(packed_.data(), packed_.size()));
-        stream_.next_in = reinterpret_cast<Bytef*>(packed_.data());
+        stream_.avail_in = static_cast<uInt>(read(compressed_.data(), compressed_.size()));
+        stream_.next_in = reinterpret_cast<Bytef*>(compressed_.data());
         if (stream_.avail_in == 0) {
           if (!inside_) return 0;
           throw Error(name + ": the gzip file is cut");
@@ -55,7 +55,7 @@ class ByteStream::Inflater {
 
  private:
   z_stream stream_{};
-  std::vector<char> packed_ = std::vector<char>(1U << 16U);
+  std::vector<char> compressed_ = std::vector<char>(1U << 16U);
   bool inside_ = false;
 };
 
@@ -77,7 +77,7 @@ ByteStream::~ByteStream() {
 
 std::size_t ByteStream::Read(char* to, std::size_t size) {
   if (!begun_) Peek(2);
-  if (ahead_.empty()) return ReadUnpacked(to, size);
+  if (ahead_.empty()) return ReadExpanded(to, size);
   const std::size_t count = ahead_.copy(to, size);
   ahead_.erase(0, count);
   return count;
@@ -87,7 +87,7 @@ std::string_view ByteStream::Peek(std::size_t size) {
   char block[8];
   const auto fill = [&](std::size_t wanted) {
     while (ahead_.size() < wanted) {
-      const std::size_t count = ReadUnpacked(block, wanted - ahead_.size());
+      const std::size_t count = ReadExpanded(block, wanted - ahead_.size());
       if (count == 0) break;
       ahead_.append(block, count);
     }
@@ -97,17 +97,18 @@ std::string_view ByteStream::Peek(std::size_t size) {
     fill(2);
     if (ahead_ == "\x1F\x8B") {
       inflater_ = std::make_unique<Inflater>();
-      packed_.swap(ahead_);
+      compressed_.swap(ahead_);
     }
   }
   fill(size);
   return ahead_;
 }
 
-std::size_t ByteStream::ReadUnpacked(char* to, std::size_t size) {
+std::size_t ByteStream::ReadExpanded(char* to, std::size_t size) {
   if (!inflater_) return ReadRaw(to, size);
   return inflater_->Read(
-      to, size, [this](char* packed, std::size_t room) { return ReadRaw(packed, room); }, name_);
+      to, size, [this](char* compressed, std::size_t room) { return ReadRaw(compressed, room); },
+      name_);
 }
 
 bool ByteStream::IsElsewhere() const {
@@ -119,9 +120,9 @@ bool ByteStream::IsElsewhere() const {
 }
 
 std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
-  if (!packed_.empty()) {
-    const std::size_t count = packed_.copy(to, size);
-    packed_.erase(0, count);
+  if (!compressed_.empty()) {
+    const std::size_t count = compressed_.copy(to, size);
+    compressed_.erase(0, count);
     return count;
   }
   if (fd_ < 0) {

@@ -1,4 +1,4 @@
-// The bytes of a file, a pipe or standard input in order, unpacked where gzip packed them.
+// The bytes of a file, a pipe or standard input in order, expanded where gzip compressed them.
 #pragma once
 
 #include <cstdint>
@@ -43,7 +43,7 @@ class ByteStream {
 
   bool IsElsewhere() const;
   std::size_t ReadRaw(char* to, std::size_t size);
-  std::size_t ReadUnpacked(char* to, std::size_t size);
+  std::size_t ReadExpanded(char* to, std::size_t size);
 
   std::string name_;
   int fd_ = -1;
@@ -53,8 +53,8 @@ class ByteStream {
   std::string_view memory_;
   std::int64_t position_ = 0;
   std::int64_t size_ = 0;
-  std::string ahead_;   // peeked at
-  std::string packed_;  // the same, for the inflater
+  std::string ahead_;       // peeked at
+  std::string compressed_;  // the same, for the inflater
   bool begun_ = false;
   std::unique_ptr<Inflater> inflater_;
   std::function<void()> before_wait_;

@@ -117,7 +117,7 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
                               : "the frame announces " + std::to_string(size) + " bytes and has " +
                                     std::to_string(record.bytes.size());
   } else if (record.bytes.size() > size) {
-    record.problem = std::to_string(record.bytes.size() - size) + " bytes behind the frame";
+    record.problem = std::to_string(record.bytes.size() - size) + " bytes after the frame";
     record.bytes = record.bytes.substr(0, size);
   }
   return true;

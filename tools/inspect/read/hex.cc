@@ -40,7 +40,7 @@ class PlainHex {
       result = HexResult::kBroken;
     }
     if (result == HexResult::kRead && words_ > 1) {
-      why = "several bytes behind each 0x, in an order that the text does not tell";
+      why = "several bytes after each 0x, in an order that the text does not tell";
       return HexResult::kBroken;
     }
     // Nothing but separators is not hex; nothing at all is the empty message.
@@ -91,13 +91,13 @@ class PlainHex {
 };
 
 // Dumps whose lines begin with their offset, as hexdump, xxd, od, debuggers and packet analysers
-// write them. Whoever writes no colon behind the offset writes numbers in the order of the machine
-// that dumped, when they are of more than one byte.
+// write them. Programs that write no colon after the offset write numbers in the order of the
+// machine that dumped, when they are of more than one byte.
 class Dump {
  public:
   explicit Dump(std::string& bytes) : bytes_(bytes) { bytes_.clear(); }
 
-  // Offset 0 without a colon, or any with one, and digits behind it, or anything where the offset
+  // Offset 0 without a colon, or any with one, and digits after it, or anything where the offset
   // is as long as no byte's digits are.
   static bool Begins(std::string_view text) {
     std::string_view line;
@@ -168,7 +168,7 @@ class Dump {
     return true;
   }
 
-  // Cuts the column at the right that shows the bytes as characters: behind "|" or "  >", or set
+  // Cuts the column at the right that shows the bytes as characters: after "|" or "  >", or set
   // apart by two spaces (after a colon) or three.
   std::string_view WithoutCharacters(std::string_view line, bool colon) const {
     line = line.substr(0, std::min(line.find('|'), line.find("  >")));

@@ -43,7 +43,7 @@ void Note(const std::string& text);
 // How the input is called in messages for people.
 std::string DisplayName(const std::string& path);
 
-// Messages one after the other, each behind its length as a varint.
+// Messages one after the other, each after its length as a varint.
 class DelimitedReader {
  public:
   // The stream must outlive the reader; errors name it.
@@ -55,7 +55,7 @@ class DelimitedReader {
 
   // Valid until the next call.
   std::string_view bytes() const { return bytes_; }
-  // Where the message begins, behind its length.
+  // Where the message begins, after its length.
   std::int64_t offset() const { return offset_; }
   bool cut() const { return bytes_.size() < size_; }
   std::size_t size() const { return size_; }

@@ -88,7 +88,7 @@ bool TakeCharacter(std::string_view& text, std::string& bytes) {
 // A string in quotes.
 struct Literal {
   std::size_t begin = 0;
-  std::size_t end = 0;  // behind its closing quote
+  std::size_t end = 0;  // after its closing quote
   std::string bytes;
   bool broken = false;  // holds an escape that is none
 };
@@ -171,7 +171,7 @@ std::string ParseString(std::string_view text, std::string& note) {
 
 // ---- Lists of numbers ---------------------------------------------------------------------------
 
-// Numbers of bytes, signed or not, in decimal or behind 0x: nullopt when the list is something
+// Numbers of bytes, signed or not, in decimal or after 0x: nullopt when the list is something
 // else, such as plain hex. clear tells whether it can be nothing but such numbers.
 std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
   std::string bytes;

@@ -17,7 +17,6 @@ class Scanner {
     while (TakeField()) {
     }
     TextForm form;
-    if (depth_ > kMaxDepth) return form;
     SkipBlanks();
     const bool ends = AtEnd() || text_.substr(at_, kCutMark.size()) == kCutMark;
     form.whole = AtEnd() && depth_ == 0 && !unclosed_;
@@ -78,7 +77,8 @@ class Scanner {
     while (At(' ')) ++at_;
     if (!name.empty() && At('{')) {
       ++at_;
-      return ++depth_ <= kMaxDepth && Keep(1);
+      ++depth_;
+      return Keep(1);
     }
     // Times of day are no numbers of fields.
     if (!name.empty() && colon && (spaced || !IsDigit(name[0])) && TakeValue()) return Keep(1);

@@ -7,7 +7,7 @@
 
 namespace virtual_modem::inspect {
 
-// Deeper messages are refused, as the runtime refuses them in bytes.
+// What parses the text refuses deeper messages, as the runtime refuses them in bytes.
 constexpr int kMaxDepth = 100;
 
 struct TextForm {
@@ -18,7 +18,7 @@ struct TextForm {
   bool cut = false;        // the text ends, or says that it was cut, within a message
 };
 
-// The fields that the text begins with; none when they are nested too deep. Looks at no byte twice.
+// The fields that the text begins with. Looks at no byte twice.
 TextForm TakeTextForm(std::string_view text);
 
 }  // namespace virtual_modem::inspect
