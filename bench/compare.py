@@ -14,7 +14,6 @@ other processes stretch. Instructions are counted once by callgrind: they repeat
 import collections
 import dataclasses
 import json
-import math
 import os
 import pathlib
 import random

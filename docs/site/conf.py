@@ -20,7 +20,6 @@ sys.path[:0] = [str(HERE), str(ROOT / "src")]
 from pygments.lexers.special import TextLexer  # noqa: E402
 
 import schema  # noqa: E402
-import schema_pages  # noqa: E402
 
 
 def commit():

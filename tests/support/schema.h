@@ -9,7 +9,16 @@
 namespace virtual_modem::testing {
 
 enum class Label : std::uint8_t { kRequired, kOptional, kRepeated };
-enum class Kind : std::uint8_t { kInt32, kUint32, kInt64, kUint64, kBool, kEnum, kString, kMessage };
+enum class Kind : std::uint8_t {
+  kInt32,
+  kUint32,
+  kInt64,
+  kUint64,
+  kBool,
+  kEnum,
+  kString,
+  kMessage
+};
 
 struct FieldSchema {
   int number;
