@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <type_traits>
 
@@ -13,9 +14,10 @@
 
 namespace virtual_modem::text {
 
-#define VIRTUAL_MODEM_COUNT(...) +1
-inline constexpr std::size_t kTypeCount = 0 VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_COUNT);
-#undef VIRTUAL_MODEM_COUNT
+#define VIRTUAL_MODEM_NAME(name, cpp_class, unit) name,
+inline constexpr std::size_t kTypeCount =
+    std::initializer_list<const char*>{VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_NAME)}.size();
+#undef VIRTUAL_MODEM_NAME
 using TypeIndex = std::conditional_t<(kTypeCount > 256), std::uint16_t, std::uint8_t>;
 
 // A type has the same index in all of these.

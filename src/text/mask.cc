@@ -1,5 +1,6 @@
 #include "text/mask.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -70,7 +71,7 @@ class Masker : public Handler {
     for (; rest >= 0x80; rest >>= 7U) *at++ = static_cast<char>(rest | 0x80U);
     *at++ = static_cast<char>(rest);
     if (at == content) return;
-    std::memmove(at, content, size);
+    std::copy(content, content + size, at);
     out_.resize(out_.size() - static_cast<std::size_t>(content - at));
   }
 
