@@ -1,12 +1,6 @@
   $ . "$TESTDIR/setup.sh"
 
-  $ inspect --help | grep .  # releases of CLI11 differ in blank lines
-  Explains messages of the virtual modem: decodes, encodes, identifies, describes, compares them.
-  Usage: virtual-modem-inspect [OPTIONS] SUBCOMMAND
-  Options:
-    -h,--help                   Print this help message and exit
-    --version                   Display program version information and exit
-    --schema FILE               Descriptor set to use, instead of the installed one or that named by VIRTUAL_MODEM_DESCRIPTOR_SET
+  $ inspect --help | grep -A 8 '^Subcommands'  # releases of CLI11 differ in the rest
   Subcommands:
     decode                      Print a message and what is wrong with it
     log                         Show a capture or a log, a line each message
@@ -16,56 +10,39 @@
     describe                    Explain a message, enumeration, field, value or number
     list                        List the messages, the enumerations, or what is in them
     diff                        Compare two messages or two recordings field by field
-  $ for words in '' nosuch decode 'decode --from octal Dial' 'decode --nosuch Dial' 'list nosuch' 'decode --hex 00 Dial card.bin' 'decode --hex 00 --from hex Dial' 'log --follow --count x' \
-  >     'log --serial x' 'mask in' 'mask --trust-type in out' 'mask --from hex in out' \
-  >     'encode --capture x --to hex Dial' 'encode --capture x --delimited Dial' 'encode --to array Dial' \
-  >     'diff x' 'diff Dial x y z' 'diff --trust-type Dial x y' 'diff Hangup d.pcap' 'diff Hangup - -' \
-  >     'diff --from hex x y' 'diff --delimited x y' 'log --json --diagram x'; do
+  $ for words in '' nosuch 'decode --from octal Dial' 'list nosuch' 'log --follow --count x' 'log --serial x' \
+  >     'mask in' 'mask --trust-type in out' 'mask --from hex in out' 'encode --capture x --to hex Dial' \
+  >     'diff x' 'diff --trust-type Dial x y' 'diff Hangup d.pcap' 'diff Hangup - -' \
+  >     'diff --from hex x y' 'diff --delimited x y'; do
   >   inspect $words
   > done
   virtual-modem-inspect: A subcommand is required (see --help)
   virtual-modem-inspect: there is no command nosuch (see --help)
-  virtual-modem-inspect: type is required (see --help)
   virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
-  virtual-modem-inspect: The following argument was not expected: --nosuch (see --help)
   virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
-  virtual-modem-inspect: file excludes --hex (see --help)
-  virtual-modem-inspect: --from excludes --hex (see --help)
   virtual-modem-inspect: --count excludes --follow (see --help)
   virtual-modem-inspect: --serial: x is not a number (see --help)
   virtual-modem-inspect: mask takes IN... OUT (see --help)
   virtual-modem-inspect: --trust-type requires --type (see --help)
   virtual-modem-inspect: --from requires --type (see --help)
   virtual-modem-inspect: --to excludes --capture (see --help)
-  virtual-modem-inspect: --delimited excludes --capture (see --help)
-  virtual-modem-inspect: --to: array is not one of auto|base64|binary|hex (see --help)
-  virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: --trust-type requires --redact (see --help)
   virtual-modem-inspect: two messages of type Hangup are two files: Hangup LEFT RIGHT (see --help)
   virtual-modem-inspect: only one side can be read from - (see --help)
   virtual-modem-inspect: --from is for two messages of a type (see --help)
   virtual-modem-inspect: two streams need their TYPE (see --help)
-  virtual-modem-inspect: --json excludes --diagram (see --help)
   [2]
-  $ for words in 'decode Dail' 'decode Dial /nonexistent' 'encode Dial /nonexistent' 'log /nonexistent'; do inspect $words; done
+  $ for words in 'decode Dail' 'decode Dial /nonexistent' '--schema /nonexistent list' '--schema card.bin list'; do inspect $words; done
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?
   virtual-modem-inspect: /nonexistent: No such file or directory
-  virtual-modem-inspect: /nonexistent: No such file or directory
-  virtual-modem-inspect: /nonexistent: No such file or directory
-  [1]
-  $ inspect --schema /nonexistent list
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
-  [1]
-  $ inspect --schema card.bin list
   virtual-modem-inspect: card.bin is not a descriptor set
   [1]
   $ VIRTUAL_MODEM_DESCRIPTOR_SET=/nonexistent inspect list
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
   [1]
-  $ for words in --help 'log --help' list 'decode IccCardStatusResponse card.bin'; do inspect $words >/dev/full; done
-  virtual-modem-inspect: cannot write to standard output
-  virtual-modem-inspect: cannot write to standard output
+  $ for words in --help list; do inspect $words >/dev/full; done
   virtual-modem-inspect: cannot write to standard output
   virtual-modem-inspect: cannot write to standard output
   [1]
@@ -89,16 +66,10 @@ Whatever an input or its name holds acts on no terminal:
   $ inspect decode Dial $'\e[2J\302\233m\342\200\256\xff\xc3\xa9'
   virtual-modem-inspect: \\x1b[2J\\xc2\\x9bm\\xe2\\x80\\xae\\xff\xc3\xa9: No such file or directory (esc)
   [1]
-  $ inspect describe $'\342\201\246x'
-  virtual-modem-inspect: nothing is called \xe2\x81\xa6x
-  [1]
 
 A message has at most 16 MiB, whichever way it comes:
 
   $ head -c 17000000 /dev/zero >large
-  $ inspect decode Dial large
-  virtual-modem-inspect: large: over 16 MiB, too large for one message (a stream needs --delimited)
-  [1]
   $ (head -c 110000000 /dev/zero && echo 'all was read' >&2) | inspect decode Dial
   virtual-modem-inspect: standard input: over 16 MiB, too large for one message (a stream needs --delimited)
   [1]
@@ -109,9 +80,6 @@ A message has at most 16 MiB, whichever way it comes:
   virtual-modem-inspect: /dev/fd/63: the message is over 16 MiB
   $ inspect identify <(head -c 262145 large)
   virtual-modem-inspect: /dev/fd/63: 262145 bytes; types are tried on 256 KiB at most
-  [1]
-  $ inspect diff Dial large card.bin
-  virtual-modem-inspect: large: over 16 MiB, too large for one message (a stream needs --delimited)
   [1]
   $ (printf '\200\200\200\020'; cat large) | inspect decode --delimited Dial 2>&1 | tail -n 1
   virtual-modem-inspect: standard input: no length of a message at byte 0 (is this a stream of delimited messages?)

@@ -1,44 +1,35 @@
   $ . "$TESTDIR/setup.sh"
-
-Bash:
-
   $ . "$SOURCE/tools/virtual-modem-inspect.bash"
   $ completions() {
   >   COMP_WORDS=("$INSPECT" "$@") COMP_CWORD=$#
   >   _virtual_modem_inspect "$INSPECT" "${@: -1}" "${COMP_WORDS[-2]}"
   >   echo "${COMPREPLY[@]}"
   > }
-  $ completions '' | tr ' ' '\n' | grep -c -e decode -e encode
-  2
-  $ completions --
+  $ while read -r words; do eval completions $words; done <<'WORDS'
+  > --
+  > decode --delimited Dial --from b
+  > --schema x decode --from hex Hang
+  > decode --from = he
+  > decode --from =
+  > decode SlaveD
+  > decode virtualdata.proto.SlaveD
+  > describe Dial.clir = CLIR_S
+  > log --unit r
+  > log --grep clir
+  > log --grep clir = CLIR_S
+  > mask --trust-type --ty
+  > list v
+  > WORDS
   --help --version --schema
-  $ completions decode --delimited Dial --from b
   base64 binary
-  $ completions --schema x decode --from hex Hang
   Hangup
-  $ completions decode --from = he
   hex
-  $ completions decode --from =
   array auto base64 binary hex log string
-  $ completions decode SlaveD
   SlaveDeactivateDataCallRequest
-  $ completions decode virtualdata.proto.SlaveD
   virtualdata.proto.SlaveDeactivateDataCallRequest
-  $ completions describe Dial.c
-  Dial.clir
-  $ completions describe Dial.clir = CLIR_S
   CLIR_SUPPRESSION
-  $ completions log --unit r
   radio
-  $ completions log --kind = re
-  request response record
-  $ completions log --grep clir
   clir
-  $ completions log --grep clir = CLIR_S
   CLIR_SUPPRESSION
-  $ completions mask --trust-type --ty
   --type
-  $ completions diff Hang
-  Hangup
-  $ completions list v
   values

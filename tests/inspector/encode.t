@@ -5,8 +5,6 @@ Text and JSON give the same bytes, in any form:
   $ echo 'platformtype: UNKNOW serial: 42 gsmindex: 1' >hangup.txt
   $ inspect encode Hangup hangup.txt --to hex
   0800102a1801
-  $ inspect encode Hangup hangup.txt --to base64
-  CAAQKhgB
   $ inspect encode --delimited StringParmRequest <(echo "platformtype: QCOM serial: 1 parm: \"$(seq -s, 99)\"") | head -c 10 | xxd -p
   a602080110011a9f0231
   $ script -qec "'$INSPECT' encode Hangup hangup.txt" /dev/null </dev/null | cat -A
@@ -20,33 +18,21 @@ What a receiver would not take as meant is refused, and nothing is written:
   # missing required gsmindex
   virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 2); --partial writes it all the same
   0
-  $ echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json Hangup
-  # platformtype: 9 is not a PlatformType; kept as unknown field 1 (byte 0), so required platformtype is absent
-  virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 1, undeclared values: 1); --partial writes it all the same
-  [1]
-  $ echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json --partial --to hex Hangup 2>/dev/null
+  $ for partial in '' --partial; do echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json $partial --to hex Hangup 2>/dev/null; done
   080910011802
 So is what cannot be read, in one line whatever it holds:
 
-  $ for text in 'serial: x' 'serial: 1 serial: 2' 'nosuch: 1' 'platformtype: 9' 'serial: 3000000000' '{' $'serial: "\e[31m"'; do
+  $ for text in 'nosuch: 1' 'platformtype: 9' $'serial: "\e[31m"'; do
   >   echo "$text" | inspect encode Hangup
   > done
-  virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: x
-  virtual-modem-inspect: standard input: line 1, column 17: Non-repeated field "serial" is specified multiple times.
   virtual-modem-inspect: standard input: line 1, column 7: Message type "Hangup" has no field named "nosuch".
   virtual-modem-inspect: standard input: line 2, column 1: Unknown enumeration value of "9" for field "platformtype".
-  virtual-modem-inspect: standard input: line 1, column 9: Integer out of range (3000000000)
-  virtual-modem-inspect: standard input: line 1, column 1: Expected identifier, got: {
   virtual-modem-inspect: standard input: line 1, column 9: Expected integer, got: "\x1b[31m"
   [1]
-  $ for text in 'serial: 1' '{"serial": "1", "nosuch": 2}' '{"serial": 3000000000}'; do
+  $ for text in 'serial: 1' "$(printf '{"serial":%.0s' {1..200})"; do
   >   echo "$text" | inspect encode --json Hangup
   > done
   virtual-modem-inspect: standard input: JSON: Unexpected token, near: serial: 1
-  virtual-modem-inspect: standard input: JSON: nosuch: Cannot find field
-  virtual-modem-inspect: standard input: JSON: (serial): invalid value 3000000000 for type TYPE_INT32
-  [1]
-  $ printf '{"serial":%.0s' {1..200} | inspect encode --json Hangup
   virtual-modem-inspect: standard input: JSON: Message too deep. Max recursion depth reached for key 'serial'
   [1]
 
@@ -61,8 +47,7 @@ A message to begin with, for every type:
   $ for type in IccCardStatusResponse GetCurrentCallsResponse QImsCall virtualdata.proto.SlaveMasterShareDataChange; do
   >   inspect encode --skeleton $type | inspect encode $type >/dev/null || echo $type
   > done
-  $ inspect encode --skeleton QImsCall | grep -e param13 -e codec -e suppsvc -e callrat
-  # param13: 0  # optional
+  $ inspect encode --skeleton QImsCall | grep -e codec -e suppsvc -e callrat
   # audiocodec: QIMS_CODEC_NONE  # optional QImsAudioCodec
   # suppsvcnotification {}  # optional SuppSvcNotificationPb
   # callrat: CALL_RAT_UNKNOW  # optional: CALL_RAT_UNKNOW, CALL_RAT_LTE, CALL_RAT_WIFI, CALL_RAT_NR
@@ -78,8 +63,6 @@ Into a capture, in the direction of its kind:
   > done
   virtual-modem-inspect: card.pcap: a message of 65436 bytes does not fit a datagram
   [1]
-  $ inspect log card.pcap | wc -lc
-        1   65518
   $ time=$(inspect log --json hangup.pcap | sed 's/.*"time":"\([^"]*\).*/\1/')
   $ echo $((($(date +%s) - $(date -d "$time" +%s)) / 600))
   0

@@ -8,9 +8,8 @@ Recordings that were rotated are read as one, and followed when their writer ren
   $ echo '2 < NoResultResponse 080010011800' | make >call.pcap
   $ inspect log --pairs call.pcap.1 call.pcap | head -n 1
   01-01 00:00:01.000000 #1 Dial > NoResultResponse RADIO_E_SUCCESS after 1000.000 ms
-  $ inspect mask call.pcap.1 call.pcap both.pcap && inspect log both.pcap | cut -c 13-50
-  01.000000 > Dial #1 11 B platformtype:
-  02.000000 < NoResultResponse #1 6 B pl
+  $ inspect mask call.pcap.1 call.pcap - | inspect log --count | wc -l
+  2
   $ inspect log call.pcap nosuch
   virtual-modem-inspect: nosuch: No such file or directory
   [1]
@@ -18,7 +17,7 @@ Recordings that were rotated are read as one, and followed when their writer ren
   $ exec 3<lines && head -n 2 <&3 | cut -c 13-31
   02.000000 < NoResul
   01.000000 > Dial #1
-  $ tail -c +25 call.pcap >>live && mv live old && cp call.pcap live && head -n 2 <&3 | cut -c 13-31
+  $ tail -c +25 call.pcap | head -c 9 >>live && sleep .1 && tail -c +34 call.pcap >>live && mv live old && cp call.pcap live && head -n 2 <&3 | cut -c 13-31
   02.000000 < NoResul
   02.000000 < NoResul
   $ cat call.pcap.1 >live && head -n 1 <&3 | cut -c 13-31
@@ -28,13 +27,9 @@ Recordings that were rotated are read as one, and followed when their writer ren
 A time between that makes no sense is unknown:
 
   $ printf '%s\n' '1 > Dial 080010011a033131322000' '86402 < NoResultResponse 080010011800' | make >late.pcap
-  $ inspect log --pairs late.pcap && inspect log --pairs --json late.pcap
+  $ inspect log --pairs late.pcap | head -n 1; inspect log --pairs --json late.pcap | cut -d, -f 6
   01-01 00:00:01.000000 #1 Dial > NoResultResponse RADIO_E_SUCCESS after an unknown time
-  # 1 answered; 0 not answered, 0 answered again, 0 responses without a request
-  {"time":"1970-01-01T00:00:01.000000Z","serial":1,"request":"Dial","response":"NoResultResponse","error":"RADIO_E_SUCCESS","latency_ms":null}
-  $ inspect log --grep foo=1 late.pcap
-  virtual-modem-inspect: --grep: no message has a field foo
-  [1]
+  "latency_ms":null}
 
 Fields in an unusual order lack nothing, for filters and masks too:
 
@@ -76,8 +71,5 @@ A diagram, in which nothing that a message holds is taken for more than text:
     M-)T: NoResultIndication
     Note over T,M: unknown field 9 at byte 2, varint, 2 bytes with its tag<br/>unknown field 9 at byte 4, varint, 2 bytes with its tag<br/>unknown field 9 at byte 6, varint, 2 bytes with its tag<br/>and 3 more
     Note over T,M: Hangup serial 5#58; no response
-  $ inspect log --diagram --type Dial odd.pcap
-  sequenceDiagram
-    participant T as Telephony
-    participant M as Modem
+  $ inspect log --diagram --type Dial odd.pcap | tail -n 1
     T->>M: Dial op 4 serial 1

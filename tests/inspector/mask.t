@@ -46,9 +46,6 @@ One message, in the form that it came in:
   modified: cardstatus.iccid: "8988211000000123456" -> "XXXXXXXXXXXXXXXXXXX"
   [3]
   $ base64 card.bin | inspect mask --from base64 --type IccCardStatusResponse - - | cmp - <(xxd -p -c 999 masked.bin)
-  $ inspect mask --type Dial card.bin card.bin out
-  virtual-modem-inspect: --type takes one message (see --help)
-  [2]
 
 Masked are strings and numbers, at any depth:
 
@@ -77,11 +74,8 @@ frame of a recording no string and no list of numbers:
   gsmindex: 1
   virtual-modem-inspect: stream: 1 of 2 messages are not shown, as they do not fit Hangup
   [1]
-  $ echo '08 0801 1005 1801 4801' | xxd -r -p | inspect decode --redact --delimited Hangup | tail -n 1
+  $ echo '08 0801 1005 1801 4801' | xxd -r -p | inspect decode --redact --delimited Hangup 2>&1 | tail -n 1
   virtual-modem-inspect: standard input: 1 of 1 messages are not shown, as they do not fit Hangup
-  # not shown, as it does not fit the type: unknown fields: 1
-  $ echo '1 < CellIdentityOperatorNames 0a063535313132321005' | make | inspect log --redact
-  01-01 00:00:01.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" # alphashort: declared as string, came as varint; kept as unknown field 2 (byte 8), so alphashort is absent
   $ echo 080010011a063535313132322000 | inspect mask --trust-type --type EmergencyNumber - -
   080010001a063535313132322000
 

@@ -1,7 +1,5 @@
   $ . "$TESTDIR/setup.sh"
-  $ for serial in 1 300; do
-  >   echo "platformtype: UNKNOW serial: $serial gsmindex: 1" | inspect encode --delimited Hangup
-  > done >stream
+  $ xxd -r -p >stream <<<'06080010011801 07080010ac021801'
 
   $ inspect decode --delimited Hangup stream
   # message 0 at byte 1, 6 bytes
@@ -12,9 +10,6 @@
   platformtype: UNKNOW
   serial: 300
   gsmindex: 1
-  $ inspect decode --delimited --json Hangup <stream
-  {"platformtype":"UNKNOW","serial":1,"gsmindex":1}
-  {"platformtype":"UNKNOW","serial":300,"gsmindex":1}
   $ base64 stream | inspect decode --delimited --from base64 Hangup | grep '^#'
   # message 0 at byte 1, 6 bytes
   # message 1 at byte 8, 7 bytes
@@ -25,25 +20,12 @@ Of any size, and shown as soon as it is there:
   >   (printf 'platformtype: QCOM serial: 1 parm: "'; head -c $size /dev/zero | tr '\0' a; echo '"') |
   >     inspect encode --delimited StringParmRequest
   > done >sizes
-  $ inspect decode --delimited StringParmRequest sizes | grep -v parm
+  $ inspect decode --delimited StringParmRequest sizes | grep '#'
   # message 0 at byte 1, 126 bytes
-  platformtype: QCOM
-  serial: 1
   # message 1 at byte 129, 16307 bytes
-  platformtype: QCOM
-  serial: 1
   # message 2 at byte 16439, 300008 bytes
-  platformtype: QCOM
-  serial: 1
   $ inspect decode --delimited --json StringParmRequest sizes | wc -c
   316555
-  $ slowly() { cat sizes sizes sizes sizes; sleep 1.1; cat sizes sizes sizes sizes sizes sizes sizes sizes; }
-  $ export -f slowly
-  $ SHELL=/bin/bash script -qec "slowly | '$INSPECT' decode --delimited StringParmRequest >decoded" /dev/null </dev/null |
-  >   tr '\r' '\n' | sed 's/^[0-9]* MB/some MB/' | uniq | cat -v
-  
-  some MB^[[K
-  ^[[K
   $ mkfifo in out && { inspect decode --delimited Hangup in >out & } 2>/dev/null
   $ exec 5<out 4>in
   $ head -c 7 stream >&4; head -n 1 <&5
@@ -52,14 +34,12 @@ Of any size, and shown as soon as it is there:
 
 A message that a receiver refuses does not end the stream, but is told at the end:
 
-  $ (cat stream; printf '\002\010\000'; cat stream) | inspect decode --delimited Hangup 2>&1 | grep -v :
-  # message 0 at byte 1, 6 bytes
-  # message 1 at byte 8, 7 bytes
+  $ (cat stream; printf '\002\010\000'; cat stream) | inspect decode --delimited Hangup 2>/dev/null | sed -n '9,13p'
   # message 2 at byte 16, 2 bytes
+  platformtype: UNKNOW
   # missing required serial
   # missing required gsmindex
   # message 3 at byte 19, 6 bytes
-  # message 4 at byte 26, 7 bytes
   $ (printf '\002\010\000'; cat stream) | inspect decode --delimited --json Hangup
   {"platformtype":"UNKNOW"}
   # message 0 at byte 1, 2 bytes
@@ -72,25 +52,15 @@ A message that a receiver refuses does not end the stream, but is told at the en
 
 A stream that ends early, and what is none:
 
-  $ head -c 10 stream | inspect decode --delimited Hangup
-  # message 0 at byte 1, 6 bytes
-  platformtype: UNKNOW
-  serial: 1
-  gsmindex: 1
+  $ head -c 10 stream | inspect decode --delimited Hangup | tail -n 4
+  virtual-modem-inspect: standard input: the stream ends within message 1
   # message 1 at byte 8, 7 bytes
   platformtype: UNKNOW
   # missing required serial
   # missing required gsmindex
-  virtual-modem-inspect: standard input: the stream ends within message 1
-  [1]
-  $ printf '\377\377\377\377\377\377' | inspect decode --delimited Hangup
+  $ for bytes in '\377\377\377\377\377\377' '\377\377\377\377\001'; do printf "$bytes" | inspect decode --delimited Hangup; done
   virtual-modem-inspect: standard input: no length of a message at byte 0 (is this a stream of delimited messages?)
-  [1]
-  $ printf '\377\377\377\377\001' | inspect decode --delimited Hangup
   virtual-modem-inspect: standard input: no length of a message at byte 0 (is this a stream of delimited messages?)
-  [1]
-  $ inspect decode --delimited Hangup /nonexistent
-  virtual-modem-inspect: /nonexistent: No such file or directory
   [1]
   $ inspect decode --delimited Hangup .
   virtual-modem-inspect: .: Is a directory
