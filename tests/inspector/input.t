@@ -117,6 +117,7 @@ What cannot be told for sure is refused, with the way out:
   > 0x0008 0x2a10 0x0118
   > 00000000: 2a100008     0118
   > Hangup at 18:07:01.123 by 1234
+  > 0000000 0800 102a 18
   > 0000 080010000000000000
   > 0000: 08 00 10 2a\n18 01
   > 0000: 08 00 10 2a\n0008: 18 03
@@ -132,6 +133,7 @@ What cannot be told for sure is refused, with the way out:
   hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
   hex that does not say its bytes: line 1: numbers of 4 bytes, in an order that the dump does not tell (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
   text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
+  hex that does not say its bytes: line 1: numbers of different sizes
   hex that does not say its bytes: line 1: numbers of different sizes
   hex that does not say its bytes: line 2: no offset, as the lines before it have
   hex that does not say its bytes: line 2: the offset 0008 does not follow the 4 bytes before it

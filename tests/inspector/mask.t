@@ -76,6 +76,12 @@ frame of a recording no string and no list of numbers:
   [1]
   $ echo '08 0801 1005 1801 4801' | xxd -r -p | inspect decode --redact --delimited Hangup 2>&1 | tail -n 1
   virtual-modem-inspect: standard input: 1 of 1 messages are not shown, as they do not fit Hangup
+  $ echo 0801 1005 1801 4801 | inspect decode --redact Hangup
+  # not shown, as it does not fit the type: unknown fields: 1
+  virtual-modem-inspect: standard input: not shown, as it does not fit Hangup (unknown fields: 1); --trust-type masks it all the same, and shows what is another type's
+  [1]
+  $ echo '1 < CellIdentityOperatorNames 0a063535313132321005' | make | inspect mask - - | inspect log | cut -c 1-82
+  01-01 00:00:01.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" 2: 0 
   $ echo 080010011a063535313132322000 | inspect mask --trust-type --type EmergencyNumber - -
   080010001a063535313132322000
 

@@ -14,7 +14,7 @@ import tempfile
 
 PATIENCE = 60  # seconds; only a shell that hangs needs them
 SETUP = r"""
-fpath=($FOLDER $fpath); autoload -Uz compinit && compinit -u
+fpath=($FOLDER ${(M)fpath:#*/Completion(|/Base|/Unix|/Zsh)}); autoload -Uz compinit && compinit -u -D
 show() { print -r -- "<<$BUFFER>>"; BUFFER= }
 zle -N show; bindkey '^G' show; bindkey '^I' complete-word
 print '<<REA''DY>>'
@@ -23,15 +23,11 @@ COMPLETE = {
     "iden": "identify ",
     "decode --delim": "decode --delimited ",
     "decode virtualdata.proto.SlaveDeac": "decode virtualdata.proto.SlaveDeactivateDataCallRequest ",
-    "decode --from bas": "decode --from base64 ",
     "decode --from=bas": "decode --from=base64 ",
     "decode Dial card.b": "decode Dial card.bin ",
-    "describe Dial.cl": "describe Dial.clir ",
     "describe Dial.clir=CLIR_SUP": "describe Dial.clir=CLIR_SUPPRESSION ",
-    "diff Hang": "diff Hangup ",
     "log --unit ims": "log --unit ims_service ",
     "log --grep isvoiceprivacy": "log --grep isvoiceprivacy=",
-    "log --grep clir=CLIR_SUP": "log --grep clir=CLIR_SUPPRESSION ",
     "mask --trust-type --ty": "mask --trust-type --type=",
 }
 
