@@ -210,7 +210,7 @@ std::optional<std::string> ParseArray(std::string_view text, bool& clear, std::s
     if (close == std::string_view::npos) break;
     if (text[close] == (text[open] == '[' ? ']' : '}')) {
       const std::string_view list = text.substr(open + 1, close - open - 1);
-      const std::optional<std::string> bytes = ReadNumbers(list, clear);
+      std::optional<std::string> bytes = ReadNumbers(list, clear);
       const bool alone = all.size() == list.size() + 2 && all.data() == text.data() + open;
       if (bytes && !bytes->empty() && (alone || bytes->size() >= 3)) {
         if (!alone) note = Took("list", bytes->size(), open);

@@ -69,7 +69,11 @@ void Recording::RequireMessages(const std::string& hint) const {
 }
 
 void Recording::NotePassedOver(const std::string& words) const {
-  for (const auto& [name, what] : passed_over_) Note(name + ": " + words + " " + what);
+  for (const auto& [name, what] : passed_over_) {
+    std::string note = name;
+    note.append(": ").append(words).append(" ").append(what);
+    Note(note);
+  }
 }
 
 }  // namespace virtual_modem::inspect

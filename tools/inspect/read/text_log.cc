@@ -278,7 +278,8 @@ void TextLogReader::ReadTime(std::string_view line, Record& record) {
     const std::optional<std::uint32_t> whole = TakeNumber(rest);
     if (!whole || !Looks(rest, ".00 ")) return;
     if (rest.find_first_not_of("<-> ", 4) != std::string_view::npos) return;
-    record.time = *whole * std::int64_t{1'000'000} + TwoDigits(rest.substr(1)) * 10'000;
+    record.time =
+        *whole * std::int64_t{1'000'000} + TwoDigits(rest.substr(1)) * std::int64_t{10'000};
     record.time_text = line.substr(0, line.size() - rest.size() + 3);
     return;
   }

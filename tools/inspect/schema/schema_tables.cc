@@ -54,6 +54,7 @@ void SchemaTables::Fill(const std::vector<const Descriptor*>& messages,
   }
   for (const Descriptor* type : messages) {
     std::vector<const FieldDescriptor*> fields;
+    fields.reserve(static_cast<std::size_t>(type->field_count()));
     for (int i = 0; i < type->field_count(); ++i) fields.push_back(type->field(i));
     std::sort(fields.begin(), fields.end(),
               [](const auto* a, const auto* b) { return a->number() < b->number(); });
