@@ -18,8 +18,8 @@ A short one fits many; twins are on one line:
 
 What speaks against a type ranks it lower:
 
-  $ inspect identify --all --hex 08011063 | grep -A 1 '^20. Uus'
-  20. UusInfo
+  $ inspect identify --all --hex 08011063 | grep -A 1 'UusInfo$' | sed 's|^.*[.] ||'
+  UusInfo
      undeclared values: 1, 1 of 3 fields present, a record within other messages
   $ echo 0800 f83f01 | inspect identify | head -n 2
   1. NoResultIndication
