@@ -8,6 +8,7 @@
 #pragma once
 
 #include <google/protobuf/message_lite.h>
+#include <virtual_modem/message_list.h>
 #include <virtual_modem/text.h>
 
 #include <algorithm>
@@ -121,6 +122,13 @@ inline std::ostream& operator<<(std::ostream& out, const MessageLite& message) {
   const std::string text = virtual_modem::ToText(message, options);
   return out << message.GetTypeName() << " { " << text << (text.empty() ? "}" : " }");
 }
+
+// GoogleTest of 1.13 and later asks a message for its debug string before it looks for operator<<,
+// and a lite message has none worth reading; a function of the very class is asked first.
+#define VIRTUAL_MODEM_PRINT_TO(name, cpp_class, unit) \
+  inline void PrintTo(const cpp_class& message, std::ostream* out) { *out << message; }
+VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_PRINT_TO)
+#undef VIRTUAL_MODEM_PRINT_TO
 
 inline bool operator==(const MessageLite& first, const MessageLite& second) {
   return virtual_modem::FirstDifference(first, second).empty();
