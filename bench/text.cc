@@ -26,7 +26,7 @@ class Printer {
   std::string Print(const google::protobuf::Message& message) const {
     std::string text;
     printer_.PrintToString(message, &text);
-    text.pop_back();  // the blank behind the last field
+    text.pop_back();  // the blank after the last field
     return text;
   }
 

@@ -1,6 +1,6 @@
 # Builds protoc for the build machine out of the source of the runtime, for machines that have no
 # protoc of the release: once per clone, for all presets, when they are configured. Sets
-# VIRTUAL_MODEM_PROTOC. The full runtime, which protoc is made of, comes along for the inspector.
+# VIRTUAL_MODEM_PROTOC. The full runtime, part of protoc, is built too, for the inspector.
 
 set(_tools ${PROJECT_SOURCE_DIR}/build/third_party/protobuf-host-${VIRTUAL_MODEM_PROTOBUF_RELEASE})
 file(MAKE_DIRECTORY ${PROJECT_SOURCE_DIR}/build/third_party)

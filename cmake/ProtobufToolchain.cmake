@@ -46,7 +46,7 @@ endif()
 virtual_modem_protoc_release(_release ${VIRTUAL_MODEM_PROTOC})
 if(NOT _release VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
   message(FATAL_ERROR
-    "${VIRTUAL_MODEM_PROTOC} is release '${_release}', but this library is made with release "
+    "${VIRTUAL_MODEM_PROTOC} is release '${_release}', but this library needs release "
     "${VIRTUAL_MODEM_PROTOBUF_RELEASE}: code from another release does not fit its runtime. "
     "Set -D VIRTUAL_MODEM_PROTOC to a protoc of that release.")
 endif()

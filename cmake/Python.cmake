@@ -1,6 +1,6 @@
 # Python 3 with google.protobuf, which the generators and some tests use: VIRTUAL_MODEM_PYTHON.
 #
-# Any release of google.protobuf will do. Where there is none, one is made of the source that the
+# Any release of google.protobuf will do. If there is none, one is built from the source that the
 # runtime is built from (VIRTUAL_MODEM_RUNTIME=source).
 
 function(virtual_modem_reads_protobuf result python)

@@ -67,7 +67,7 @@ class PhoneCall {
   }
 
  private:
-  // What each type of indication means here; of no use are those that are not named.
+  // What each type of indication means here; the others are ignored.
   struct News {
     PhoneCall& call;
     Operation operation;
@@ -80,7 +80,7 @@ class PhoneCall {
     }
   };
 
-  // What a response that reports a failure holds beside the error means nothing.
+  // The other fields of a response that reports an error mean nothing.
   template <typename Response>
   static bool Succeeded(const Response* response) {
     return response != nullptr && response->error() == RADIO_E_SUCCESS;

@@ -30,7 +30,7 @@ void ReserveStandardDescriptors() {
   }
 }
 
-// What the modem cannot read is said on standard error; all else the telephony side shows.
+// Reports on standard error what the modem cannot read; the telephony side shows everything else.
 class ModemLog : public Log {
  public:
   void Passed(Direction /*direction*/, const Frame& frame, const MessageLite* message) override {

@@ -1,4 +1,4 @@
-// The telephony side of a scenario, step by step: each waits for what it is to bring.
+// The telephony side of a scenario, step by step: each step waits for its result.
 #pragma once
 
 #include <virtual_modem/radio.pb.h>

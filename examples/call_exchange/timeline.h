@@ -1,4 +1,4 @@
-// The exchange as a person reads it, one line a message, and its capture.
+// The exchange for people, one line a message, and its capture.
 #pragma once
 
 #include <virtual_modem/capture.h>

@@ -1,5 +1,5 @@
-// The side that asks: serials, timeouts, late and double answers. One thread; callbacks may ask
-// again, but not wait.
+// The side that sends requests: serials, timeouts, late and duplicate responses. One thread;
+// callbacks may send requests, but not wait.
 #pragma once
 
 #include <virtual_modem/radio.pb.h>
@@ -16,10 +16,10 @@ namespace example {
 
 class Client {
  public:
-  // With the response; null when none came in time, or none that can be used.
+  // Called with the response; null if no usable one arrived in time.
   template <typename Response>
   using Answer = std::function<void(const Response* response)>;
-  // With a message that is no response to a request of here. It may lack required fields.
+  // Called with a message that answers no request of ours. It may lack required fields.
   using News = std::function<void(Operation operation, const MessageLite& message)>;
 
   Client(Endpoint& endpoint, Log& log, std::chrono::milliseconds timeout,
@@ -40,7 +40,7 @@ class Client {
                                   }};
   }
 
-  // Handles what comes in until done(), the connection is lost or the time is up. False unless
+  // Handles incoming messages until done(), the connection is lost or the time is up. False unless
   // done().
   bool Run(const std::function<bool()>& done, Clock::time_point until = Clock::time_point::max());
 

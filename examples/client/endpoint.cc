@@ -74,7 +74,7 @@ std::optional<Endpoint::Received> Endpoint::Receive(Clock::time_point deadline) 
   return std::nullopt;
 }
 
-// Gives the reader what comes before the deadline; false when that is nothing.
+// Gives the reader what arrives before the deadline; false if nothing does.
 bool Endpoint::ReadMore(Clock::time_point deadline) {
   if (keeps_packets_ && !reader_.between_frames()) End("a packet ends within a frame");
   if (!connected() || !Await(POLLIN, deadline)) return false;

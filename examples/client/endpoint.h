@@ -1,5 +1,5 @@
-// One end of a connection in terms of messages: frames around what is sent, messages out of what
-// comes. The socket keeps packets (SOCK_SEQPACKET), each of whole frames, or is a stream.
+// One end of a connection: sends messages in frames, and reads messages from the frames received.
+// The socket is a stream, or keeps packets (SOCK_SEQPACKET), each of whole frames.
 #pragma once
 
 #include <google/protobuf/message_lite.h>
@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 
 inline constexpr std::size_t kMaxMessage = 32768;  // bytes; bounds what a peer can make us spend
 
-// What a message stands for where its type does not say; the two sides agree on the numbers.
+// What a message asks for if its type does not say; the two sides agree on the numbers.
 enum class Operation : std::uint8_t {
   kByType = 0,
   kRegistration = 1,       // NoParmRequest, answered by RegistrationResponse
@@ -37,20 +37,20 @@ enum class Operation : std::uint8_t {
   kConference = 9,         // NoParmRequest: merge the IMS calls; answered by NoResultResponse
 };
 
-// Is told what goes by.
+// Sees every message sent or received.
 class Log {
  public:
   virtual ~Log() = default;
-  // Without a message where the frame's type is not known or its bytes do not parse as it.
+  // The message is null if the frame's type is unknown or its bytes do not parse.
   virtual void Passed(Direction direction, const Frame& frame, const MessageLite* message) = 0;
-  // A remark on what has gone by.
+  // A remark on the last message.
   virtual void Note(const std::string& text) = 0;
 };
 
 class Endpoint {
  public:
   // Takes over the connected socket. `sends` is the direction of this side's messages; the other
-  // side is given `patience` to take what is sent.
+  // side has `patience` to read what is sent.
   Endpoint(int socket, Direction sends, std::chrono::milliseconds patience, Log& log);
   ~Endpoint();
   Endpoint(const Endpoint&) = delete;
@@ -66,8 +66,8 @@ class Endpoint {
     std::unique_ptr<MessageLite> message;  // may lack required fields
   };
 
-  // The next message of a known type that parses; others are logged and passed over. Nothing when
-  // none comes before the deadline, or the connection is lost.
+  // The next message of a known type that parses; others are logged and skipped. Nothing if none
+  // arrives before the deadline, or the connection is lost.
   std::optional<Received> Receive(Clock::time_point deadline);
 
   bool connected() const { return why_ended_.empty(); }

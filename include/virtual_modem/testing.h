@@ -1,5 +1,5 @@
-// For tests of programs that use the messages: prints and compares them. Nothing of GoogleTest is
-// needed, and nothing is to be said to it:
+// For tests of programs that use the messages: prints and compares them. Needs no header of
+// GoogleTest and no registration with it:
 //
 //   EXPECT_EQ(FirstDifference(sent, expected), "");  // says "calls[1].number"
 //   EXPECT_EQ(sent, expected);                       // prints both
@@ -21,7 +21,7 @@
 
 namespace virtual_modem {
 
-// What operator<< below shows, in all of the process: subscriber data is masked unless this is set.
+// For operator<< below, in the whole process: subscriber data is masked unless this is set.
 inline std::atomic<bool> show_subscriber_data{false};
 
 namespace internal {
@@ -37,13 +37,13 @@ class Lines {
     }
   }
 
-  // Of the first line that is not the same in both.
+  // The index of the first line that differs.
   static std::size_t Mismatch(const Lines& a, const Lines& b) {
     const auto end = std::mismatch(a.all_.begin(), a.all_.end(), b.all_.begin(), b.all_.end());
     return static_cast<std::size_t>(end.first - a.all_.begin());
   }
 
-  // That of a message's end is its own, one less than that of its fields; 0 where the text ends.
+  // The end of a message has the message's depth, one less than its fields; 0 after the last line.
   std::size_t DepthOf(std::size_t line) const {
     return line < all_.size() ? all_[line].find_first_not_of(' ') / 2 + 1 : 0;
   }
@@ -51,15 +51,15 @@ class Lines {
     const std::string_view field = all_[line].substr(all_[line].find_first_not_of(' '));
     return field[0] == '#' ? "an unknown field" : field.substr(0, field.find_first_of(": "));
   }
-  // Whether the message which has that line has another field of that name behind it.
-  bool HasBehind(std::size_t line, std::size_t depth, std::string_view name) const {
+  // Whether the message that has the line has another field of that name after it.
+  bool HasAfter(std::size_t line, std::size_t depth, std::string_view name) const {
     while (DepthOf(++line) >= depth) {
       if (DepthOf(line) == depth && NameOf(line) == name) return true;
     }
     return false;
   }
 
-  // Of the field with that line. The other text is the same up to there.
+  // The path of the field on the line. The other text is the same up to there.
   std::string PathOf(std::size_t line, const Lines& other) const {
     std::string path;
     const std::size_t end = line;
@@ -71,7 +71,7 @@ class Lines {
         if (DepthOf(at - 1) == depth && NameOf(at - 1) == name) ++index;
       }
       std::string here(name);
-      if (index > 0 || HasBehind(line, depth, name) || other.HasBehind(line, depth, name)) {
+      if (index > 0 || HasAfter(line, depth, name) || other.HasAfter(line, depth, name)) {
         here += '[' + std::to_string(index) + ']';
       }
       path = here + (line == end ? "" : "." + path);
@@ -86,11 +86,11 @@ class Lines {
 
 }  // namespace internal
 
-// Empty when both messages are of one type and have the same fields, unknown ones included; a field
-// that is absent is not the same as its default. Else where they differ first, by the path of the
-// field: "clir", "calls[1].number" (a list of one element has no index), of an unknown field its
-// number; with a remark when only one of the messages has it. Of two types, it is "Dial and
-// Hangup". Tells no content.
+// Empty if both messages are of one type and have the same fields, unknown ones included; an absent
+// field differs from one set to its default. Else the path of the first field that differs: "clir",
+// "calls[1].number" (a list of one element has no index), or the number of an unknown field; with a
+// remark if only one of the messages has it. For different types it is "Dial and Hangup". Shows no
+// content.
 inline std::string FirstDifference(const google::protobuf::MessageLite& first,
                                    const google::protobuf::MessageLite& second) {
   const std::string type = first.GetTypeName();
@@ -103,7 +103,7 @@ inline std::string FirstDifference(const google::protobuf::MessageLite& first,
   const std::size_t other = b.DepthOf(line);
   if (depth == 0 && other == 0) return "the encoding of unknown fields";
   if (depth == other && a.NameOf(line) == b.NameOf(line)) return a.PathOf(line, b);
-  if (depth < other || (depth == other && b.HasBehind(line, depth, a.NameOf(line)))) {
+  if (depth < other || (depth == other && b.HasAfter(line, depth, a.NameOf(line)))) {
     return b.PathOf(line, a) + " (only in the second)";
   }
   return a.PathOf(line, b) + " (only in the first)";
@@ -111,7 +111,7 @@ inline std::string FirstDifference(const google::protobuf::MessageLite& first,
 
 }  // namespace virtual_modem
 
-// Where they are found for every message, as this is the namespace of the messages' base class.
+// Found for every message, because its base class is in this namespace.
 namespace google::protobuf {
 
 // The type and ToText() of a message.

@@ -1,7 +1,7 @@
 // The message types of the library as data: by name, by message, in order. Part of
 // libvirtual-modem-text; link VirtualModemProtos::text.
 //
-// Any thread may call any function at any time. Nothing throws or needs RTTI, and only Parse()
+// Any thread may call any function at any time. No function throws or needs RTTI, and only Parse()
 // and AppendFrame() allocate.
 #pragma once
 
@@ -64,15 +64,15 @@ class TypeList {
 };
 TypeList Types();
 
-// The type of that full name, such as "Dial" or "virtualdata.proto.SlaveSetupDataCallRequest"; null
-// when there is none. A binary search.
+// The type with that full name, such as "Dial" or "virtualdata.proto.SlaveSetupDataCallRequest";
+// null if there is none. A binary search.
 const Type* FindType(std::string_view name);
 
-// The type of a message, without a look at its name (some nanoseconds). A message of another
-// library has the type whose name and unit are "" and whose prototype is null.
+// The type of a message, found without its name (some nanoseconds). For a message of another
+// library, name and unit are "" and the prototype is null.
 const Type& TypeOf(const google::protobuf::MessageLite& message);
 
-// The serial of a request or response; nothing when it is absent, and for types without one.
+// The serial of a request or response; nothing if it is absent or the type has none.
 std::optional<std::int32_t> SerialOf(const google::protobuf::MessageLite& message);
 
 // The type of a class of the library.
@@ -82,15 +82,15 @@ const Type& TypeOf() {
 }
 
 namespace internal {
-// The compiler is not to conclude from an object that it sees that the branch which casts it to
-// another class is an error.
+// Keeps the compiler from warning about a cast to another class in a branch that the object at hand
+// never takes.
 template <typename T, typename Base>
 T* Cast(Base& message) {
   return std::launder(static_cast<T*>(&message));
 }
 }  // namespace internal
 
-// The message as its class, such as As<Dial>(message); null when it is another's.
+// The message as its class, such as As<Dial>(message); null if it is of another class.
 template <typename T>
 const T* As(const google::protobuf::MessageLite& message) {
   if (TypeOf(message).prototype != &T::default_instance()) return nullptr;
@@ -102,7 +102,7 @@ T* As(google::protobuf::MessageLite& message) {
 }
 
 // Appends the frame of a message, which may lack required fields. False, and nothing appended, for
-// a message of another library and one of 2 GiB or more.
+// a message of another library or of 2 GiB or more.
 inline bool AppendFrame(const google::protobuf::MessageLite& message, std::uint8_t operation,
                         std::string& out) {
   const std::size_t begin = out.size();
@@ -117,18 +117,18 @@ inline bool AppendFrame(const google::protobuf::MessageLite& message, std::uint8
   return true;
 }
 
-// What Parse() made of bytes.
+// The result of Parse().
 struct Parsed {
-  const Type* type = nullptr;  // null when the library has none of that name
-  // Null without a type. Of bytes that break, what stood before the break.
+  const Type* type = nullptr;  // null if the library has none of that name
+  // Null without a type. If the bytes break, the content before the break.
   std::unique_ptr<google::protobuf::MessageLite> message;
   bool whole = false;  // the bytes did not break
 
   explicit operator bool() const { return whole; }
 };
 
-// A new message of that full type name, read from its encoded form. Writes nothing to stderr.
-// Required fields may be absent: ask MissingFields() of <virtual_modem/text.h> next, or
+// A new message of the type with that full name, parsed from bytes. Writes nothing to stderr.
+// Required fields may be absent: call MissingFields() of <virtual_modem/text.h> next, or
 // IsInitialized().
 inline Parsed Parse(std::string_view name, std::string_view bytes) {
   Parsed parsed;
@@ -155,8 +155,8 @@ struct AllClasses {
 using Messages = AllClasses<void VIRTUAL_MODEM_MESSAGES(VIRTUAL_MODEM_CLASS)>::List;
 #undef VIRTUAL_MODEM_CLASS
 
-// The visitor with overloads for MessageLite in the place of its own: a class for which one of them
-// is chosen has no overload in the visitor.
+// The visitor with its overloads for MessageLite replaced: a class for which one of these is chosen
+// has no overload in the visitor.
 struct Rest {};
 template <typename Visitor, bool = std::is_class_v<Visitor> && !std::is_final_v<Visitor>>
 struct Probe : Visitor {
@@ -167,7 +167,7 @@ struct Probe : Visitor {
 template <typename Visitor>
 struct Probe<Visitor, false> {};
 
-// What a visitor returns: the type that all of its calls have in common, else void.
+// What a visitor returns: the type that all of its calls return, else void.
 template <typename R>
 struct Returns {
   using Type = R;
@@ -282,16 +282,16 @@ class Visiting<Base, Visitor, Classes<T...>> {
 
 }  // namespace internal
 
-// Calls visitor(m), m being the message as its own class, and mutable if it is so here. The visitor
-// overloads operator() for the classes it knows; the rest goes to an overload for const
-// MessageLite& or a template, or nowhere if it has neither. An auto& would be chosen before a const
-// Dial& for a mutable message: say const auto&.
+// Calls visitor(m), where m is the message as its own class, mutable if the message is. The visitor
+// overloads operator() for the classes it handles; other messages go to its overload for const
+// MessageLite& or its template, or nowhere if it has neither. For a mutable message, an auto& would
+// be chosen before a const Dial&: write const auto&.
 //
-// Returns what the visitor returns, as std::optional: nothing when it was not called, which is so
-// for a message of another library too. For visitors that return nothing, or of different types, it
-// is a bool: whether the visitor was called.
+// Returns what the visitor returns, as std::optional: nothing if it was not called, as for a
+// message of another library. For visitors that return void, or different types, Visit() returns a
+// bool: whether the visitor was called.
 //
-// A look-up, and some comparisons or a call through a pointer.
+// Costs a look-up, and some comparisons or a call through a pointer.
 template <typename Visitor>
 auto Visit(const google::protobuf::MessageLite& message, Visitor&& visitor) {
   using Visiting = internal::Visiting<const google::protobuf::MessageLite,

@@ -2,9 +2,9 @@
 // VirtualModemProtos::text.
 //
 // A program allocates messages itself and reads their members inline, so it must have been compiled
-// with the headers of the libraries that it loads, give or take the patch number (see
-// docs/compatibility.md). The loader does not look: it goes by a file name without a version. So
-// ask once, at start:
+// with the headers of the libraries that it loads; only the patch number may differ (see
+// docs/compatibility.md). The loader does not check: the file name has no version. So ask once, at
+// start:
 //
 //   if (const std::string mismatch = virtual_modem::VersionMismatch(); !mismatch.empty()) {
 //     std::fprintf(stderr, "%s\n", mismatch.c_str());
@@ -21,7 +21,7 @@
 #include <cstdint>
 #include <string>
 
-// The one place where the version stands: the build and the packages read it here.
+// The version is defined only here; the build and the packages read it.
 #define VIRTUAL_MODEM_VERSION_MAJOR 1
 #define VIRTUAL_MODEM_VERSION_MINOR 0
 #define VIRTUAL_MODEM_VERSION_PATCH 0
@@ -40,15 +40,15 @@
 
 namespace virtual_modem {
 
-// VIRTUAL_MODEM_VERSION and VIRTUAL_MODEM_INTERFACE as the companion library was compiled with. The
-// latter is a checksum over the fields of all messages, which decide the layout of their classes.
+// VIRTUAL_MODEM_VERSION and VIRTUAL_MODEM_INTERFACE with which the companion library was compiled.
+// The latter is a checksum of the fields of all messages, which determine their classes' layouts.
 std::int32_t LibraryVersion();
 std::uint32_t LibraryInterface();
 
-// Empty when the program fits the libraries; else one line for a log that tells what does not fit
-// and what to do. Compares versions, the fields of the messages, and the size of each class with
-// that of an object that the message library makes. Sizes are seen in steps of 8 bytes. Takes some
-// 10 microseconds; any thread may call it.
+// Empty if the program fits the libraries; else one line for a log that says what does not fit and
+// what to do. Compares versions, the fields of the messages, and the size of each class with that
+// of an object that the message library creates. Sizes are rounded up to 8 bytes. Takes about 10
+// microseconds; any thread may call it.
 //
 // Static, so that each library and program of a process asks for itself.
 static inline std::string VersionMismatch() {
@@ -74,19 +74,18 @@ static inline std::string VersionMismatch() {
   google::protobuf::Arena arena;
   for (const Class& c : kClasses) {
     const Type* type = FindType(c.name);
-    if (type == nullptr)
-      return header + ", which have " + c.name + ": the library has no such class";
+    if (type == nullptr) return header + ": the library lacks " + c.name;
     const std::uint64_t before = arena.SpaceUsed();
     type->prototype->New(&arena);
     const std::uint64_t size = arena.SpaceUsed() - before;
     if ((c.size + 7) / 8 * 8 != size) {
       return header + ", where " + c.name + " has " + to_string(c.size) +
-             " bytes, but lib-virtual-modem-protos.so makes it of " + to_string(size) +
+             " bytes, but lib-virtual-modem-protos.so has it with " + to_string(size) +
              ": install the library of " + name(VIRTUAL_MODEM_VERSION) + ", or compile again";
     }
   }
   if (LibraryInterface() != VIRTUAL_MODEM_INTERFACE) {
-    return header + ", but libvirtual-modem-text with other fields: compile again";
+    return header + ", but libvirtual-modem-text has other fields: compile again";
   }
   return {};
 }

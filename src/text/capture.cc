@@ -40,7 +40,7 @@ std::uint32_t ReadFile32(const char* from) {
 
 }  // namespace
 
-// Whoever calls holds the mutex.
+// The caller holds the mutex.
 class CaptureWriter::File {
  public:
   ~File() { Close(); }

@@ -10,7 +10,7 @@ namespace {
 // Below this number of messages, unknown bytes that read as a message are printed as one.
 constexpr int kUnknownDepth = 10;
 
-// What the escape of a byte is: itself (0), a letter behind a backslash, or three octal digits (1).
+// The escape of a byte: none (0), three octal digits (1), or the letter after a backslash.
 constexpr std::array<char, 256> MakeEscapes() {
   std::array<char, 256> escapes{};
   for (std::size_t byte = 0; byte < escapes.size(); ++byte) {
@@ -83,7 +83,7 @@ class UnknownFields {
 
   bool AtEnd() const { return at_ == end_; }
 
-  // False when the bytes are none.
+  // False if the bytes are not a field.
   bool Next(Item& item) {
     std::uint64_t tag = 0;
     if (!ReadVarint(tag)) return false;

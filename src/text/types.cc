@@ -15,8 +15,8 @@ using text::kTypes;
 
 constexpr Type kForeign{"", "", Kind::kRecord, nullptr, false, false};
 
-// What tells the class of a message without RTTI and without making its name: the address of its
-// table of virtual functions, the first word of every object with such in the Itanium C++ ABI.
+// Identifies the class of a message without RTTI and without building its name: the address of its
+// table of virtual functions, the first word of every object that has one in the Itanium C++ ABI.
 // Classes of messages are final, so each has one table.
 std::uintptr_t ClassOf(const MessageLite& message) {
   std::uintptr_t table = 0;
@@ -57,7 +57,7 @@ class TypesByClass {
     std::size_t index;
   };
 
-  // Tables of virtual functions stand one behind the other, 15 pointers each.
+  // Tables of virtual functions follow one another, 15 pointers each.
   static std::size_t SlotOf(std::uintptr_t key) { return key / (8 * sizeof(void*)) % kSlots; }
 
   std::array<Slot, kSlots> slots_{};

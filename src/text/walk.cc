@@ -57,7 +57,7 @@ std::string PathTo(const Tables& tables, const Level& level, const Field& field)
 }
 
 std::string Explain(const Outcome& outcome) {
-  // Before the detail, and behind it.
+  // The text before the detail, and after it.
   std::string_view before;
   std::string_view after;
   std::string_view item;  // between the two, instead of the detail

@@ -1,5 +1,5 @@
-// One walk over the encoded form of a message, with the rules and limits of the runtime's own
-// parser (3.21): what prints, masks and examines messages is a handler of it.
+// A walk over the encoded form of a message, with the rules and limits of the runtime's own parser
+// (3.21). Printing, masking and examining messages are handlers of it.
 //
 // Time is linear in the bytes; nothing is allocated. Any bytes may be walked.
 #pragma once
@@ -78,7 +78,7 @@ enum class Fault : std::uint8_t {
   kFieldZero,
 };
 
-// What a walk came by.
+// What a walk found.
 struct Outcome {
   Fault fault = Fault::kNone;
   const char* item = "";   // for kEndsInside, kOverruns and kItemTooLong
@@ -86,7 +86,7 @@ struct Outcome {
   std::uint64_t detail = 0;
   std::uint64_t left = 0;
   // What breaks: from the beginning of its field, or of its number in a packed list, up to where
-  // reading ended. Handlers were told of nothing behind its beginning.
+  // reading ended. Handlers saw nothing after its beginning.
   std::size_t broken_from = 0;
   std::size_t broken_to = 0;
 
@@ -116,7 +116,7 @@ std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_vi
 // Puts the number of them into the outcome of a walk.
 void CountAgain(const Tables& tables, unsigned message, std::string_view bytes, Outcome& outcome);
 
-// Told what the walk comes by, in the order of the bytes. Derive from it and hide what matters.
+// Called for what the walk finds, in the order of the bytes. Derive from it and hide what matters.
 struct Handler {
   // Where the reader stands when Number, Begin, End, BeginPacked or EndPacked is called next: after
   // the number, or at the beginning or end of the message or list.
@@ -136,7 +136,7 @@ struct Handler {
   // after the length; a group's includes its end. field is null when the number is not declared.
   void Unknown(const Level&, const Field* /*field*/, std::uint32_t /*number*/, WireType,
                std::string_view /*whole*/, std::string_view /*value*/) {}
-  // The bytes break in the field or message at level; told once.
+  // The bytes break in the field or message at level; called once.
   void Malformed(const Level&, const Outcome&) {}
 };
 
@@ -157,8 +157,8 @@ class Reader {
   std::size_t OffsetOf(const char* place) const { return static_cast<std::size_t>(place - begin_); }
   std::size_t offset() const { return OffsetOf(at_); }
 
-  // The message in hand ends size bytes from here, which may lie behind the last byte: more bytes
-  // than there are may have been promised. Returns the size of the message around, for Leave.
+  // The message in hand ends size bytes from here, perhaps after the last byte: its length may
+  // promise more bytes than there are. Returns the size of the message around, for Leave.
   std::size_t Enter(std::size_t size) {
     const std::size_t around = size_;
     size_ = offset() + size;

@@ -320,7 +320,7 @@ class AnswersOf {
   Endpoint client_;
 };
 
-// The modem, but what it sends is changed on its way.
+// The modem, but what it sends is changed in transit.
 Side ModemWith(const Change& change) {
   return [change](int socket) {
     Notes notes;
@@ -347,7 +347,7 @@ TEST_F(ExchangeTest, TelephonySaysWhatIsWrongWithAnAnswer) {
       {In<GetCurrentCallsResponse>([](auto& m) { m.clear_calls(); }),
        "the call is not RADIO_CALL_DIALING"},
       {In<VoiceRadioTechChanged>([](auto& m) { m.mutable_unknown_fields()->clear(); }),
-       "a newer peer's message was changed on its way"},
+       "a newer peer's message was changed in transit"},
       {In<CdmaSmsMessage>([](auto& m) { m.set_bearerdata(2, 0x20); }),
        "the incoming short message is not one that was delivered"},
       {In<CdmaSmsMessage>([](auto& m) { m.mutable_bearerdata()->Truncate(2); }),

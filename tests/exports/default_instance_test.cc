@@ -1,4 +1,4 @@
-// The default instance of a message has one address, whoever asks. This program is an ordinary
+// The default instance of a message has one address everywhere. This program is an ordinary
 // position-independent executable: the linker moves the data of the library that it names into it,
 // by copy relocations. A library that binds its data to itself (-Bsymbolic, protected symbols) then
 // goes on using an original that nobody else knows.

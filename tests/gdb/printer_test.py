@@ -142,7 +142,7 @@ class Printer(unittest.TestCase):
                     records.write(struct.pack("<I", len(part)) + part)
 
     def gdb(self, shown: bool, *session: str, then: str = "") -> list[str]:
-        """What it says of each message, and of those that the lines behind them print."""
+        """What it says of each message, and of those that the lines after them print."""
         script = self.scratch / "session"
         script.write_text(SESSION.format(shown=int(shown), count=len(self.messages)) + then,
                           encoding="ascii")

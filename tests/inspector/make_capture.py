@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Writes a capture to standard output. Each line of standard input is a packet: the seconds since
 1970, > (to the modem), < or the ports FROM:TO, the name of a type, perhaps with /OPERATION, the message
-in hex; behind that perhaps the number of bytes that the capture keeps. "-" instead of a name makes a
+in hex; after that perhaps the number of bytes that the capture keeps. "-" instead of a name makes a
 datagram that is no frame, "=" instead of a way an IP packet of the bytes alone.
 
 Usage: make_capture.py [FORMAT [LINK_TYPE [LINK_HEADER]]]

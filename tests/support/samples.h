@@ -1,4 +1,4 @@
-// Sample bytes of any message, made from the schema with the hand-written wire format.
+// Sample bytes of any message, generated from the schema with the hand-written wire format.
 #pragma once
 
 #include <cstdint>

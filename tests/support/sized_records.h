@@ -1,4 +1,4 @@
-// Strings on a stream, each behind its size (4 bytes, little-endian): how the programs of the tests
+// Strings on a stream, each after its size (4 bytes, little-endian): how the programs of the tests
 // talk to the scripts that drive them.
 #pragma once
 

@@ -21,9 +21,9 @@ constexpr unsigned kInterface = VIRTUAL_MODEM_INTERFACE;
 int main() {
   const std::string said = virtual_modem::VersionMismatch();
   const std::string expected = OTHER_BYTES == 0
-                                   ? "but libvirtual-modem-text with other fields: compile again"
+                                   ? "but libvirtual-modem-text has other fields: compile again"
                                    : "where Dial has " + std::to_string(sizeof(OtherDial)) +
-                                         " bytes, but lib-virtual-modem-protos.so makes it of " +
+                                         " bytes, but lib-virtual-modem-protos.so has it with " +
                                          std::to_string(sizeof(Dial)) + ": install the library of ";
   std::printf("%s\n", said.c_str());
   return said.find(", " + expected) == std::string::npos ? 1 : 0;

@@ -1,4 +1,4 @@
-// What the program reports in one line and ends for.
+// Errors that the program reports in one line before it ends.
 #pragma once
 
 #include <stdexcept>

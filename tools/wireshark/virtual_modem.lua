@@ -121,7 +121,7 @@ virtual_modem.fields = registered
 --   buffer    where they stand: offset `base` is the first of them
 --   at        how many are read
 --   findings  how many were reported
--- `stop` is where the message that is being read ends, which may be behind what was captured.
+-- `stop` is where the message that is being read ends, which may be after what was captured.
 
 local function malformed(at, why)
   error({ at = at, why = why }, 0)

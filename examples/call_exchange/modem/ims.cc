@@ -1,4 +1,4 @@
-// IMS calls. The network is kind: whoever is called answers at once.
+// IMS calls. In this network, the called party answers at once.
 #include <virtual_modem/conference.pb.h>
 
 #include "call_exchange/modem/call_record.h"

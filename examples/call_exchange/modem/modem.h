@@ -1,5 +1,5 @@
-// The modem side: a make-believe modem, just able enough to answer the scenarios. Its answers stand
-// in one file a scenario, beside this one.
+// The modem side: a simulated modem, just able to answer the scenarios. Its answers are in one file
+// per scenario, beside this one.
 #pragma once
 
 #include <virtual_modem/data_share.pb.h>
@@ -43,7 +43,7 @@ class Modem {
  private:
   // Refuses a request in the response that its sender awaits. Responses, and requests that lack
   // their serial, get no answer. A message of a type without a serial is meant for the paired
-  // device, which here is the sender: it goes on as it came, with all that is unknown in it.
+  // device, which here is the sender: it is sent back as it came, unknown fields included.
   void Decline(const MessageLite& message, Radio_Errno error);
   void Result(std::int32_t serial, Radio_Errno error);
 

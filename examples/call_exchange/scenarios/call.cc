@@ -44,7 +44,7 @@ void MeetNewerPeer(Telephony& telephony) {
   telephony.Send(indication);
   const std::string returned =
       telephony.Expect<VoiceRadioTechChanged>(true).SerializePartialAsString();
-  telephony.Require(returned == bytes, "a newer peer's message was changed on its way");
+  telephony.Require(returned == bytes, "a newer peer's message was changed in transit");
   telephony.timeline().Note("technology 99 and field 15 are unknown here: all " +
                             std::to_string(bytes.size()) + " bytes came back as they were sent");
 }

@@ -27,7 +27,7 @@ class Findings {
 
   // Every finding is counted; the texts of the first hundred are kept. An empty text only counts.
   void Add(Kind kind, const std::string& text);
-  // No further text will be kept, so that none need be made.
+  // No further text will be kept, so none need be built.
   bool full() const;
 
   std::size_t count(Kind kind) const { return counts_.at(kind); }
@@ -57,7 +57,7 @@ class Findings {
 // There is nothing to tell of bytes with this outcome, and they are as a serializer writes them.
 bool IsPlain(const text::Outcome& outcome);
 
-// Parses the bytes into the message, whose old content is dropped, and tells what there is to tell.
+// Parses the bytes into the message, whose old content is dropped, and returns the findings.
 // What was read before a break stays in the message. Offsets count from the first byte.
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message);
 

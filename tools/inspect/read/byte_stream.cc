@@ -114,7 +114,7 @@ std::size_t ByteStream::ReadExpanded(char* to, std::size_t size) {
 bool ByteStream::IsElsewhere() const {
   struct stat there {};
   struct stat here {};
-  // For a moment there may be no file of the name: its writer is about to make it.
+  // For a moment there may be no file of that name: its writer is about to create it.
   if (stat(name_.c_str(), &there) != 0 || fstat(fd_, &here) != 0) return false;
   return there.st_ino != here.st_ino || there.st_dev != here.st_dev || there.st_size < position_;
 }

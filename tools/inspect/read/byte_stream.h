@@ -1,4 +1,4 @@
-// The bytes of a file, a pipe or standard input in order, expanded where gzip compressed them.
+// The bytes of a file, a pipe or standard input in order, expanded if gzip compressed them.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@ namespace virtual_modem::inspect {
 
 class ByteStream {
  public:
-  // "-" is standard input. With follow, the end of a file is waited at for more, until its path
-  // names another file or it was cut. Throws Error.
+  // "-" is standard input. With follow, waits at the end of a file for more, until its path names
+  // another file or it was truncated. Throws Error.
   explicit ByteStream(const std::string& path, bool follow = false);
   // The bytes themselves, which must outlive the stream.
   ByteStream(std::string_view bytes, std::string name);
@@ -32,7 +32,7 @@ class ByteStream {
   // Called before every wait.
   void BeforeWait(std::function<void()> call) { before_wait_ = std::move(call); }
 
-  // As errors call it.
+  // The name for error messages.
   const std::string& name() const { return name_; }
   // Bytes read of the file so far and in all; 0 when that is not known.
   std::int64_t position() const { return position_; }

@@ -1,4 +1,4 @@
-// Captures of the messages' frames, read by libpcap. docs/captures.md tells the format.
+// Captures of the messages' frames, read by libpcap. docs/captures.md describes the format.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ struct pcap;
 
 namespace virtual_modem::inspect {
 
-// What a file is by its first bytes, in the order of how fine its times can be.
+// The kind of a file by its first bytes, ordered by the resolution of its times.
 enum class CaptureForm : std::uint8_t { kNoCapture, kMicroseconds, kNanoseconds };
 CaptureForm FormOf(ByteStream& stream);
 
@@ -24,7 +24,7 @@ struct Datagram {
   std::string_view payload;
 };
 
-// The UDP datagram in an IPv4 packet; false when it holds none, or a fragment of one.
+// The UDP datagram in an IPv4 packet; false if it holds none, or a fragment of one.
 bool ReadDatagram(std::string_view packet, Datagram& datagram);
 
 // The frame that a datagram carries, of which whole bytes were sent; false when it carries none.

@@ -68,7 +68,7 @@ class PlainHex {
       const bool escaped = line[i] == '\\';
       if (prefixed) i += 2;
       std::size_t end = std::min(line.find_first_not_of(kHexDigits, i), line.size());
-      // Behind another prefix that was run into begins another byte.
+      // After another prefix without a separator begins another byte.
       if (end < line.size() && (line[end] == 'x' || line[end] == 'X') && end > i) --end;
       const std::size_t digits = end - i;
       if (digits == 0 || (escaped && digits > 2)) return i;
@@ -90,7 +90,7 @@ class PlainHex {
   std::size_t words_ = 0;  // prefixed numbers of more than a byte
 };
 
-// Dumps whose lines begin with their offset, as hexdump, xxd, od, debuggers and packet analysers
+// Dumps whose lines begin with their offset, as hexdump, xxd, od, debuggers and packet analyzers
 // write them. Programs that write no colon after the offset write numbers in the order of the
 // machine that dumped, when they are of more than one byte.
 class Dump {

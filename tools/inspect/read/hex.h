@@ -10,17 +10,17 @@ namespace virtual_modem::inspect {
 enum class HexResult : std::uint8_t {
   kRead,
   kNotHex,  // the text is something else
-  kBroken,  // hex it is, but it does not say its bytes
+  kBroken,  // hex whose bytes are not clear
 };
 
-// Unless kRead, why names the place and what stands there. note is set, else left alone, when a
-// dump was of words that had to be turned into bytes.
+// Unless kRead, why names the place and what is there. note is set only if a dump was of words that
+// had to be turned into bytes.
 HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why, std::string& note);
 
 // Whether the text is a dump with offsets, which is hex then and nothing else.
 bool IsDump(std::string_view text);
 
-// -1 for what is no hex digit.
+// -1 for any other character than a hex digit.
 int HexDigit(char c);
 
 // Lower case, without separators.

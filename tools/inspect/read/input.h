@@ -1,4 +1,4 @@
-// Bytes of messages out of files, whole or message by message.
+// Bytes of messages from files, whole or message by message.
 #pragma once
 
 #include <cstddef>
@@ -26,10 +26,10 @@ struct Source {
   std::optional<std::string> hex = {};  // the bytes themselves; a file is not read then
 };
 
-// How the source is called in messages for people.
+// The name of the source in messages for people.
 std::string DisplayName(const Source& source);
 
-// The bytes that a source stands for. What was left out or assumed is said on standard error.
+// The bytes that a source stands for. Reports on standard error what was left out or assumed.
 // Errors name the source; more than kMaxMessageBytes are one. as_is, if given, tells
 // whether they are what the source holds as it stands.
 std::string ReadBytes(const Source& source, bool* as_is = nullptr);
@@ -37,10 +37,10 @@ std::string ReadBytes(const Source& source, bool* as_is = nullptr);
 // Throws Error, which names the command to use, when the stream is a capture.
 void RefuseCapture(ByteStream& stream);
 
-// One line on standard error that is no error, with the program's name.
+// Prints one line that is not an error on standard error, with the program's name.
 void Note(const std::string& text);
 
-// How the input is called in messages for people.
+// The name of the input in messages for people.
 std::string DisplayName(const std::string& path);
 
 // Messages one after the other, each after its length as a varint.

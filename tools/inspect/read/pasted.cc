@@ -41,7 +41,7 @@ bool ParseBase64(std::string_view text, std::string& bytes) {
          google::protobuf::WebSafeBase64Unescape(piece, &bytes);
 }
 
-// Words with spaces between them are no base64, although its readers pass over the spaces.
+// Words with spaces between them are not base64, although its decoders skip the spaces.
 bool IsInOnePiece(std::string_view text) {
   while (!text.empty()) {
     const std::string_view line = Trim(TakeLine(text));
@@ -90,7 +90,7 @@ struct Literal {
   std::size_t begin = 0;
   std::size_t end = 0;  // after its closing quote
   std::string bytes;
-  bool broken = false;  // holds an escape that is none
+  bool broken = false;  // has an invalid escape
 };
 
 // Finds one literal after the other, and looks at each byte three times at most: what no quote
@@ -419,7 +419,7 @@ std::string ParsePasted(std::string_view text, Encoding encoding, std::string& n
       if (const auto run = ParseLog(text, note)) return *run;
       throw Error("no line has " + std::to_string(kShortestRun) + " bytes of hex");
   }
-  throw Error("no such form");
+  throw Error("unknown form");
 }
 
 }  // namespace virtual_modem::inspect

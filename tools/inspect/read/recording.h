@@ -15,8 +15,8 @@ namespace virtual_modem::inspect {
 
 class Recording {
  public:
-  // Opens all files; "-" is standard input. With follow, the end of the last one is waited at for
-  // more, and where its path names another file by then, that one is read next. before_wait is
+  // Opens all files; "-" is standard input. With follow, waits at the end of the last one for more,
+  // and if its path then names another file, reads that one next. before_wait is
   // called before each wait. Throws Error.
   Recording(const Schema& schema, const std::vector<std::string>& files, bool follow = false,
             std::function<void()> before_wait = nullptr);
@@ -27,7 +27,7 @@ class Recording {
   // The finest form of the files, kNoCapture when one is none. To be called before Next().
   CaptureForm Form();
 
-  // As errors call the files.
+  // The name for error messages.
   std::string names() const;
   // Throws Error when there was no message, with the hint at its end.
   void RequireMessages(const std::string& hint = "") const;

@@ -1,4 +1,4 @@
-// Logs with one message a line: the name of its type, and after it its bytes in hex or its text.
+// Logs with one message a line: the name of its type, then its bytes in hex or its text.
 // Such lines are written by this program, by callers of ToText() and by people, with anything
 // around.
 #pragma once

@@ -18,7 +18,7 @@ namespace {
 
 using google::protobuf::FileDescriptor;
 
-// Keeps the pool from logging: whoever gave the descriptor set gets one line.
+// Keeps the pool from logging: the user gets one line about a bad descriptor set.
 class FirstError : public google::protobuf::DescriptorPool::ErrorCollector {
  public:
   void AddError(const std::string& file, const std::string& element, const Message* /*part*/,

@@ -1,4 +1,4 @@
-// A file that is there in whole or not at all.
+// A file that is written whole or not at all.
 #pragma once
 
 #include <cstdio>
@@ -25,7 +25,7 @@ class FileToWrite {
 
   const std::string path_;
   std::string target_ = path_;
-  std::string temporary_;  // empty for what is no regular file, and written in place
+  std::string temporary_;  // empty for special files, which are written in place
   std::FILE* file_ = nullptr;
 };
 

@@ -15,7 +15,7 @@ namespace virtual_modem::inspect {
 
 // Appends the message as JSON, in lines or on one, without a separator at its end. Fields stand in
 // the order of the bytes, so these must be as a serializer writes them. An undeclared number of an
-// enumeration stands in its field as a number; other unknown fields are left out.
+// enumeration appears in its field as a number; other unknown fields are left out.
 //
 // JSON is UTF-8 where strings of the schema are any bytes: each byte that does not fit is shown as
 // "?", and a finding names the field.

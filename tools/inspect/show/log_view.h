@@ -1,4 +1,4 @@
-// What log makes of the messages that it reads.
+// The views that log offers of the messages it reads.
 #pragma once
 
 #include <memory>

@@ -13,7 +13,7 @@ Output::~Output() {
   try {
     Flush();
   } catch (const std::ios_base::failure&) {
-    // The stream keeps that it failed, for whoever ends the program.
+    // The stream remembers that it failed, until the program ends.
   }
 }
 

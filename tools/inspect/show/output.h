@@ -1,4 +1,4 @@
-// Standard output for much text, and how far a long job is.
+// Standard output for much text, and the progress of a long job.
 #pragma once
 
 #include <chrono>
@@ -46,8 +46,8 @@ class Output {
   std::size_t used_ = 0;
 };
 
-// How far the reading of a stream is, on standard error if that is a terminal and standard output
-// is none, from the second second on.
+// The progress of reading a stream, on standard error if that is a terminal and standard output is
+// not, after the first second.
 class Progress {
  public:
   explicit Progress(const ByteStream& stream);

@@ -11,11 +11,11 @@
 
 namespace virtual_modem::inspect {
 
-// What becomes of bytes that are to be masked and do not fit their type.
+// How to treat bytes that are to be masked and do not fit their type.
 enum class Misfit : std::uint8_t {
   kHide,   // nothing is shown
   kShape,  // all strings and lists of numbers are masked
-  kTrust,  // they are masked by the type all the same
+  kTrust,  // they are masked by the type anyway
 };
 
 struct PrinterOptions {

@@ -1,4 +1,4 @@
-// Text from outside, made fit for a terminal.
+// Makes text from outside safe for a terminal.
 #pragma once
 
 #include <cstdint>
