@@ -100,8 +100,9 @@ std::vector<std::string> Told(const std::string& stream, FrameReader::TooLarge t
       while (const auto read = reader.Next()) {
         std::string line = Explain(read->status);
         if (!read->frame.type.empty()) {
-          line = std::string(read->frame.type) + '/' + std::to_string(read->frame.operation) + ' ' +
-                 std::string(read->frame.message) + ' ' + line;
+          std::string told(read->frame.type);
+          told.append("/").append(std::to_string(read->frame.operation)).append(" ");
+          line = told.append(read->frame.message).append(" ").append(line);
         }
         told.push_back(line);
       }
@@ -138,8 +139,9 @@ TEST(FrameReader, ReadsAStreamWhereverItIsCut) {
                           "Dial/8 12345 is sound", "between"));
   EXPECT_THAT(Told(large.substr(0, 32), skipped),
               ElementsAre("Large/7  is larger than allowed", "within"));
+  const std::string noisy = ring + "noise" + ring;
   for (const auto too_large : {ends, skipped}) {
-    EXPECT_THAT(Told(ring + "noise" + ring, too_large),
+    EXPECT_THAT(Told(noisy, too_large),
                 ElementsAre("R/0  is sound", "does not begin with 'VM'", "ended"));
   }
 }

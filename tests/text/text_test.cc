@@ -251,7 +251,7 @@ TEST(Masks, JudgeFieldsInAnyOrder) {
   pieces[2].mutable_cardstatus()->set_physicalslotid(0);
   const auto shown = [&] {
     std::string all;
-    for (const auto& piece : pieces) all = piece.SerializePartialAsString() + all;
+    for (const auto& piece : pieces) all.insert(0, piece.SerializePartialAsString());
     return ToText("IccCardStatusResponse", all).find("3b9f") != std::string::npos;
   };
   EXPECT_FALSE(shown());  // lacks the iccid
