@@ -1,5 +1,6 @@
-# Completion for virtual-modem-inspect. The program itself tells commands, options and what they take
-# (by its help), and names (by its lists).
+#compdef virtual-modem-inspect
+# Completion for virtual-modem-inspect in bash, and in zsh by its functions for bash. The program
+# itself tells commands, options and what they take (by its help), and names (by its lists).
 
 # Reads the help of the program, or of one of its commands, into arrays of the caller.
 _virtual_modem_inspect_help() {
@@ -28,12 +29,13 @@ _virtual_modem_inspect_names() {
 }
 
 _virtual_modem_inspect() {
-  local program=$1 current=$2 command='' word expects='' position=0 words=''
+  local program=$1 current=$2 command='' word expects='' position=0 words='' before=''
   local -a commands options positionals
   local -A takes=()
   COMPREPLY=()
+  [[ -z ${ZSH_VERSION-} ]] || setopt local_options bash_rematch
   _virtual_modem_inspect_help
-  for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+  for word in "${COMP_WORDS[@]:1:$((COMP_CWORD - 1))}"; do
     if [[ $word == '=' ]]; then # of --option=value or FIELD=VALUE, which come as three words
       expects=${expects:-VALUE}
     elif [[ -n $expects ]]; then
@@ -49,6 +51,8 @@ _virtual_modem_inspect() {
   done
   if [[ $current == '=' ]]; then
     current='' expects=${expects:-VALUE}
+  elif [[ $current == *?=* ]]; then # one word in zsh
+    expects=${takes[${current%%=*}]-VALUE} before=${current%%=*}=
   fi
 
   if [[ -z $expects && $current == -* ]]; then
@@ -72,8 +76,12 @@ _virtual_modem_inspect() {
       *'|'*) words=${expects//|/ } ;;
     esac
   fi
-  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+  while IFS= read -r word; do
+    COMPREPLY+=("$word")
+  done < <(compgen -P "$before" -W "$words" -- "${current#"$before"}")
 }
 
 # Where nothing fits, file names do.
+[[ -z ${ZSH_VERSION-} ]] || { autoload -U +X bashcompinit && bashcompinit; }
 complete -o default -F _virtual_modem_inspect virtual-modem-inspect
+[[ -z ${ZSH_VERSION-} ]] || _bash_complete -o default -F _virtual_modem_inspect

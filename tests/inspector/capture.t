@@ -44,7 +44,7 @@ JSON, with the findings of what is odd:
 What is asked for, by any of the marks:
 
   $ for words in '--type Dial --type Hangup' '--unit ims_service' '--kind indication' '--serial 2 --serial 9' --incomplete \
-  >     --unknown '--grep calls.number=5552' '--grep calls[0].number=5552'; do
+  >     --unknown '--grep calls.number=5552'; do
   >   echo "$words:" $(inspect log log.pcap $words 2>/dev/null | sed 's/.* [<>] \([^ ]*\) \([^ ]*\).*/\1 \2/')
   > done
   --type Dial --type Hangup: Dial #1 Hangup #3 Dial #4
@@ -54,15 +54,13 @@ What is asked for, by any of the marks:
   --incomplete: GetVoiceRadioTechResponse #7 Nonesuch - NoResultIndication - Dial #4 ? -
   --unknown: GetVoiceRadioTechResponse #7 QServiceStatusInfoList -
   --grep calls.number=5552: GetCurrentCallsResponse #2
-  --grep calls[0].number=5552:
-  $ for wrong in '--unit radoi' '--kind reply' '--grep numbr=1' '--grep calls' '--grep calls[x].number=1' '--count --pairs'; do
+  $ for wrong in '--unit radoi' '--kind reply' '--grep numbr=1' '--grep calls' '--count --pairs'; do
   >   inspect log log.pcap $wrong
   > done
   virtual-modem-inspect: --unit: radoi is not one of radio|ims_service|call_size|conference|data_share (see --help)
   virtual-modem-inspect: --kind: reply is not one of request|response|indication|record (see --help)
   virtual-modem-inspect: --grep: no message has a field numbr; did you mean number?
   virtual-modem-inspect: --grep: calls is not FIELD=VALUE (see --help)
-  virtual-modem-inspect: --grep: calls[x] is not a field and its place in a list (see --help)
   virtual-modem-inspect: --pairs excludes --count (see --help)
   [2]
 

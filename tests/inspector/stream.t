@@ -26,13 +26,6 @@ Of any size, and shown as soon as it is there:
   # message 2 at byte 16439, 300008 bytes
   $ inspect decode --delimited --json StringParmRequest sizes | wc -c
   316555
-  $ slowly() { cat sizes sizes sizes sizes; sleep 1.1; cat sizes sizes sizes sizes sizes sizes sizes sizes; }
-  $ export -f slowly
-  $ SHELL=/bin/bash script -qec "slowly | '$INSPECT' decode --delimited StringParmRequest >decoded" /dev/null </dev/null |
-  >   tr '\r' '\n' | sed 's/^[0-9]* MB/some MB/' | uniq | cat -v
-  
-  some MB^[[K
-  ^[[K
   $ mkfifo in out && { inspect decode --delimited Hangup in >out & } 2>/dev/null
   $ exec 5<out 4>in
   $ head -c 7 stream >&4; head -n 1 <&5

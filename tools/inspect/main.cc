@@ -203,6 +203,9 @@ class CommandLine {
         ->add_flag("--follow", log_.follow,
                    "Wait for more at the end of the last file, also after it was renamed")
         ->excludes(count);
+    command->footer(
+        "In a line, \"op 4\" is the frame's operation, which tells apart the uses of a type.\n"
+        "\"#3\" is the serial of the message, \"-\" stands for none.");
   }
 
   void AddMask() {

@@ -1,5 +1,4 @@
 // decode: bytes in, text or JSON out, and beneath it what the message does not say by itself.
-#include <iostream>
 #include <memory>
 #include <string>
 
@@ -22,8 +21,7 @@ void PrintFindings(const Findings& findings, const DecodeOptions& options, bool 
       shown ? findings.Lines()
             : "# not shown, as it does not fit the type: " + findings.Summary() + "\n";
   if (options.json) {
-    out.Flush();
-    std::cerr << heading << lines;
+    out.AppendError(heading + lines);
   } else {
     out.Append(lines);
   }
@@ -32,7 +30,6 @@ void PrintFindings(const Findings& findings, const DecodeOptions& options, bool 
 Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
                     const DecodeOptions& options, Output& out) {
   DelimitedReader reader(stream);
-  Progress progress(stream);
   stream.BeforeWait([&out] { out.Flush(); });
   std::int64_t count = 0;
   std::int64_t refused = 0;
@@ -52,7 +49,6 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
       throw Error(stream.name() + ": the stream ends within message " + std::to_string(count));
     }
     ++count;
-    progress.Show();
   }
   if (refused == 0 && hidden == 0) return kOk;
   throw Error(

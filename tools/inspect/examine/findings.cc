@@ -3,7 +3,6 @@
 #include <google/protobuf/descriptor.h>
 
 #include <algorithm>
-#include <numeric>
 #include <unordered_set>
 
 namespace virtual_modem::inspect {
@@ -84,8 +83,8 @@ class Reporter : public text::Handler {
     const std::string path = text::PathTo(tables_, level, *row);
     const std::string consequence = Consequence(level, field, path, offset);
     if (undeclared) {
-      findings_.Add(kind, path + ": " + std::to_string(static_cast<std::int32_t>(NumberIn(value))) +
-                              " is not a " + field.enum_type()->name() + consequence);
+      findings_.Add(kind, path + ": " + std::to_string(NumberIn(value)) + " is not a " +
+                              field.enum_type()->name() + consequence);
     } else {
       findings_.Add(kind, path + ": declared as " + field.type_name() + ", came as " +
                               WireTypeName(wire_type) + consequence);
@@ -155,16 +154,6 @@ bool Findings::full() const { return texts_.size() >= kMaxTexts; }
 
 bool Findings::empty() const {
   return std::all_of(counts_.begin(), counts_.end(), [](std::size_t n) { return n == 0; });
-}
-
-std::uint64_t NumberIn(std::string_view varint) {
-  std::uint64_t value = 0;
-  unsigned shift = 0;
-  for (const char c : varint) {
-    value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(c) & 0x7FU) << shift;
-    shift += 7;
-  }
-  return value;
 }
 
 std::string Findings::Lines() const {

@@ -61,7 +61,9 @@ bool IsPlain(const text::Outcome& outcome);
 // What was read before a break stays in the message. Offsets count from the first byte.
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message);
 
-// The number that the bytes of a varint stand for.
-std::uint64_t NumberIn(std::string_view varint);
+// The number of an enumeration that the bytes of a varint stand for.
+inline std::int32_t NumberIn(std::string_view varint) {
+  return static_cast<std::int32_t>(text::NumberIn(varint.data(), varint.data() + varint.size()));
+}
 
 }  // namespace virtual_modem::inspect

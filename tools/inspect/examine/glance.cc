@@ -1,7 +1,5 @@
 #include "inspect/examine/glance.h"
 
-#include <charconv>
-
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
 
@@ -19,26 +17,23 @@ class Looker : public text::Handler {
         tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.serial)) {
       glance_.serial = static_cast<std::int32_t>(value);
     }
-    const FieldCondition* asked = Asked(level, field);
-    if (asked != nullptr && asked->Is(field, value)) glance_.has_field = true;
+    Look(level, field, field, value);
   }
   void Enum(const text::Level& level, const text::Field& field, std::uint64_t value,
             std::string_view name) {
     if (IsError(level, field)) glance_.error = name;
-    const FieldCondition* asked = Asked(level, field);
-    if (asked != nullptr && (asked->Is(name) || asked->Is(field, value))) glance_.has_field = true;
+    Look(level, field, name);
+    Look(level, field, field, value);
   }
   void String(const text::Level& level, const text::Field& field, std::string_view bytes) {
-    const FieldCondition* asked = Asked(level, field);
-    if (asked != nullptr && asked->Is(bytes)) glance_.has_field = true;
+    Look(level, field, bytes);
   }
   void Unknown(const text::Level& level, const text::Field* field, std::uint32_t /*number*/,
                text::WireType type, std::string_view /*whole*/, std::string_view value) {
     if (field == nullptr || field->kind != text::FieldKind::kEnum || type != text::kVarint) return;
-    const std::uint64_t number = NumberIn(value);
-    if (IsError(level, *field)) glance_.error = std::to_string(static_cast<std::int32_t>(number));
-    const FieldCondition* asked = Asked(level, *field);
-    if (asked != nullptr && asked->Is(*field, number)) glance_.has_field = true;
+    const std::int32_t number = NumberIn(value);
+    if (IsError(level, *field)) glance_.error = std::to_string(number);
+    Look(level, *field, *field, static_cast<std::uint64_t>(number));
   }
 
  private:
@@ -46,9 +41,12 @@ class Looker : public text::Handler {
     return level.above == nullptr && type_.error != nullptr &&
            tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.error->number());
   }
-  // The condition, if it is about the field.
-  const FieldCondition* Asked(const text::Level& level, const text::Field& field) const {
-    return condition_ != nullptr && condition_->Names(tables_, level, field) ? condition_ : nullptr;
+  template <typename... Value>
+  void Look(const text::Level& level, const text::Field& field, const Value&... value) {
+    if (condition_ != nullptr && condition_->Names(tables_, level, field) &&
+        condition_->Is(value...)) {
+      glance_.has_field = true;
+    }
   }
 
   const text::Tables& tables_;
@@ -64,62 +62,47 @@ FieldCondition::FieldCondition(const Schema& schema, const std::string& conditio
   if (sign == std::string::npos) throw UsageError("--grep: " + condition + " is not FIELD=VALUE");
   contains_ = condition[sign] == '~';
   value_ = condition.substr(sign + 1);
-  std::int64_t number = 0;
-  const char* end = value_.data() + value_.size();
-  const auto result = std::from_chars(value_.data(), end, number);
-  if (result.ec == std::errc() && result.ptr == end) number_ = number;
-
-  std::istringstream path(condition.substr(0, sign));
-  std::string names;  // the path without places in lists
-  for (std::string step; std::getline(path, step, '.');) {
-    int index = -1;
-    const std::size_t open = step.find('[');
-    if (open != std::string::npos) {
-      const char* last = step.data() + step.size() - 1;
-      const auto place = std::from_chars(step.data() + open + 1, last, index);
-      if (place.ec != std::errc() || place.ptr != last || *last != ']' || index < 0) {
-        throw UsageError("--grep: " + step + " is not a field and its place in a list");
-      }
-      step.erase(open);
-    }
-    names += (names.empty() ? "" : ".") + step;
-    steps_.push_back({step, index});
-  }
-  for (const Descriptor* type : schema.messages()) {
-    const FieldDescriptor* field = FindField(*type, names);
-    if (field != nullptr && field->message_type() == nullptr) return;
-  }
+  const std::string path = condition.substr(0, sign);
+  std::istringstream steps(path);
+  for (std::string step; std::getline(steps, step, '.');) path_.push_back(step);
   std::vector<std::string> fields;
   for (const Descriptor* type : schema.messages()) {
+    const FieldDescriptor* field = FindField(*type, path);
+    if (field != nullptr && field->message_type() == nullptr) return;
     for (int i = 0; i < type->field_count(); ++i) fields.push_back(type->field(i)->name());
   }
-  throw Error("--grep: no message has a field " + condition.substr(0, sign) +
-              DidYouMean(names.substr(names.rfind('.') + 1), fields));
+  throw Error("--grep: no message has a field " + path +
+              DidYouMean(path.substr(path.rfind('.') + 1), fields));
 }
 
 bool FieldCondition::Names(const text::Tables& tables, const text::Level& level,
                            const text::Field& field) const {
-  if (tables.NameOf(field) != steps_.back().name) return false;
+  const text::Field* below = &field;
   const text::Level* at = &level;
-  for (std::size_t i = steps_.size() - 1; i-- > 0; at = at->above) {
-    if (at->field == nullptr || tables.NameOf(*at->field) != steps_[i].name) return false;
-    if (steps_[i].index >= 0 && steps_[i].index != at->index) return false;
+  for (auto step = path_.rbegin(); step != path_.rend(); ++step, at = at->above) {
+    if (at == nullptr || tables.NameOf(*below) != *step) return false;
+    below = at->field;
   }
-  return at->above == nullptr;
+  return at == nullptr;
 }
 
 bool FieldCondition::Is(const text::Field& field, std::uint64_t number) const {
-  if (contains_) return false;
-  if (field.kind == text::FieldKind::kBool) return value_ == (number != 0 ? "true" : "false");
-  if (field.kind == text::FieldKind::kUint64) return value_ == std::to_string(number);
-  if (!number_) return false;
-  if (field.kind == text::FieldKind::kUint32) return static_cast<std::uint32_t>(number) == *number_;
-  if (field.kind == text::FieldKind::kInt64) return static_cast<std::int64_t>(number) == *number_;
-  return static_cast<std::int32_t>(number) == *number_;
+  switch (field.kind) {
+    case text::FieldKind::kBool:
+      return Is(number != 0 ? "true" : "false");
+    case text::FieldKind::kUint64:
+      return Is(std::to_string(number));
+    case text::FieldKind::kUint32:
+      return Is(std::to_string(static_cast<std::uint32_t>(number)));
+    case text::FieldKind::kInt64:
+      return Is(std::to_string(static_cast<std::int64_t>(number)));
+    default:
+      return Is(std::to_string(static_cast<std::int32_t>(number)));
+  }
 }
 
-bool FieldCondition::Is(std::string_view string) const {
-  return contains_ ? string.find(value_) != std::string_view::npos : string == value_;
+bool FieldCondition::Is(std::string_view value) const {
+  return contains_ ? value.find(value_) != std::string_view::npos : value == value_;
 }
 
 Glance TakeGlance(const Schema& schema, const TypeInfo& type, std::string_view bytes,

@@ -12,8 +12,8 @@
 
 namespace virtual_modem::inspect {
 
-// FIELD=VALUE, or FIELD~VALUE for strings that contain the value. FIELD is a path below the
-// message, such as calls.number for that of any call, or calls[1].number.
+// FIELD=VALUE, or FIELD~VALUE for what contains the value. FIELD is a path below the message, such
+// as calls.number for that of any call.
 class FieldCondition {
  public:
   // Throws Error when no message of the schema has such a field.
@@ -22,18 +22,12 @@ class FieldCondition {
   bool Names(const text::Tables& tables, const text::Level& level, const text::Field& field) const;
   // VALUE is a number, true or false, the name of an enumeration's value, or the bytes of a string.
   bool Is(const text::Field& field, std::uint64_t number) const;
-  bool Is(std::string_view string) const;
+  bool Is(std::string_view value) const;
 
  private:
-  struct Step {
-    std::string name;
-    int index;  // -1 for any
-  };
-
-  std::vector<Step> steps_;
+  std::vector<std::string> path_;
   bool contains_ = false;
   std::string value_;
-  std::optional<std::int64_t> number_;
 };
 
 struct Glance {

@@ -65,7 +65,6 @@ ByteStream::ByteStream(const std::string& path, bool follow)
   if (fd_ < 0) throw Error(path + ": " + std::strerror(errno));
   struct stat info {};
   regular_ = fstat(fd_, &info) == 0 && S_ISREG(info.st_mode);
-  if (regular_ && !follow) size_ = info.st_size;
 }
 
 ByteStream::ByteStream(std::string_view bytes, std::string name)

@@ -34,9 +34,6 @@ class ByteStream {
 
   // The name for error messages.
   const std::string& name() const { return name_; }
-  // Bytes read of the file so far and in all; 0 when that is not known.
-  std::int64_t position() const { return position_; }
-  std::int64_t size() const { return size_; }
 
  private:
   class Inflater;
@@ -52,7 +49,6 @@ class ByteStream {
   bool moved_ = false;
   std::string_view memory_;
   std::int64_t position_ = 0;
-  std::int64_t size_ = 0;
   std::string ahead_;       // peeked at
   std::string compressed_;  // the same, for the inflater
   bool begun_ = false;

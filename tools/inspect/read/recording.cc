@@ -29,9 +29,7 @@ bool Recording::Next(Record& record) {
       } else {
         traffic_ = std::make_unique<CaptureReader>(schema_, stream);
       }
-      progress_.emplace(stream);
     }
-    progress_->Show();
     if (traffic_->Next(record)) {
       ++messages_;
       return true;
@@ -39,7 +37,6 @@ bool Recording::Next(Record& record) {
     const std::string passed_over = traffic_->PassedOver();
     if (!passed_over.empty()) passed_over_.emplace_back(stream.name(), passed_over);
     traffic_.reset();
-    progress_.reset();
     if (stream.moved()) Open(stream.name(), true);
   }
   return false;

@@ -4,12 +4,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "inspect/read/capture.h"
-#include "inspect/show/output.h"
 
 namespace virtual_modem::inspect {
 
@@ -42,7 +40,6 @@ class Recording {
   std::vector<std::unique_ptr<ByteStream>> streams_;
   std::size_t at_ = 0;
   std::unique_ptr<Traffic> traffic_;
-  std::optional<Progress> progress_;
   std::int64_t messages_ = 0;
   std::vector<std::pair<std::string, std::string>> passed_over_;  // by name of the file
 };

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -213,10 +214,9 @@ std::string Lower(std::string_view text) {
   return lower;
 }
 
-std::vector<std::string> NearestNames(std::string_view name,
-                                      const std::vector<std::string>& names) {
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& names) {
   const std::string wanted = Lower(name);
-  std::vector<std::pair<std::size_t, std::string>> near;
+  std::set<std::pair<std::size_t, std::string>> near;
   for (const std::string& candidate : names) {
     const std::string lower = Lower(candidate);
     std::size_t distance = EditDistance(wanted, lower);
@@ -224,28 +224,18 @@ std::vector<std::string> NearestNames(std::string_view name,
     if (wanted.size() >= 3 && lower.find(wanted) != std::string::npos) {
       distance = 1 + distance / 10;
     }
-    if (distance <= (wanted.size() < 4 ? 1 : 1 + wanted.size() / 3))
-      near.emplace_back(distance, candidate);
+    if (distance > (wanted.size() < 4 ? 1 : 1 + wanted.size() / 3)) continue;
+    near.emplace(distance, candidate);
+    if (near.size() > 3) near.erase(std::prev(near.end()));
   }
-  std::sort(near.begin(), near.end());
-  std::vector<std::string> nearest;
-  for (const auto& [distance, candidate] : near) {
-    if (nearest.size() == 3) break;
-    if (std::find(nearest.begin(), nearest.end(), candidate) == nearest.end()) {
-      nearest.push_back(candidate);
-    }
+  std::string text;
+  for (auto each = near.begin(); each != near.end(); ++each) {
+    text += each == near.begin()            ? "; did you mean "
+            : std::next(each) == near.end() ? " or "
+                                            : ", ";
+    text += each->second;
   }
-  return nearest;
-}
-
-std::string DidYouMean(std::string_view name, const std::vector<std::string>& names) {
-  const std::vector<std::string> nearest = NearestNames(name, names);
-  if (nearest.empty()) return "";
-  std::string text = "; did you mean " + nearest.front();
-  for (std::size_t i = 1; i < nearest.size(); ++i) {
-    text += (i + 1 < nearest.size() ? ", " : " or ") + nearest[i];
-  }
-  return text + "?";
+  return text + (text.empty() ? "" : "?");
 }
 
 }  // namespace virtual_modem::inspect

@@ -116,10 +116,7 @@ bool SameLayout(const Descriptor& left, const Descriptor& right);
 
 std::string Lower(std::string_view text);
 
-// Up to three of the names that look most like the one given; empty when none is near.
-std::vector<std::string> NearestNames(std::string_view name, const std::vector<std::string>& names);
-
-// "; did you mean A, B or C?", or nothing.
+// "; did you mean A, B or C?" of the names that look most like the one given, or nothing.
 std::string DidYouMean(std::string_view name, const std::vector<std::string>& names);
 
 }  // namespace virtual_modem::inspect

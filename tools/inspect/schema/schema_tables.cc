@@ -12,8 +12,6 @@ using google::protobuf::EnumDescriptor;
 using google::protobuf::FieldDescriptor;
 using text::FieldKind;
 
-constexpr std::int32_t kFromZero = 256;  // numbers below it are found by their place
-
 FieldKind KindOf(const FieldDescriptor& field) {
   switch (field.type()) {
     case FieldDescriptor::TYPE_INT32:
@@ -130,30 +128,15 @@ std::uint16_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
       enum_indexes_.emplace(&type, static_cast<std::uint16_t>(enums_.size()));
   if (!added) return found->second;
   if (enums_.size() == text::kMostTypes) throw Error("the schema has too many enumerations");
-  Names names;
-  names.from_zero.resize(kFromZero);
-  for (int i = type.value_count() - 1; i >= 0; --i) {  // the first of aliases is printed
-    const auto& value = *type.value(i);
-    if (value.number() >= 0 && value.number() < kFromZero) {
-      names.from_zero[static_cast<std::size_t>(value.number())] = value.name();
-    } else {
-      names.others.insert(names.others.begin(), {value.number(), value.name()});
-    }
-  }
-  std::stable_sort(names.others.begin(), names.others.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  enums_.push_back(std::move(names));
+  enums_.push_back(&type);
   return found->second;
 }
 
 std::string_view SchemaTables::NameOf(const void* context, unsigned enumeration,
                                       std::int32_t number) {
-  const Names& names = static_cast<const SchemaTables*>(context)->enums_[enumeration];
-  if (number >= 0 && number < kFromZero) return names.from_zero[static_cast<std::size_t>(number)];
-  const auto found =
-      std::lower_bound(names.others.begin(), names.others.end(), number,
-                       [](const auto& entry, std::int32_t wanted) { return entry.first < wanted; });
-  return found != names.others.end() && found->first == number ? found->second : "";
+  const EnumDescriptor* type = static_cast<const SchemaTables*>(context)->enums_[enumeration];
+  const auto* value = type->FindValueByNumber(number);
+  return value == nullptr ? std::string_view() : value->name();
 }
 
 }  // namespace virtual_modem::inspect

@@ -8,7 +8,6 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "text/tables.h"
@@ -27,12 +26,6 @@ class SchemaTables {
   unsigned IndexOf(const google::protobuf::Descriptor& type) const { return indexes_.at(&type); }
 
  private:
-  // The names of an enumeration's numbers: by place where the numbers are few, else by search.
-  struct Names {
-    std::vector<std::string_view> from_zero;
-    std::vector<std::pair<std::int32_t, std::string_view>> others;  // in order
-  };
-
   static std::string_view NameOf(const void* context, unsigned enumeration, std::int32_t number);
   text::Field MakeField(const google::protobuf::FieldDescriptor& field);
   std::uint16_t Place(const std::string& name);
@@ -42,7 +35,7 @@ class SchemaTables {
   std::vector<text::Field> fields_;
   std::vector<text::SparseNumber> sparse_;
   std::string names_;
-  std::vector<Names> enums_;
+  std::vector<const google::protobuf::EnumDescriptor*> enums_;
   std::unordered_map<const google::protobuf::Descriptor*, unsigned> indexes_;
   std::unordered_map<const google::protobuf::EnumDescriptor*, std::uint16_t> enum_indexes_;
   std::unordered_map<std::string, std::uint16_t> places_;

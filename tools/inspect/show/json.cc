@@ -107,7 +107,7 @@ class Writer : public text::Handler {
                text::WireType type, std::string_view /*whole*/, std::string_view value) {
     if (field == nullptr || field->kind != text::FieldKind::kEnum || type != text::kVarint) return;
     Key(*field);
-    AppendNumber(static_cast<std::int32_t>(NumberIn(value)));
+    AppendNumber(NumberIn(value));
   }
 
   // Closes the message.

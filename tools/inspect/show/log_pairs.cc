@@ -38,7 +38,8 @@ class Pairs : public LogView {
     if (json_) return;
     out_.Append("# ").Append(counts_[0]).Append(" answered");
     if (timed_ > 0) {
-      out_.Append(" after ").Append(Milliseconds(Average())).Append(" ms on average, ");
+      const auto average = static_cast<std::int64_t>(latency_sum_ / static_cast<double>(timed_));
+      out_.Append(" after ").Append(Milliseconds(average)).Append(" ms on average, ");
       out_.Append(Milliseconds(longest_)).Append(" ms at most");
     }
     out_.Append("; ").Append(counts_[1]).Append(" not answered, ").Append(counts_[2]);
@@ -46,10 +47,6 @@ class Pairs : public LogView {
   }
 
  private:
-  std::int64_t Average() const {
-    return static_cast<std::int64_t>(latency_sum_ / static_cast<std::uint64_t>(timed_));
-  }
-
   void Show(PairKind kind, const Half* request, const Half* response) {
     const bool wanted =
         (request != nullptr && request->wanted) || (response != nullptr && response->wanted);
@@ -61,7 +58,7 @@ class Pairs : public LogView {
     const auto latency = timed ? Latency(*request, *response) : std::nullopt;
     if (latency) {
       ++timed_;
-      latency_sum_ += static_cast<std::uint64_t>(*latency);
+      latency_sum_ += static_cast<double>(*latency);
       longest_ = std::max(longest_, *latency);
     }
     const std::string time = latency ? Milliseconds(*latency) : "";
@@ -95,7 +92,7 @@ class Pairs : public LogView {
   Pairing pairing_;
   std::array<std::int64_t, static_cast<std::size_t>(PairKind::kKinds)> counts_{};
   std::int64_t timed_ = 0;  // pairs whose latency is known
-  std::uint64_t latency_sum_ = 0;
+  double latency_sum_ = 0;  // what integers cannot count, too
   std::int64_t longest_ = 0;
 };
 

@@ -1,18 +1,17 @@
-// Standard output for much text, and the progress of a long job.
+// Standard output for much text, and what standard error says of it.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "inspect/read/byte_stream.h"
 #include "text/print.h"
 
 namespace virtual_modem::inspect {
 
 // Text is in std::cout when Flush() returns or the object is gone; a failure to write shows there.
+// What is for standard error follows it.
 class Output {
  public:
   Output() = default;
@@ -22,6 +21,7 @@ class Output {
 
   Output& Append(std::string_view text);
   Output& Append(std::int64_t number);
+  void AppendError(std::string_view text);
   void Flush();
 
   // print(sink) writes the text of a message; it is called again when its text did not fit. A text
@@ -44,30 +44,7 @@ class Output {
 
   std::vector<char> buffer_ = std::vector<char>(1U << 17U);
   std::size_t used_ = 0;
-};
-
-// The progress of reading a stream, on standard error if that is a terminal and standard output is
-// not, after the first second.
-class Progress {
- public:
-  explicit Progress(const ByteStream& stream);
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-  ~Progress();
-
-  // To be called often.
-  void Show() {
-    if (terminal_ && stream_.position() >= next_look_) Look();
-  }
-
- private:
-  void Look();
-
-  const ByteStream& stream_;
-  const bool terminal_;
-  std::chrono::steady_clock::time_point next_;
-  std::int64_t next_look_ = 0;
-  bool shown_ = false;
+  std::string errors_;
 };
 
 }  // namespace virtual_modem::inspect

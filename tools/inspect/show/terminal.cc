@@ -1,5 +1,9 @@
 #include "inspect/show/terminal.h"
 
+#include <google/protobuf/stubs/common.h>
+
+#include <algorithm>
+
 #include "inspect/read/hex.h"
 
 namespace virtual_modem::inspect {
@@ -12,36 +16,19 @@ bool ActsOnTerminal(std::uint32_t c) {
 }
 
 std::uint32_t TakeUtf8(std::string_view text, std::size_t& size) {
-  const auto byte = [&](std::size_t i) -> std::uint32_t {
-    return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0U;
-  };
-  const std::uint32_t first = byte(0);
-  std::uint32_t code = first;
-  std::uint32_t least = 0;
-  size = 1;
-  if (first < 0x80) return code;
-  if (first >= 0xC2 && first < 0xE0) {
-    size = 2;
-    code = first & 0x1FU;
-    least = 0x80;
-  } else if (first >= 0xE0 && first < 0xF0) {
-    size = 3;
-    code = first & 0x0FU;
-    least = 0x800;
-  } else if (first >= 0xF0 && first < 0xF5) {
-    size = 4;
-    code = first & 0x07U;
-    least = 0x10000;
-  }
-  for (std::size_t i = 1; i < size; ++i) {
-    if ((byte(i) & 0xC0U) != 0x80) {
-      size = 0;
-      return 0;
+  using google::protobuf::internal::IsStructurallyValidUTF8;
+  const std::size_t longest = std::min<std::size_t>(text.size(), 4);
+  for (size = 1; size <= longest; ++size) {
+    if (!IsStructurallyValidUTF8(text.data(), static_cast<int>(size))) continue;
+    std::uint32_t code = 0;
+    for (const char c : text.substr(0, size)) {
+      code = code << 6U | (static_cast<std::uint8_t>(c) & 0x3FU);
     }
-    code = code << 6U | (byte(i) & 0x3FU);
+    // Beside its bits, the first byte tells the size.
+    return size == 1 ? static_cast<std::uint8_t>(text[0]) : code & ((1U << (5 * size + 1)) - 1);
   }
-  if (size == 1 || code < least || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) size = 0;
-  return code;
+  size = 0;
+  return 0;
 }
 
 std::string ForTerminal(std::string_view text) {
