@@ -1,19 +1,30 @@
-// Fuzz target over the inspector's commands. Input: one byte that chooses the message type, one for
-// command and options, then the file; for diff two files of equal size. log, mask and diff without
-// a type read captures and logs.
+// Fuzz target over the inspector's commands, and over what it finds in a message: the walk over the
+// bytes must agree with the runtime's parser on what is malformed, missing and unknown, and with
+// its printer; what is printed must read back. Input: one byte that chooses the message type, one
+// for command and options, then the file, which is taken for a message too; for diff two files of
+// equal size. log, mask and diff without a type read captures and logs.
 #include <google/protobuf/stubs/logging.h>
+#include <google/protobuf/text_format.h>
+#include <google/protobuf/unknown_field_set.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "check.h"
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
+#include "inspect/examine/findings.h"
+#include "inspect/schema/schema.h"
+#include "inspect/show/json.h"
+#include "text/print.h"
+#include "text/walk.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -105,6 +116,70 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   }
 }
 
+std::size_t CountUnknown(const Message& message) {
+  const auto& reflection = *message.GetReflection();
+  auto count = static_cast<std::size_t>(reflection.GetUnknownFields(message).field_count());
+  std::vector<const FieldDescriptor*> fields;
+  reflection.ListFields(message, &fields);
+  for (const FieldDescriptor* field : fields) {
+    if (field->message_type() == nullptr) continue;
+    if (!field->is_repeated()) {
+      count += CountUnknown(reflection.GetMessage(message, field));
+      continue;
+    }
+    for (int i = 0; i < reflection.FieldSize(message, field); ++i) {
+      count += CountUnknown(reflection.GetRepeatedMessage(message, field, i));
+    }
+  }
+  return count;
+}
+
+std::string Print(const Schema& schema, unsigned type, std::string_view bytes,
+                  text::Outcome& outcome) {
+  static std::string text(std::size_t{1} << 20U, '\0');
+  text::Sink sink(text.data(), text.size());
+  outcome = text::Print(schema.tables(), type, bytes, text::Show::kAll, false, sink);
+  return std::string(sink.text());
+}
+
+void CheckMessage(Schema& schema, const Descriptor& descriptor, std::string_view bytes) {
+  const std::unique_ptr<Message> owner = schema.NewMessage(descriptor);
+  Message& message = *owner;
+  const unsigned type = schema.IndexOf(descriptor);
+  Findings findings = ParseAndCheck(schema, bytes, message);
+  const std::unique_ptr<Message> parsed(message.New());
+  const bool malformed =
+      !parsed->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
+  FUZZ_CHECK((findings.count(Findings::kMalformed) != 0) == malformed, "malformed or not");
+  FUZZ_CHECK(findings.Lines().find("the runtime refuses") == std::string::npos, "why it is");
+  FUZZ_CHECK((findings.count(Findings::kMissing) == 0) == message.IsInitialized(), "missing");
+  std::string text;
+  text::Outcome outcome;
+  if (!malformed) {
+    const std::size_t unknown = findings.count(Findings::kUnknown) +
+                                findings.count(Findings::kWireType) +
+                                findings.count(Findings::kUndeclared);
+    FUZZ_CHECK(unknown == CountUnknown(message), "unknown fields");
+    google::protobuf::TextFormat::PrintToString(message, &text);
+    const std::string ours = Print(schema, type, bytes, outcome);
+    // Of an undeclared number over 32 bits, messages made at run time keep the lower half only.
+    const bool same = outcome.canonical && outcome.undeclared == 0;
+    FUZZ_CHECK(!same || ours == text, "text of bytes in order");
+    FUZZ_CHECK(Print(schema, type, message.SerializePartialAsString(), outcome) == text, "text");
+  }
+
+  // What is printed can be read again, but for unknown fields, which have no place in it.
+  message.DiscardUnknownFields();
+  const std::string known = message.SerializePartialAsString();
+  google::protobuf::TextFormat::PrintToString(message, &text);
+  FUZZ_CHECK(EncodeMessage(text, false, *parsed) == known, "text and back");
+  std::string json;
+  AppendJson(schema, type, known, false, json, findings);
+  if (findings.count(Findings::kText) == 0) {
+    FUZZ_CHECK(JsonReader(descriptor).Parse(json) == known, "JSON and back");
+  }
+}
+
 }  // namespace
 }  // namespace virtual_modem::inspect
 
@@ -118,9 +193,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return true;
   }();
   if (size < 2 || !quiet) return -1;
-  const std::string& type = schema.messages()[data[0] % schema.messages().size()]->full_name();
+  const auto& type = *schema.messages()[data[0] % schema.messages().size()];
+  const std::string_view bytes(reinterpret_cast<const char*>(data) + 2, size - 2);
+  CheckMessage(schema, type, bytes);
   try {
-    Run(schema, type, data[1], {reinterpret_cast<const char*>(data) + 2, size - 2});
+    Run(schema, type.full_name(), data[1], bytes);
   } catch (const Error&) {
     // Bad input, as told to the user.
   }

@@ -10,102 +10,56 @@
 
 #include "check.h"
 #include "support/message_types.h"
-#include "ways_in.h"
 
 namespace virtual_modem::testing {
 namespace {
 
+using google::protobuf::io::ArrayInputStream;
 using google::protobuf::io::ArrayOutputStream;
 
-class MessageChecker {
- public:
-  MessageChecker(std::size_t index, int chunk) : type_(AllMessageTypes()[index]), chunk_(chunk) {}
+bool Parse(std::string_view input, MessageLite& message) {
+  return message.ParsePartialFromArray(input.data(), static_cast<int>(input.size()));
+}
 
-  void Run(std::string_view input) const {
-    const auto message = type_.create();
-    const bool parsed = Parse(input, *message);
-    // What a failed parse leaves may be no message any more; writing it harms nobody.
-    const std::string bytes = Bytes(*message);
-    Check(Bytes(*type_.copy(*message)) == bytes);
-    for (const WayIn& way : WaysIn()) {
-      const auto other = type_.create();
-      FUZZ_CHECK(way.parse(*other, input, chunk_) == parsed, way.name.data());
-      if (parsed) FUZZ_CHECK(Bytes(*other) == bytes, way.name.data());
-    }
-    if (parsed) {
-      CheckRoundTrips(*message, bytes);
-      CheckOperations(*message, bytes);
-    }
+// The message's bytes, exactly as many as ByteSizeLong() says.
+std::string Bytes(const MessageLite& message) {
+  std::string bytes(message.ByteSizeLong(), '\0');
+  auto* begin = reinterpret_cast<std::uint8_t*>(bytes.data());
+  FUZZ_CHECK(message.SerializeWithCachedSizesToArray(begin) == begin + bytes.size(), "size");
+  return bytes;
+}
 
-    message->Clear();
-    Check(Bytes(*message).empty());
-    // What Clear() kept for reuse must not show.
-    if (parsed) {
-      Check(Parse(input, *message));
-      Check(Bytes(*message) == bytes);
-    }
-  }
+// chunk: bytes per piece of a stream.
+void Check(const MessageType& type, int chunk, std::string_view input) {
+  const auto message = type.create();
+  const bool parsed = Parse(input, *message);
+  // What a failed parse leaves may be no message any more; writing it harms nobody.
+  const std::string bytes = Bytes(*message);
+  FUZZ_CHECK(Bytes(*type.copy(*message)) == bytes, "copy");
+  ArrayInputStream in(input.data(), static_cast<int>(input.size()), chunk);
+  const auto streamed = type.create();
+  FUZZ_CHECK(streamed->ParsePartialFromZeroCopyStream(&in) == parsed, "read from a stream");
+  message->Clear();
+  FUZZ_CHECK(Bytes(*message).empty(), "clear");
+  if (!parsed) return;
 
- private:
-  void Check(bool condition) const { FUZZ_CHECK(condition, type_.name.data()); }
+  // What Clear() kept for reuse must not show.
+  FUZZ_CHECK(Parse(input, *message) && Bytes(*message) == bytes, "read again");
+  FUZZ_CHECK(Bytes(*streamed) == bytes, "of a stream");
+  Arena arena;
+  MessageLite* on_arena = type.create_on(&arena);
+  FUZZ_CHECK(Parse(bytes, *on_arena) && Bytes(*on_arena) == bytes, "round trip");
+  FUZZ_CHECK(on_arena->IsInitialized() == message->IsInitialized(), "initialized");
+  std::string chunked(bytes.size(), '\0');
+  ArrayOutputStream out(chunked.data(), static_cast<int>(chunked.size()), chunk);
+  FUZZ_CHECK(on_arena->SerializePartialToZeroCopyStream(&out) && chunked == bytes, "stream");
 
-  static bool Parse(std::string_view input, MessageLite& message) {
-    return message.ParsePartialFromArray(input.data(), static_cast<int>(input.size()));
-  }
-
-  // The message's bytes, exactly as many as ByteSizeLong() says.
-  std::string Bytes(const MessageLite& message) const {
-    std::string bytes(message.ByteSizeLong(), '\0');
-    auto* begin = reinterpret_cast<std::uint8_t*>(bytes.data());
-    Check(message.SerializeWithCachedSizesToArray(begin) == begin + bytes.size());
-    return bytes;
-  }
-
-  void CheckRoundTrips(const MessageLite& message, const std::string& bytes) const {
-    const auto again = type_.create();
-    Check(Parse(bytes, *again));
-    Check(Bytes(*again) == bytes);
-    Check(again->IsInitialized() == message.IsInitialized());
-
-    Arena arena;
-    MessageLite* on_arena = type_.create_on(&arena);
-    Check(Parse(bytes, *on_arena));
-    Check(Bytes(*on_arena) == bytes);
-
-    std::string chunked(bytes.size(), '\0');
-    ArrayOutputStream stream(chunked.data(), static_cast<int>(chunked.size()), chunk_);
-    Check(on_arena->SerializePartialToZeroCopyStream(&stream));
-    Check(chunked == bytes);
-
-    // Swapping across arenas copies, swapping on one heap exchanges pointers.
-    const auto other = type_.create();
-    type_.swap(*other, *on_arena);
-    Check(Bytes(*other) == bytes && Bytes(*on_arena).empty());
-    type_.swap(*other, *again);
-    type_.swap(*again, *other);
-    Check(Bytes(*other) == bytes && Bytes(*again) == bytes);
-  }
-
-  void CheckOperations(const MessageLite& message, const std::string& bytes) const {
-    const auto other = type_.create();
-    type_.merge_from(*other, message);
-    Check(Bytes(*other) == bytes);
-    type_.copy_from(*other, *other);
-    Check(Bytes(*other) == bytes);
-
-    // Merging is reading one message's bytes after the other's.
-    type_.merge_from(*other, message);
-    const auto twice = type_.create();
-    Check(Parse(bytes + bytes, *twice));
-    Check(Bytes(*other) == Bytes(*twice));
-
-    type_.copy_from(*other, message);
-    Check(Bytes(*other) == bytes);
-  }
-
-  const MessageType& type_;
-  int chunk_;  // bytes per chunk of a stream
-};
+  // Merging is reading one message's bytes after the other's.
+  const auto twice = type.create();
+  FUZZ_CHECK(Parse(bytes + bytes, *twice), "bytes twice");
+  type.merge_from(*on_arena, *message);
+  FUZZ_CHECK(Bytes(*on_arena) == Bytes(*twice), "merge");
+}
 
 }  // namespace
 }  // namespace virtual_modem::testing
@@ -113,9 +67,7 @@ class MessageChecker {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using virtual_modem::testing::AllMessageTypes;
   if (size < 2) return -1;
-  const std::size_t index = data[0] % AllMessageTypes().size();
-  const int chunk = 1 + data[1];
-  virtual_modem::testing::MessageChecker(index, chunk)
-      .Run({reinterpret_cast<const char*>(data) + 2, size - 2});
+  virtual_modem::testing::Check(AllMessageTypes()[data[0] % AllMessageTypes().size()], 1 + data[1],
+                                {reinterpret_cast<const char*>(data) + 2, size - 2});
   return 0;
 }

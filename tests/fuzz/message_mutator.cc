@@ -1,5 +1,5 @@
-// A mutator that knows the schema: edits an input of message_fuzzer.cc or text_fuzzer.cc field by
-// field, so that most of what it generates still parses.
+// A mutator that knows the wire format: edits an input of message_fuzzer.cc or text_fuzzer.cc field
+// by field and mends lengths, so that most of what it generates still parses.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -8,45 +8,77 @@
 #include <string_view>
 #include <vector>
 
-#include "support/message_types.h"
-#include "support/schema.h"
-#include "wire_reader.h"
+#include "support/wire.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 
 namespace virtual_modem::testing {
 namespace {
 
+// Each takes its bytes off the front of the input; false when they are malformed or end too early.
+bool TakeVarint(std::string_view* in, std::uint64_t* value) {
+  *value = 0;
+  for (unsigned shift = 0; shift < 70 && !in->empty(); shift += 7) {
+    const auto byte = static_cast<unsigned char>(in->front());
+    in->remove_prefix(1);
+    *value |= std::uint64_t{byte & 0x7fU} << shift;
+    if (byte < 0x80) return true;
+  }
+  return false;
+}
+
+bool TakeRaw(std::string_view* in, std::uint64_t size, std::string_view* bytes) {
+  if (size > in->size()) return false;
+  *bytes = in->substr(0, size);
+  in->remove_prefix(size);
+  return true;
+}
+
+// The value after a tag; of a group, whose tags count as fields of their own, there is none.
+bool TakeValue(std::string_view* in, std::uint64_t tag, std::string_view* value) {
+  std::uint64_t number = 0;
+  *value = *in;
+  switch (tag & 7) {
+    case wire::kVarint:
+      if (!TakeVarint(in, &number)) return false;
+      value->remove_suffix(in->size());
+      return true;
+    case wire::kFixed64:
+      return TakeRaw(in, 8, value);
+    case wire::kFixed32:
+      return TakeRaw(in, 4, value);
+    case wire::kBytes:
+      return TakeVarint(in, &number) && TakeRaw(in, number, value);
+    default:
+      *value = {};
+      return true;
+  }
+}
+
 class Mutator {
  public:
   explicit Mutator(unsigned seed) : random_(seed) {}
 
-  // Makes one edit to a payload of that type, or to a sub-message in it.
-  std::string Edit(const MessageSchema& schema, std::string_view payload) {
-    std::vector<std::string> fields = Split(payload);
-    const std::size_t at = Below(fields.size() + 1);
-    if (at == fields.size()) {
-      fields.push_back(RandomField(schema, 0));
-    } else {
-      switch (Below(6)) {
-        case 0:
-          fields.erase(fields.begin() + static_cast<std::ptrdiff_t>(at));
-          break;
-        case 1:
-          fields.insert(fields.begin() + static_cast<std::ptrdiff_t>(at), fields[at]);
-          break;
-        case 2:
-          std::swap(fields[at], fields[Below(fields.size())]);
-          break;
-        case 3:
-          fields.insert(fields.begin() + static_cast<std::ptrdiff_t>(at), RandomField(schema, 0));
-          break;
-        default:
-          fields[at] = EditField(schema, fields[at]);
-      }
+  // Makes one edit to a message, or to one in it.
+  std::string Edit(std::string_view message) {
+    std::vector<std::string> fields = Split(message);
+    if (fields.empty()) return Mutated(message);
+    const auto field = fields.begin() + static_cast<std::ptrdiff_t>(Below(fields.size()));
+    switch (Below(6)) {
+      case 0:
+        fields.erase(field);
+        break;
+      case 1:
+        fields.insert(field, std::string(fields[Below(fields.size())]));
+        break;
+      case 2:
+        std::swap(*field, fields[Below(fields.size())]);
+        break;
+      default:
+        *field = EditField(*field);
     }
     std::string out;
-    for (const std::string& field : fields) out += field;
+    for (const std::string& each : fields) out += each;
     return out;
   }
 
@@ -55,105 +87,44 @@ class Mutator {
   }
 
  private:
-  // The payload cut before every top-level field; malformed rest as one piece.
-  static std::vector<std::string> Split(std::string_view payload) {
+  // The message cut before every field; a malformed rest is one piece.
+  static std::vector<std::string> Split(std::string_view message) {
     std::vector<std::string> fields;
-    while (!payload.empty()) {
-      const std::string_view start = payload;
-      std::uint64_t value = 0;
-      std::string_view bytes;
-      bool whole = wire::TakeVarint(&payload, &value);
-      switch (value & 7) {
-        case wire::kVarint:
-          whole = whole && wire::TakeVarint(&payload, &value);
-          break;
-        case wire::kFixed64:
-          whole = whole && wire::TakeRaw(&payload, 8, &bytes);
-          break;
-        case wire::kFixed32:
-          whole = whole && wire::TakeRaw(&payload, 4, &bytes);
-          break;
-        case wire::kBytes:
-          whole = whole && wire::TakeBytes(&payload, &bytes);
-          break;
-        default:  // a group's tags count as fields of their own
-          break;
-      }
-      if (!whole) payload = {};
-      fields.emplace_back(start.substr(0, start.size() - payload.size()));
+    while (!message.empty()) {
+      const std::string_view start = message;
+      std::uint64_t tag = 0;
+      std::string_view value;
+      if (!TakeVarint(&message, &tag) || !TakeValue(&message, tag, &value)) message = {};
+      fields.emplace_back(start.substr(0, start.size() - message.size()));
     }
     return fields;
   }
 
-  std::string EditField(const MessageSchema& schema, std::string_view field) {
+  std::string EditField(std::string_view field) {
+    std::string_view rest = field;
     std::uint64_t tag = 0;
-    std::string_view payload;
-    if (!wire::TakeVarint(&field, &tag)) return RandomField(schema, 0);
-    const FieldSchema* known = wire::FindField(schema, tag >> 3);
-    if (known == nullptr) return RandomField(schema, 0);
-    if (known->kind == Kind::kMessage && wire::TakeBytes(&field, &payload)) {
-      return wire::BytesField(known->number, Edit(SchemaOf(known->type), payload));
+    std::string_view value;
+    if (!TakeVarint(&rest, &tag) || !TakeValue(&rest, tag, &value)) return Mutated(field);
+    const std::uint64_t type = tag & 7;
+    if (Below(8) == 0) tag ^= std::uint64_t{1} << Below(8);  // another field, or wire type
+    std::string head = wire::Varint(tag);
+    if (type == wire::kVarint) {
+      std::uint64_t number = 0;
+      TakeVarint(&value, &number);
+      LLVMFuzzerMutate(reinterpret_cast<std::uint8_t*>(&number), sizeof number, sizeof number);
+      return head + wire::Varint(number);
     }
-    return RandomKnown(*known, 0);
+    if (type != wire::kBytes) return head + Mutated(value);
+    const std::string edited = Below(2) == 0 ? Edit(value) : Mutated(value);
+    return head + wire::Varint(edited.size()) + edited;
   }
 
-  std::string RandomField(const MessageSchema& schema, int depth) {
-    const std::size_t at = Below(schema.fields.size() + 1);
-    return at < schema.fields.size() ? RandomKnown(schema.fields[at], depth) : RandomUnknown();
-  }
-
-  std::string RandomKnown(const FieldSchema& field, int depth) {
-    if (Below(16) == 0) {  // packed, where it may be so; else of another wire type than declared
-      std::string numbers;
-      for (std::size_t n = Below(4); n > 0; --n) numbers += wire::Varint(RandomNumber(field));
-      return wire::BytesField(field.number, numbers);
-    }
-    if (field.kind == Kind::kString) return wire::BytesField(field.number, RandomBytes());
-    if (field.kind != Kind::kMessage) {
-      return wire::Tag(field.number, wire::kVarint) + wire::Varint(RandomNumber(field));
-    }
-    std::string payload;
-    for (std::size_t n = Below(4); n > 0 && depth < 4; --n) {
-      payload += RandomField(SchemaOf(field.type), depth + 1);
-    }
-    return wire::BytesField(field.number, payload);
-  }
-
-  std::string RandomUnknown() {
-    const int number = static_cast<int>(1 + Below(Below(2) == 0 ? 40 : (1U << 29) - 1));
-    switch (Below(4)) {
-      case 0:
-        return wire::VarintField(number, static_cast<std::int64_t>(Below(1U << 20)));
-      case 1:
-        return wire::BytesField(number, RandomBytes());
-      case 2:
-        return Below(2) == 0 ? wire::Fixed64Field(number) : wire::Fixed32Field(number);
-      default: {
-        const std::string value = wire::VarintField(1, static_cast<int>(Below(1000)));
-        if (Below(4) != 0) return wire::GroupField(number, value);
-        std::string groups = value;  // about as many as parsers take
-        for (std::size_t levels = 98 + Below(4); levels > 0; --levels) {
-          groups = wire::GroupField(number & 15, groups);
-        }
-        return groups;
-      }
-    }
-  }
-
-  std::uint64_t RandomNumber(const FieldSchema& field) {
-    if (field.kind == Kind::kEnum && Below(4) != 0) {
-      const std::vector<EnumValue>& values = SchemaOfEnum(field.type).values;
-      return static_cast<std::uint64_t>(values[Below(values.size())].number) + (Below(8) == 0);
-    }
-    static constexpr std::uint64_t kCorners[] = {
-        0, 1, 127, 128, 0x7fffffff, 0x80000000, 0xffffffff, 0x100000000, ~0ULL, ~0ULL << 31};
-    return Below(2) == 0 ? Below(1000) : kCorners[Below(std::size(kCorners))];
-  }
-
-  std::string RandomBytes() {
-    std::string bytes(Below(Below(8) == 0 ? 200 : 20), '\0');
-    for (char& byte : bytes) byte = static_cast<char>(Below(256));
-    return bytes;
+  static std::string Mutated(std::string_view bytes) {
+    std::string out(bytes);
+    out.resize(bytes.size() + 16);
+    out.resize(
+        LLVMFuzzerMutate(reinterpret_cast<std::uint8_t*>(out.data()), bytes.size(), out.size()));
+    return out;
   }
 
   std::minstd_rand random_;
@@ -167,15 +138,11 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
   virtual_modem::testing::Mutator mutator(seed);
   // Plain mutations find what a field-wise editor cannot make.
   if (size < 2 || mutator.Below(4) == 0) return LLVMFuzzerMutate(data, size, max_size);
-  if (mutator.Below(16) == 0) data[1] = static_cast<std::uint8_t>(mutator.Below(256));
-  if (mutator.Below(16) == 0) data[0] = static_cast<std::uint8_t>(mutator.Below(256));
-  const auto& types = virtual_modem::testing::AllMessageTypes();
-  const auto& schema = virtual_modem::testing::SchemaOf(types[data[0] % types.size()].name);
-  std::string payload(reinterpret_cast<const char*>(data) + 2, size - 2);
+  std::string message(reinterpret_cast<const char*>(data) + 2, size - 2);
   for (std::size_t edits = 1 + mutator.Below(3); edits > 0; --edits) {
-    payload = mutator.Edit(schema, payload);
+    message = mutator.Edit(message);
   }
-  if (payload.size() > max_size - 2) return LLVMFuzzerMutate(data, size, max_size);
-  std::copy(payload.begin(), payload.end(), data + 2);
-  return payload.size() + 2;
+  if (message.size() > max_size - 2) return LLVMFuzzerMutate(data, size, max_size);
+  std::copy(message.begin(), message.end(), data + 2);
+  return message.size() + 2;
 }
