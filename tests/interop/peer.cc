@@ -1,9 +1,16 @@
-// The library's end of a conversation with another implementation. Reads records from stdin until
-// its end and answers each on stdout; peer.py speaks for the other side.
+// The library's end of a conversation with other implementations. Reads records from stdin until
+// its end: type name and bytes. Answers each on stdout; peer.py speaks for the other side:
 //
-// Record: type name and bytes. Answer: a byte of flags (1 accepted, 2 accepted and initialized),
-// then the bytes that the library writes of what it read. Names and bytes are sized records.
+//   "initialized", "accepted" when required fields are missing, or "refused"
+//   the bytes that the library writes of what it read
+//   shown on one line, shown on many lines, masked on one line
+//   masked bytes
+//   missing fields, a line each
+//
+// For what is refused, the texts and the masked bytes are those of the bytes. Names, bytes and
+// answers are sized records.
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <virtual_modem/text.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -17,6 +24,8 @@
 namespace virtual_modem::testing {
 namespace {
 
+constexpr TextOptions kTexts[] = {{true, true, 0}, {true, false, 0}, {false, true, 0}};
+
 // Through a stream in pieces so small that every field crosses from one to the next.
 bool ParsesAlikeInPieces(const MessageType& type, const std::string& bytes, bool accepted,
                          const std::string& written) {
@@ -26,10 +35,10 @@ bool ParsesAlikeInPieces(const MessageType& type, const std::string& bytes, bool
          (!accepted || message->SerializePartialAsString() == written);
 }
 
-int Answer(std::istream& in, std::ostream& out) {
-  while (const std::optional<std::string> name = ReadSized(in)) {
+int Answer() {
+  while (const std::optional<std::string> name = ReadSized(std::cin)) {
     const MessageType* const type = FindMessageType(*name);
-    const std::optional<std::string> bytes = ReadSized(in);
+    const std::optional<std::string> bytes = ReadSized(std::cin);
     if (type == nullptr || !bytes) {
       std::cerr << "peer: bad record, type '" << *name << "'\n";
       return EXIT_FAILURE;
@@ -41,9 +50,17 @@ int Answer(std::istream& in, std::ostream& out) {
       std::cerr << "peer: a stream in pieces is read otherwise, type '" << *name << "'\n";
       return EXIT_FAILURE;
     }
-    const bool initialized = accepted && message->IsInitialized();
-    out.put(static_cast<char>((accepted ? 1 : 0) | (initialized ? 2 : 0)));
-    WriteSized(out, written);
+    WriteSized(std::cout, !accepted                  ? "refused"
+                          : message->IsInitialized() ? "initialized"
+                                                     : "accepted");
+    WriteSized(std::cout, written);
+    for (const TextOptions& options : kTexts) {
+      WriteSized(std::cout, accepted ? ToText(*message, options) : ToText(*name, *bytes, options));
+    }
+    WriteSized(std::cout, accepted ? MaskedBytes(*message) : MaskedBytes(*name, *bytes));
+    std::string missing;
+    for (const std::string& path : MissingFields(*message)) missing += path + "\n";
+    WriteSized(std::cout, missing);
   }
   return EXIT_SUCCESS;
 }
@@ -53,5 +70,5 @@ int Answer(std::istream& in, std::ostream& out) {
 
 int main() {
   std::ios::sync_with_stdio(false);
-  return virtual_modem::testing::Answer(std::cin, std::cout);
+  return virtual_modem::testing::Answer();
 }

@@ -2,6 +2,15 @@
 import dataclasses
 import struct
 import subprocess
+import typing
+
+
+class Texts(typing.NamedTuple):
+    line: bytes
+    lines: bytes
+    masked_line: bytes
+    masked: bytes
+    missing: bytes
 
 
 @dataclasses.dataclass(frozen=True)
@@ -9,6 +18,7 @@ class Answer:
     accepted: bool
     initialized: bool
     data: bytes  # what the library writes of what it read; empty when not accepted
+    texts: Texts | None = dataclasses.field(default=None, compare=False)
 
 
 def ask(program: str, questions: list[tuple[str, bytes]]) -> list[Answer]:
@@ -16,12 +26,13 @@ def ask(program: str, questions: list[tuple[str, bytes]]) -> list[Answer]:
     request = b"".join(struct.pack("<I", len(part)) + part
                        for name, data in questions for part in (name.encode(), data))
     reply = subprocess.run([program], input=request, stdout=subprocess.PIPE, check=True).stdout
-    answers, at = [], 0
+    records, at = [], 0
     while at < len(reply):
-        flags, size = struct.unpack_from("<BI", reply, at)
-        at += 5
-        answers.append(Answer(bool(flags & 1), bool(flags & 2), reply[at:at + size]))
-        at += size
+        size, = struct.unpack_from("<I", reply, at)
+        records.append(reply[at + 4:at + 4 + size])
+        at += 4 + size
+    answers = [Answer(state != b"refused", state == b"initialized", data, Texts(*texts))
+               for state, data, *texts in zip(*[iter(records)] * 7)]
     if len(answers) != len(questions):
         raise ValueError(f"{len(questions)} questions, {len(answers)} answers")
     return answers
