@@ -6,13 +6,11 @@
 #include <functional>
 #include <new>
 #include <string>
-#include <utility>
 
 #include "bounds/counting_allocator.h"
 #include "support/message_types.h"
 #include "support/samples.h"
 #include "support/wire.h"
-#include "virtual_modem/radio.pb.h"
 
 namespace virtual_modem::testing {
 namespace {
@@ -59,44 +57,8 @@ TEST(AllocationFailure, PassesThroughTheLibrary) {
     });
     FailEach("copy", copy, [&] { type.copy(*message); });
     FailEach("merge", copy, [&] { type.merge_from(*type.create(), *message); });
-    FailEach("swap across arenas", copy, [&] {
-      Arena arena;
-      type.swap(*type.copy(*message), *type.create_on(&arena));
-    });
-    FailEach("copy on an arena", 0, [&] {
-      Arena arena;
-      type.copy_from(*type.create_on(&arena), *message);
-    });
     FailEach("serialize", 0, [&] { message->SerializeAsString(); });
   }
-}
-
-// A setter that throws leaves the field present, with its old value.
-TEST(AllocationFailure, InASetterLeavesTheFieldPresentAndUnchanged) {
-  Dial dial;
-  const std::string number(100, '1');
-  {
-    const FailingAllocations failing(1);
-    EXPECT_THROW(dial.set_address(number), std::bad_alloc);
-  }
-  EXPECT_TRUE(dial.has_address());
-  EXPECT_EQ(dial.address(), "");
-  dial.set_address(number);
-  EXPECT_EQ(dial.address(), number);
-}
-
-// Moving between arenas copies, yet is noexcept.
-TEST(AllocationFailureDeathTest, InAMoveAcrossArenasEndsTheProcess) {
-  Arena arena;
-  Dial* on_arena = Arena::CreateMessage<Dial>(&arena);
-  on_arena->set_address(std::string(100, '1'));
-  EXPECT_DEATH(
-      {
-        Dial dial;
-        const FailingAllocations failing(1);
-        dial = std::move(*on_arena);
-      },
-      "bad_alloc");
 }
 
 }  // namespace

@@ -60,46 +60,20 @@ std::string EncodeField(const FieldSchema& field, const Recipe& recipe) {
 
 }  // namespace
 
-std::vector<std::string> EncodeParts(const MessageSchema& message, const Recipe& recipe) {
-  std::vector<std::string> parts;
-  for (const FieldSchema& field : message.fields) {
-    const bool on_path = !recipe.omit.empty() && recipe.omit.front() == &field;
-    if (on_path && recipe.omit.size() == 1) continue;
-    if (recipe.required_only && field.label != Label::kRequired) continue;
-    Recipe below = recipe;
-    below.omit.clear();
-    Recipe last = below;
-    if (on_path) last.omit.assign(recipe.omit.begin() + 1, recipe.omit.end());
-    if (field.label == Label::kRepeated) {
-      for (const Values values : recipe.values) {
-        below.values = last.values = {values};
-        parts.push_back(EncodeField(field, below));
-        parts.push_back(EncodeField(field, last));
-      }
-    } else {
-      parts.push_back(EncodeField(field, last));
-    }
-  }
-  return parts;
-}
-
 std::string Encode(const MessageSchema& message, const Recipe& recipe) {
   std::string bytes;
-  for (const std::string& part : EncodeParts(message, recipe)) bytes += part;
-  return bytes;
-}
-
-std::vector<FieldPath> RequiredPaths(const MessageSchema& message) {
-  std::vector<FieldPath> paths;
   for (const FieldSchema& field : message.fields) {
-    if (field.label == Label::kRequired) paths.push_back({&field});
-    if (field.kind != Kind::kMessage) continue;
-    for (FieldPath& below : RequiredPaths(SchemaOf(field.type))) {
-      below.insert(below.begin(), &field);
-      paths.push_back(std::move(below));
+    if (recipe.required_only && field.label != Label::kRequired) continue;
+    if (field.label != Label::kRepeated) {
+      bytes += EncodeField(field, recipe);
+      continue;
+    }
+    for (const Values values : recipe.values) {
+      const std::string element = EncodeField(field, {{values}, recipe.required_only});
+      bytes += element + element;
     }
   }
-  return paths;
+  return bytes;
 }
 
 }  // namespace virtual_modem::testing

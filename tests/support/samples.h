@@ -16,22 +16,13 @@ enum class Values : std::uint8_t {
   kLow,   // the smallest numbers (2^31 where unsigned), true, another string
 };
 
-// A way down to a field: the sub-message fields passed through, then the field itself.
-using FieldPath = std::vector<const FieldSchema*>;
-
 struct Recipe {
   // More than one: the bytes of those samples merged in that order.
   std::vector<Values> values;
   bool required_only = false;
-  // This field is left out; where the way leads through a repeated field, of its last element only.
-  FieldPath omit = {};
 };
 
-// Canonical bytes: fields in number order. One string per field occurrence, or all in one.
-std::vector<std::string> EncodeParts(const MessageSchema& message, const Recipe& recipe);
+// Canonical bytes: fields in number order.
 std::string Encode(const MessageSchema& message, const Recipe& recipe);
-
-// Every field whose absence leaves the message uninitialized, at any depth.
-std::vector<FieldPath> RequiredPaths(const MessageSchema& message);
 
 }  // namespace virtual_modem::testing
