@@ -63,6 +63,12 @@ Unknown fields of every wire type, and declared fields with a wrong one:
   # unknown field 11 at byte 20, length-delimited, 3 bytes with its tag
   # unknown field 12 at byte 23, group, 4 bytes with its tag
   # unknown field 13 at byte 27, 32-bit, 5 bytes with its tag
+  $ nested() { if [ $1 -gt 0 ]; then size=$((2 * $1)); printf '7a%02x%s' $size "$(nested $(($1 - 1)))"; else echo 0801; fi; }
+  $ for depth in 10 11; do echo "0801 1003 1801 $(nested $depth)" | inspect decode Hangup | grep -A 1 ': "\|1: 1'; done
+                      1: 1
+                    }
+                      15: "\010\001"
+                    }
   $ echo '0801 10 05 1a0131 2a00 22 0131' | inspect decode Dial | tail -n 4
   virtual-modem-inspect: standard input: not a valid Dial (required fields missing: 1, wrong wire types: 1)
   uusinfo {

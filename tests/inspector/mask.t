@@ -74,8 +74,6 @@ frame of a recording no string and no list of numbers:
   gsmindex: 1
   virtual-modem-inspect: stream: 1 of 2 messages are not shown, as they do not fit Hangup
   [1]
-  $ echo '08 0801 1005 1801 4801' | xxd -r -p | inspect decode --redact --delimited Hangup 2>&1 | tail -n 1
-  virtual-modem-inspect: standard input: 1 of 1 messages are not shown, as they do not fit Hangup
   $ echo 0801 1005 1801 4801 | inspect decode --redact Hangup
   # not shown, as it does not fit the type: unknown fields: 1
   virtual-modem-inspect: standard input: not shown, as it does not fit Hangup (unknown fields: 1); --trust-type masks it all the same, and shows what is another type's

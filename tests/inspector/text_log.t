@@ -18,10 +18,6 @@
   - > Hangup - 0 B  # the longest run of hex, at column 5, has 11 digits: half a byte is missing; missing required platformtype; missing required serial; missing required gsmindex
   - < GetCurrentCallsResponse #4 12 B platformtype: QCOM serial: 4 error: RADIO_E_SUCCESS calls { state: RADIO_CALL_ACTIVE index: 1 } # the log holds the beginning only; missing required calls[0].toa; missing required calls[0].ismpty; missing required calls[0].ismt; missing required calls[0].als; missing required calls[0].isvoice; missing required calls[0].isvoiceprivacy; missing required calls[0].number; missing required calls[0].numberpresentation; missing required calls[0].name; missing required calls[0].namepresentation
   virtual-modem-inspect: modem.log: passed over lines without the type and the content of a message: 1
-  $ inspect log --pairs modem.log 2>/dev/null | head -n 3
-  11-21 18:07:01.123 #3 Dial: no response
-  11-21 18:07:01.124 #3 Dial > NoResultResponse RADIO_E_SUCCESS after 126.000 ms
-  - #4 GetCurrentCallsResponse RADIO_E_SUCCESS: no request
   $ printf 'nothing of that kind' | inspect log
   virtual-modem-inspect: standard input: no message in it; lines without the type and the content of a message: 1
   [1]
