@@ -1,6 +1,6 @@
 // A dialer on examples/client: it dials, follows the call, hangs up and asks why the call ended.
 // docs/integration.md gives the reasons.
-// Usage: integration_client SOCKET NUMBER [CAPTURE [FIRST_SERIAL]]
+// Usage: integration_client SOCKET NUMBER [CAPTURE]
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -10,14 +10,11 @@
 #include <virtual_modem/types.h>
 
 #include <cerrno>
-#include <charconv>
 #include <chrono>
-#include <cstdint>
 #include <cstring>
 #include <iostream>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "client/client.h"
 
@@ -147,11 +144,8 @@ int Connect(std::string_view path) {
 }
 
 int Main(int argc, char** argv) {
-  const std::string_view serial = argc > 4 ? argv[4] : "1";
-  std::int32_t first_serial = 0;
-  const auto [end, error] = std::from_chars(serial.begin(), serial.end(), first_serial);
-  if (argc < 3 || argc > 5 || error != std::errc() || end != serial.end() || first_serial < 1) {
-    std::cerr << "usage: integration_client SOCKET NUMBER [CAPTURE [FIRST_SERIAL]]\n";
+  if (argc < 3 || argc > 4) {
+    std::cerr << "usage: integration_client SOCKET NUMBER [CAPTURE]\n";
     return 2;
   }
   virtual_modem::CaptureWriter capture;
@@ -166,7 +160,7 @@ int Main(int argc, char** argv) {
   }
   Console console(capture);
   Endpoint endpoint(socket, Direction::kToModem, kTimeout, console);
-  Client client(endpoint, console, kTimeout, first_serial);
+  Client client(endpoint, console, kTimeout);
   PhoneCall call(client);
   call.Dial(argv[2]);
   client.Run([&call] { return call.done(); });

@@ -1,34 +1,26 @@
-// The telephony side of a scenario, step by step: each step waits for its result.
+// The telephony side: scenarios, step by step; each step waits for its result.
 #pragma once
 
 #include <virtual_modem/radio.pb.h>
 
+#include <array>
 #include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
-#include "call_exchange/timeline.h"
 #include "client/client.h"
 
 namespace example {
 
-// What the user may set.
-struct Settings {
-  std::string number = "+861012345678";
-  Clir clir = CLIR_DEFAULT;
-};
-
 class Telephony {
  public:
-  Telephony(Endpoint& endpoint, Timeline& timeline, std::chrono::milliseconds timeout,
-            Settings settings);
-
-  const Settings& settings() const { return settings_; }
-  Timeline& timeline() { return timeline_; }
+  Telephony(Endpoint& endpoint, Log& log, std::chrono::milliseconds timeout);
 
   void Send(const MessageLite& message) { endpoint_.Send(message); }
+  void Note(const std::string& text) { log_.Note(text); }
 
   // The next message that answers no request, which must be an M, and complete unless `partial`.
   // Throws std::runtime_error otherwise, as do the functions below.
@@ -72,11 +64,17 @@ class Telephony {
   std::unique_ptr<MessageLite> Next();
 
   Endpoint& endpoint_;
-  Timeline& timeline_;
+  Log& log_;
   const std::chrono::milliseconds timeout_;
-  const Settings settings_;
   Client client_;
   std::deque<std::unique_ptr<MessageLite>> news_;
 };
+
+struct Scenario {
+  std::string_view name;
+  std::string_view what;
+  void (*play)(Telephony& telephony);  // throws std::runtime_error
+};
+extern const std::array<Scenario, 5> kScenarios;
 
 }  // namespace example

@@ -1,21 +1,16 @@
 // The client and the example exchange under fault: whatever the other side does, each side ends
-// with a clear error or goes on as documented; none hangs, and no descriptor or child is left over.
+// with a clear error or goes on as documented; none hangs.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/wait.h>
 #include <unistd.h>
-#include <virtual_modem/conference.pb.h>
 #include <virtual_modem/testing.h>
 
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <functional>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -24,23 +19,16 @@
 #include <thread>
 #include <vector>
 
-#include "call_exchange/modem/modem.h"
-#include "call_exchange/options.h"
-#include "call_exchange/processes.h"
-#include "call_exchange/scenarios.h"
+#include "call_exchange/modem.h"
+#include "call_exchange/telephony.h"
 
 namespace example {
 namespace {
 
 using std::chrono::milliseconds;
-using std::string_literals::operator""s;
-using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::ThrowsMessage;
 
 // Long enough never to run out on a busy machine: a test in which it does has found a hang.
 constexpr milliseconds kNoHang{20'000};
@@ -48,11 +36,11 @@ constexpr milliseconds kShort{50};
 
 class Notes : public Log {
  public:
-  // Kills the process at its message number `last`, counted from 1 in both directions.
+  // Throws at its message number `last`, counted from 1 in both directions.
   explicit Notes(int last = 0) : left_(last) {}
 
   void Passed(Direction, const Frame& frame, const MessageLite* message) override {
-    if (--left_ == 0) raise(SIGKILL);
+    if (--left_ == 0) throw std::runtime_error("killed");
     if (message == nullptr) Note("ignored: " + std::string(frame.type));
   }
   void Note(const std::string& text) override { all.push_back(text); }
@@ -63,68 +51,50 @@ class Notes : public Log {
   int left_;
 };
 
-// Both sides with all scenarios; killed at that message, 0 for never.
-Side TelephonyKilledAt(int message) {
-  return [message](int socket) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> nowhere(std::fopen("/dev/null", "w"),
-                                                                  &std::fclose);
-    Timeline timeline(nowhere.get(), {});
-    Notes notes(message);
-    Endpoint endpoint(socket, Direction::kToModem, kNoHang, notes);
-    Telephony telephony(endpoint, timeline, kNoHang, {});
-    for (const Scenario& scenario : kScenarios) scenario.play(telephony);
-  };
+std::array<int, 2> Sockets(int kind) {
+  std::array<int, 2> sockets{};
+  EXPECT_EQ(socketpair(AF_UNIX, kind, 0, sockets.data()), 0);
+  return sockets;
 }
 
-Side ModemKilledAt(int message) {
-  return [message](int socket) {
-    Notes notes(message);
-    Endpoint endpoint(socket, Direction::kToTelephony, kNoHang, notes);
-    Modem(endpoint).Serve(kNoHang);
-  };
+template <typename Play>
+std::string ErrorOf(const Play& play) {
+  try {
+    play();
+    return "";
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
 }
 
-const Side kTelephony = TelephonyKilledAt(0);
-const Side kModem = ModemKilledAt(0);
-
-class ExchangeTest : public ::testing::Test {
- protected:
-  static std::ptrdiff_t OpenDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  }
-
-  void TearDown() override {
-    EXPECT_EQ(OpenDescriptors(), descriptors_);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
-  }
-
-  // What the sides write to standard error; at least one of them must fail.
-  static std::string Errors(const Side& stays, const Side& child, int kind = SOCK_SEQPACKET,
-                            milliseconds timeout = kNoHang) {
-    ::testing::internal::CaptureStderr();
-    EXPECT_EQ(RunPair(stays, child, kind, timeout), 1);
-    return ::testing::internal::GetCapturedStderr();
-  }
-
- private:
-  std::ptrdiff_t descriptors_ = OpenDescriptors();
-};
-
-TEST_F(ExchangeTest, EitherSideKilledAtEveryStep) {
+// A side that is killed closes its end, read to its end or not.
+TEST(Exchange, EitherSideKilledAtEveryStep) {
   constexpr int kMessages = 62;
   int lost_calls = 0;
-  for (int step = 1; step <= kMessages; ++step) {
-    const int kind = step % 2 == 0 ? SOCK_SEQPACKET : SOCK_STREAM;
-    std::string errors = Errors(kTelephony, ModemKilledAt(step), kind);
-    EXPECT_THAT(errors, EndsWith("modem was ended by signal 9\n")) << step;
-    EXPECT_THAT(errors, AllOf(HasSubstr("telephony: "), HasSubstr(": the other side closed it\n")))
-        << step;
-    // The sides change places: the modem side is the one that stays and is looked at.
-    errors = Errors(kModem, TelephonyKilledAt(step), kind);
-    EXPECT_THAT(errors, EndsWith("modem was ended by signal 9\n")) << step;
-    EXPECT_THAT(errors, Not(HasSubstr("sent nothing"))) << step;
-    if (errors.find("the telephony side is gone during a call\n") != std::string::npos) {
-      ++lost_calls;
+  for (int step = 1; step <= 2 * kMessages; ++step) {
+    const auto sockets = Sockets(step % 4 < 2 ? SOCK_SEQPACKET : SOCK_STREAM);
+    const bool kills_modem = step % 2 == 0;
+    std::string modem_says;
+    std::thread modem([&] {
+      modem_says = ErrorOf([&] {
+        Notes notes(kills_modem ? step / 2 : 0);
+        Endpoint endpoint(sockets[1], Direction::kToTelephony, kNoHang, notes);
+        Modem(endpoint).Serve(kNoHang);
+      });
+    });
+    const std::string telephony_says = ErrorOf([&] {
+      Notes notes(kills_modem ? 0 : (step + 1) / 2);
+      Endpoint endpoint(sockets[0], Direction::kToModem, kNoHang, notes);
+      Telephony telephony(endpoint, notes, kNoHang);
+      for (const Scenario& scenario : kScenarios) scenario.play(telephony);
+    });
+    modem.join();
+    if (kills_modem) {
+      EXPECT_EQ(modem_says, "killed") << step;
+      EXPECT_THAT(telephony_says, EndsWith(": the other side closed it")) << step;
+    } else {
+      EXPECT_EQ(telephony_says, "killed") << step;
+      if (modem_says == "the telephony side is gone during a call") ++lost_calls;
     }
   }
   EXPECT_GT(lost_calls, 0);
@@ -134,8 +104,7 @@ TEST_F(ExchangeTest, EitherSideKilledAtEveryStep) {
 // One end of a pair of sockets as it is, and an endpoint at the other.
 struct Link {
   explicit Link(int kind = SOCK_SEQPACKET, milliseconds patience = kNoHang) {
-    std::array<int, 2> sockets{};
-    EXPECT_EQ(socketpair(AF_UNIX, kind, 0, sockets.data()), 0);
+    const auto sockets = Sockets(kind);
     raw = sockets[0];
     endpoint_socket = sockets[1];
     endpoint.emplace(sockets[1], Direction::kToModem, patience, notes);
@@ -144,8 +113,8 @@ struct Link {
   void Write(std::string_view bytes) const {
     EXPECT_EQ(send(raw, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
   }
-  std::string Receive() {
-    const auto received = endpoint->Receive(Clock::now() + kShort);
+  std::string Receive(milliseconds wait = kShort) {
+    const auto received = endpoint->Receive(Clock::now() + wait);
     return received ? received->type->name : endpoint->why_ended();
   }
 
@@ -161,7 +130,7 @@ std::string FrameOf(std::string_view type, std::string_view message) {
   return bytes;
 }
 
-TEST_F(ExchangeTest, WhatIsNoFrameEndsTheConnection) {
+TEST(Exchange, WhatIsNoFrameEndsTheConnection) {
   const std::string dial = FrameOf("Dial", "\x08\x01");
   const struct {
     int kind;
@@ -188,14 +157,14 @@ TEST_F(ExchangeTest, WhatIsNoFrameEndsTheConnection) {
 }
 
 // What is a frame but no message of here is passed over; a stream may bring it in pieces.
-TEST_F(ExchangeTest, PassesOverWhatItCannotRead) {
+TEST(Exchange, PassesOverWhatItCannotRead) {
   for (const int kind : {SOCK_SEQPACKET, SOCK_STREAM}) {
     Link link(kind);
     const std::string bytes =
         FrameOf("Dail", "") + FrameOf("Dial", "\x1a\x7f") + FrameOf("Hangup", "\x08\x01");
     const std::size_t piece = kind == SOCK_STREAM ? 1 : bytes.size();
     for (std::size_t at = 0; at < bytes.size(); at += piece) {
-      EXPECT_EQ(link.Receive(), "");
+      EXPECT_EQ(link.Receive(milliseconds(0)), "");
       link.Write(bytes.substr(at, piece));
     }
     EXPECT_EQ(link.Receive(), "Hangup");
@@ -203,7 +172,7 @@ TEST_F(ExchangeTest, PassesOverWhatItCannotRead) {
   }
 }
 
-TEST_F(ExchangeTest, PeerThatIsGoneOrTakesNothing) {
+TEST(Exchange, PeerThatIsGoneOrTakesNothing) {
   const auto before = std::signal(SIGPIPE, SIG_DFL);  // whatever the caller of the test ignores
   for (const int kind : {SOCK_SEQPACKET, SOCK_STREAM}) {
     Link full(kind, kShort);
@@ -223,13 +192,9 @@ TEST_F(ExchangeTest, PeerThatIsGoneOrTakesNothing) {
     EXPECT_TRUE(too_large.endpoint->connected());
   }
   std::signal(SIGPIPE, before);
-  Notes notes;
-  Endpoint file(open("/dev/null", O_RDWR), Direction::kToModem, kNoHang, notes);
-  EXPECT_FALSE(file.Send(Dial()));
-  EXPECT_EQ(file.why_ended(), "Socket operation on non-socket");
 }
 
-TEST_F(ExchangeTest, StreamTakesAMessageInPieces) {
+TEST(Exchange, StreamTakesAMessageInPieces) {
   Link link(SOCK_STREAM);
   constexpr int kSmall = 2048;
   setsockopt(link.endpoint_socket, SOL_SOCKET, SO_SNDBUF, &kSmall, sizeof(kSmall));
@@ -249,7 +214,7 @@ TEST_F(ExchangeTest, StreamTakesAMessageInPieces) {
 }
 
 // Signals neither end a wait nor lengthen it.
-TEST_F(ExchangeTest, WaitUnderSignals) {
+TEST(Exchange, WaitUnderSignals) {
   struct sigaction before {};
   struct sigaction ignore {};
   ignore.sa_handler = [](int) {};
@@ -265,7 +230,7 @@ TEST_F(ExchangeTest, WaitUnderSignals) {
   sigaction(SIGALRM, &before, nullptr);
 }
 
-TEST_F(ExchangeTest, SeveralRequestsExpireAtOnce) {
+TEST(Exchange, SeveralRequestsExpireAtOnce) {
   Link link;
   Client client(*link.endpoint, link.notes, milliseconds(1), INT32_MAX);
   int answers = 0;
@@ -288,91 +253,30 @@ TEST_F(ExchangeTest, SeveralRequestsExpireAtOnce) {
                                           "request 2147483647 timed out", "request 3 timed out"));
 }
 
-using Change = std::function<void(MessageLite&)>;
-
-// Changes messages of the type, and no others.
-template <typename M>
-Change In(void (*change)(M&)) {
-  return [change](MessageLite& message) {
-    if (M* found = virtual_modem::As<M>(message)) change(*found);
-  };
-}
-
-// The answers of a modem in this process to one message.
-class AnswersOf {
- public:
-  AnswersOf()
-      : modem_(*link_.endpoint), client_(dup(link_.raw), Direction::kToModem, kNoHang, notes_) {}
-
-  std::vector<Endpoint::Received> To(const MessageLite& message,
-                                     Operation operation = Operation::kByType) {
-    EXPECT_TRUE(client_.Send(message, operation));
-    modem_.Take(*link_.endpoint->Receive(Clock::now() + kNoHang));
-    std::vector<Endpoint::Received> answers;
-    while (auto answer = client_.Receive(Clock::now())) answers.push_back(std::move(*answer));
-    return answers;
-  }
-
- private:
-  Notes notes_;
-  Link link_;
-  Modem modem_;
-  Endpoint client_;
-};
-
-// The modem, but what it sends is changed in transit.
-Side ModemWith(const Change& change) {
-  return [change](int socket) {
-    Notes notes;
-    Endpoint telephony(socket, Direction::kToTelephony, kNoHang, notes);
-    AnswersOf modem;
-    while (const auto request = telephony.Receive(Clock::now() + kNoHang)) {
-      for (const auto& answer : modem.To(*request->message, request->operation)) {
-        change(*answer.message);
-        telephony.Send(*answer.message, answer.operation);
-      }
-    }
-  };
-}
-
-TEST_F(ExchangeTest, TelephonySaysWhatIsWrongWithAnAnswer) {
+TEST(Exchange, TelephonySaysWhatIsWrong) {
+  const auto ask = [](Telephony& telephony) { telephony.Ask<NoResultResponse>(Dial()); };
+  const auto expect = [](Telephony& telephony) { telephony.Expect<Dial>(); };
   const struct {
-    Change change;
+    void (*play)(Telephony&);
+    std::string from_modem;
     const char* error;
   } faults[] = {
-      {In<RegistrationResponse>([](auto& m) { m.clear_regstate(); }),
-       "no usable answer to NoParmRequest"},
-      {In<NoResultResponse>([](auto& m) { m.set_error(RADIO_E_SIM_BUSY); }),
-       "Dial ended with RADIO_E_SIM_BUSY"},
-      {In<GetCurrentCallsResponse>([](auto& m) { m.clear_calls(); }),
-       "the call is not RADIO_CALL_DIALING"},
-      {In<VoiceRadioTechChanged>([](auto& m) { m.mutable_unknown_fields()->clear(); }),
-       "a newer peer's message was changed in transit"},
-      {In<CdmaSmsMessage>([](auto& m) { m.set_bearerdata(2, 0x20); }),
-       "the incoming short message is not one that was delivered"},
-      {In<CdmaSmsMessage>([](auto& m) { m.mutable_bearerdata()->Truncate(2); }),
-       "the incoming short message is not one that was delivered"},
-      {In<CdmaSmsMessage>([](auto& m) { m.clear_address(); }),
-       "the CdmaSmsMessage received lacks a required field"},
-      {In<ImsCallStateChanged>([](auto& m) { m.clear_calls(); }), "the call dialed is not listed"},
-      {In<ImsCallStateChanged>([](auto& m) { m.mutable_calls(0)->set_callrat(CALL_RAT_LTE); }),
-       "a call has not moved to Wi-Fi"},
-      {In<HandoverInfo>([](auto& m) { m.set_type(VIR_START); }),
-       "the handover is not at VIR_COMPLETE_SUCCESS"},
-      {In<EconfResultIndication>([](auto& m) { m.set_joinedcallid("1"); }),
-       "call 2 has not joined the conference"},
-      {In<share::MasterSlaveShareConfirmRsp>([](auto& m) { m.set_result(false); }),
-       "the slave declines the share"},
-      {In<share::MasterSlaveNetworkInfoResp>([](auto& m) { m.set_value2(1); }),
-       "the slave cannot use the network"},
-      {In<share::SlaveMasterShareDataChange>([](auto& m) { m.set_result(false); }),
-       "the slave is not connected"},
-      {In<share::SlaveDeactivateDataCallRequest>([](auto& m) { m.set_value2(2); }),
-       "the slave deactivates another data call"},
+      {ask, FrameOf("NoResultResponse", "\x08\x01\x10\x01"), "no usable answer to Dial"},
+      {ask, FrameOf("NoResultResponse", "\x08\x01\x10\x01\x18\x01"),
+       "Dial ended with RADIO_E_RADIO_NOT_AVAILABLE"},
+      {expect, FrameOf("Hangup", "\x08\x01"), "awaited Dial, got Hangup"},
+      {expect, FrameOf("Dial", "\x08\x01"), "the Dial received lacks a required field"},
+      {expect, "", "the modem sent nothing"},
   };
-  for (const auto& [change, error] : faults) {
-    EXPECT_EQ(Errors(kTelephony, ModemWith(change)), "call_exchange: telephony: "s + error + '\n');
+  for (const auto& [play, from_modem, error] : faults) {
+    Link link;
+    Telephony telephony(*link.endpoint, link.notes, kShort);
+    if (!from_modem.empty()) link.Write(from_modem);
+    EXPECT_EQ(ErrorOf([&, play = play] { play(telephony); }), error);
   }
+  Link link;
+  EXPECT_EQ(ErrorOf([&] { Modem(*link.endpoint).Serve(kShort); }),
+            "the telephony side sent nothing");
 }
 
 template <typename Request>
@@ -383,105 +287,51 @@ Request Header(std::int32_t serial) {
   return request;
 }
 
-class ModemTest : public ExchangeTest {
- protected:
-  // The one answer to the message.
-  static std::unique_ptr<MessageLite> AnswerTo(const MessageLite& message) {
-    auto answers = AnswersOf().To(message);
-    EXPECT_EQ(answers.size(), 1U);
-    return std::move(answers.at(0).message);
-  }
-};
-
-template <typename Response>
-Response SmsRefused(Radio_Errno error) {
-  auto response = Header<Response>(8);
-  response.set_error(error);
-  SmsResult& result = *response.mutable_result();
-  result.set_messageref(0);
-  result.set_ackpdu("");
-  result.set_errorcode(0);
-  return response;
+// The modem's answers to one message.
+std::vector<std::unique_ptr<MessageLite>> AnswersTo(const MessageLite& message) {
+  Link link;
+  Notes notes;
+  Endpoint client(dup(link.raw), Direction::kToModem, kNoHang, notes);
+  EXPECT_TRUE(client.Send(message));
+  Modem(*link.endpoint).Take(*link.endpoint->Receive(Clock::now() + kNoHang));
+  std::vector<std::unique_ptr<MessageLite>> answers;
+  while (auto answer = client.Receive(Clock::now())) answers.push_back(std::move(answer->message));
+  return answers;
 }
 
-TEST_F(ModemTest, RefusesInTheResponseAwaited) {
+std::unique_ptr<MessageLite> AnswerTo(const MessageLite& message) {
+  auto answers = AnswersTo(message);
+  EXPECT_EQ(answers.size(), 1U);
+  return std::move(answers.at(0));
+}
+
+TEST(Modem, RefusesInTheResponseAwaited) {
   auto mute = Header<SetMute>(7);
   mute.set_enable(true);
   auto refused = Header<NoResultResponse>(7);
   refused.set_error(RADIO_E_REQUEST_NOT_SUPPORTED);
   EXPECT_EQ(*AnswerTo(mute), refused);
 
-  const Radio_Errno incomplete = RADIO_E_INVALID_ARGUMENTS;
-  EXPECT_EQ(*AnswerTo(Header<SendGSMSms>(8)), SmsRefused<SendGsmSmsResponse>(incomplete));
-  EXPECT_EQ(*AnswerTo(Header<VirtualCdmaSmsMessage>(8)),
-            SmsRefused<SendCdmaSmsResponse>(incomplete));
+  const auto gsm = AnswerTo(Header<SendGSMSms>(8));
+  ASSERT_NE(virtual_modem::As<SendGsmSmsResponse>(*gsm), nullptr);
+  EXPECT_EQ(virtual_modem::As<SendGsmSmsResponse>(*gsm)->error(), RADIO_E_INVALID_ARGUMENTS);
   auto sms = Header<ImsSmsMessage>(8);
   sms.set_retry(false);
   sms.set_messageref(0);
-  sms.set_tech(THREE_GPP);
-  const Radio_Errno empty = RADIO_E_INVALID_SMS_FORMAT;
-  EXPECT_EQ(*AnswerTo(sms), SmsRefused<SendGsmSmsResponse>(empty));
   sms.set_tech(THREE_GPP2);
-  EXPECT_EQ(*AnswerTo(sms), SmsRefused<SendCdmaSmsResponse>(empty));
+  const auto cdma = AnswerTo(sms);
+  ASSERT_NE(virtual_modem::As<SendCdmaSmsResponse>(*cdma), nullptr);
+  EXPECT_EQ(virtual_modem::As<SendCdmaSmsResponse>(*cdma)->error(), RADIO_E_INVALID_SMS_FORMAT);
 }
 
 // Else two such peers would answer each other for ever.
-TEST_F(ModemTest, AnswersNoResponseAndNothingThatLacksItsSerial) {
+TEST(Modem, AnswersNoResponseAndNothingThatLacksItsSerial) {
   auto result = Header<NoResultResponse>(7);
-  AnswersOf answers;
-  EXPECT_THAT(answers.To(result), IsEmpty());
+  EXPECT_THAT(AnswersTo(result), IsEmpty());
   result.set_error(RADIO_E_SUCCESS);
-  EXPECT_THAT(answers.To(result), IsEmpty());
-  EXPECT_THAT(answers.To(share::MasterSlaveShareConfirmRsp()), IsEmpty());
-  EXPECT_THAT(answers.To(Dial()), IsEmpty());
-  EXPECT_THAT(answers.To(SendGSMSms()), IsEmpty());
-  NoResultIndication indication;
-  indication.set_platformtype(MTK);
-  EXPECT_EQ(*AnswerTo(indication), indication);
-}
-
-TEST_F(ModemTest, ACallLeftOverIsAnError) {
-  for (const Operation kind : {Operation::kByType, Operation::kImsCall}) {
-    Link link;
-    {
-      Notes notes;
-      Endpoint client(dup(link.raw), Direction::kToModem, kNoHang, notes);
-      auto dial = Header<Dial>(1);
-      dial.set_address("112");
-      dial.set_clir(CLIR_DEFAULT);
-      EXPECT_TRUE(client.Send(dial, kind));
-    }
-    shutdown(link.raw, SHUT_WR);
-    EXPECT_THAT([&] { Modem(*link.endpoint).Serve(kNoHang); },
-                ThrowsMessage<std::runtime_error>("the telephony side is gone during a call"));
-  }
-}
-
-TEST_F(ExchangeTest, SilenceAndFailureOfOneSide) {
-  Link link;
-  EXPECT_THAT([&] { Modem(*link.endpoint).Serve(kShort); },
-              ThrowsMessage<std::runtime_error>("the telephony side sent nothing"));
-  Timeline timeline(stdout, {});
-  Telephony telephony(*link.endpoint, timeline, kShort, {});
-  EXPECT_THAT([&] { telephony.Expect<Dial>(); },
-              ThrowsMessage<std::runtime_error>("the modem sent nothing"));
-  link.Write(FrameOf("Hangup", "\x08\x01"));
-  EXPECT_THAT([&] { telephony.Expect<Dial>(); },
-              ThrowsMessage<std::runtime_error>("awaited Dial, got Hangup"));
-
-  const Side well = [](int socket) { close(socket); };
-  EXPECT_EQ(Errors(
-                well, [](int) { pause(); }, SOCK_STREAM, kShort),
-            "call_exchange: modem does not end; killed\n"
-            "call_exchange: modem was ended by signal 9\n");
-  EXPECT_EQ(Errors(well, [](int) { throw std::runtime_error("lost"); }),
-            "call_exchange: modem: lost\n");
-}
-
-TEST(OptionsTest, Timeout) {
-  std::array<std::string, 3> words{"call_exchange", "--timeout", "50"};
-  std::array<char*, 4> arguments{words[0].data(), words[1].data(), words[2].data(), nullptr};
-  EXPECT_EQ(ParseOptions(3, arguments.data()).timeout, milliseconds(50));
+  EXPECT_THAT(AnswersTo(result), IsEmpty());
+  EXPECT_THAT(AnswersTo(share::MasterSlaveShareConfirmRsp()), IsEmpty());
+  EXPECT_THAT(AnswersTo(Dial()), IsEmpty());
 }
 
 }  // namespace

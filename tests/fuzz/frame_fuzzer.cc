@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "call_exchange/modem/modem.h"
+#include "call_exchange/modem.h"
 #include "check.h"
 
 namespace virtual_modem {

@@ -1,5 +1,4 @@
-// The modem side: a simulated modem, just able to answer the scenarios. Its answers are in one file
-// per scenario, beside this one.
+// The modem side: a simulated modem, just able to answer the scenarios.
 #pragma once
 
 #include <virtual_modem/data_share.pb.h>
@@ -32,7 +31,6 @@ class Modem {
   void operator()(const NoParmRequest& request);
   void operator()(const SendGSMSms& request);
   void operator()(const ImsSmsMessage& request);
-  void operator()(const VirtualCdmaSmsMessage& request);
   void operator()(const CdmaSmsAck& request);
   void operator()(const share::MasterSlaveShareConfirmReq& request);
   void operator()(const share::MasterSlaveNetworkInfoUpdate& update);
@@ -41,39 +39,25 @@ class Modem {
   void operator()(const MessageLite& other);
 
  private:
+  // Sends the response with its header filled.
+  template <typename Response>
+  void Respond(std::int32_t serial, Radio_Errno error, Response response) {
+    response.set_platformtype(QCOM);
+    response.set_serial(serial);
+    response.set_error(error);
+    endpoint_.Send(response);
+  }
+  void Result(std::int32_t serial, Radio_Errno error) {
+    Respond(serial, error, NoResultResponse());
+  }
+
   // Refuses a request in the response that its sender awaits. Responses, and requests that lack
   // their serial, get no answer. A message of a type without a serial is meant for the paired
   // device, which here is the sender: it is sent back as it came, unknown fields included.
   void Decline(const MessageLite& message, Radio_Errno error);
-  void Result(std::int32_t serial, Radio_Errno error);
 
-  // A response with its header filled.
-  template <typename Response>
-  static Response Answer(std::int32_t serial, Radio_Errno error = RADIO_E_SUCCESS) {
-    Response response;
-    response.set_platformtype(QCOM);
-    response.set_serial(serial);
-    response.set_error(error);
-    return response;
-  }
-
-  void SendRegistration(std::int32_t serial);
-  void SendOperator(std::int32_t serial);
-  void SendCardStatus(std::int32_t serial);
-  void SendSignalStrength(std::int32_t serial);
-
+  void EndSms(std::int32_t serial, Radio_Errno error, bool cdma);
   void SendCallsAndProceed(std::int32_t serial);
-  void SendLastCallFailCause(std::int32_t serial);
-
-  template <typename Response>
-  void SendSmsResult(std::int32_t serial, Radio_Errno error);
-  // In the response of the request's format; false when it is no short message.
-  bool EndSms(const MessageLite& request, std::int32_t serial, Radio_Errno error);
-  template <typename Sms>
-  void ReplyTo(const Sms& sms);
-
-  void DialIms(const Dial& dial);
-  void HangupIms(const Hangup& hangup);
   void MoveToWifi();
   void Merge(std::int32_t serial);
   void SendImsCalls();
