@@ -8,46 +8,18 @@
 #include <valgrind/callgrind.h>
 
 #include <functional>
+#include <memory>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "advice.h"
 #include "workloads.h"
 
 namespace virtual_modem::bench {
 namespace {
-
-using Buffer = std::vector<std::uint8_t>;
-
-// What a caller of the library does.
-template <typename Record>
-struct Codec {
-  using Object = typename Record::Message;
-
-  static std::size_t Encode(const Record& record, Object& message, Buffer& buffer) {
-    message.Clear();
-    record.Fill(message);
-    const std::size_t size = message.ByteSizeLong();
-    if (size > buffer.size()) return 0;
-    message.SerializeWithCachedSizesToArray(buffer.data());
-    return size;
-  }
-  static std::uint64_t Decode(const Buffer& bytes, Object& message) {
-    if (!message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()))) return 0;
-    return Record::Read(message);
-  }
-};
-
-template <typename Record>
-Buffer Bytes(const Record& record) {
-  typename Record::Message message;
-  record.Fill(message);
-  const std::string bytes = message.SerializeAsString();
-  return Buffer(bytes.begin(), bytes.end());
-}
 
 // Every operation, for counting its instructions one by one.
 std::vector<std::pair<std::string, std::function<void(int times)>>> operations;
@@ -62,58 +34,61 @@ void Register(const std::string& name, Operation operation) {
   });
 }
 
+template <typename Message>
+bool Serialize(const Message& message, std::string& buffer) {
+  if (message.ByteSizeLong() > buffer.size()) return false;
+  auto* const out = reinterpret_cast<std::uint8_t*>(buffer.data());
+  return message.SerializeWithCachedSizesToArray(out) != nullptr;
+}
+
+// What a caller of the library does, from a record to bytes and back.
 template <typename Record>
-void RegisterCodec(const std::string& name, const Record& record, const Buffer& bytes) {
-  using Object = typename Record::Message;
-  Register(name + "/encode", [record, object = Object(), scratch = bytes]() mutable {
-    benchmark::DoNotOptimize(scratch.data());
-    return Codec<Record>::Encode(record, object, scratch);
+void RegisterCodec(const std::string& name, const Record& record) {
+  using google::protobuf::Arena;
+  using Message = typename Record::Message;
+  Message filled;
+  record.Fill(filled);
+  const std::string bytes = filled.SerializeAsString();
+  const auto decode = [bytes](Message& message) {
+    const auto size = static_cast<int>(bytes.size());
+    return message.ParseFromArray(bytes.data(), size) ? Record::Read(message) : 0;
+  };
+
+  Register(name + "/encode", [record, message = Message(), buffer = bytes]() mutable {
+    message.Clear();
+    record.Fill(message);
+    return Serialize(message, buffer);
+  });
+  Register(name + "/encode_fresh", [record, buffer = bytes]() mutable {
+    Message message;
+    record.Fill(message);
+    return Serialize(message, buffer);
   });
   Register(name + "/decode_reused",
-           [bytes, object = Object()]() mutable { return Codec<Record>::Decode(bytes, object); });
-  Register(name + "/decode_fresh", [bytes] {
-    Object object;
-    return Codec<Record>::Decode(bytes, object);
+           [decode, message = Message()]() mutable { return decode(message); });
+  Register(name + "/decode_fresh", [decode] {
+    Message message;
+    return decode(message);
   });
-  Register(name + "/round_trip",
-           [record, sent = Object(), received = Object(), scratch = bytes]() mutable {
-             benchmark::DoNotOptimize(scratch.data());
-             Codec<Record>::Encode(record, sent, scratch);
-             return Codec<Record>::Decode(scratch, received);
-           });
-}
-
-template <typename Record>
-void RegisterArena(const std::string& name, const Buffer& bytes) {
-  using google::protobuf::Arena;
-  struct ReusedArena {
-    alignas(8) char block[16 * 1024];
-    Arena arena{block, sizeof block};
+  struct Block {
+    alignas(8) char bytes[16 * 1024];
   };
-  const auto memory = std::make_shared<ReusedArena>();
-  Register(name + "/arena_reused", [bytes, memory] {
-    memory->arena.Reset();
-    auto* message = Arena::CreateMessage<typename Record::Message>(&memory->arena);
-    return Codec<Record>::Decode(bytes, *message);
+  Register(name + "/decode_arena", [decode, block = std::make_shared<Block>()] {
+    Arena arena(block->bytes, sizeof block->bytes);
+    return decode(*Arena::CreateMessage<Message>(&arena));
   });
-}
 
-template <typename Record>
-void RegisterMessage(const std::string& name, const Record& record) {
-  const Buffer bytes = Bytes(record);
-  RegisterCodec("library/" + name, record, bytes);
-  RegisterArena<Record>("library/" + name, bytes);
-}
-
-void RegisterAll() {
-  RegisterMessage("NoResultResponse", MakeNoResult());
-  RegisterMessage("Dial", MakeDial());
-  RegisterMessage("GetCurrentCallsResponse", MakeCurrentCalls());
-  RegisterMessage("SignalStrengthChanged", MakeSignalChanged());
-  RegisterMessage("SlaveSetupDataCallResponse", MakeSetupDataCall());
-  RegisterMessage("IccCardStatusResponse", MakeCardStatus());
-  RegisterMessage("ImsCallStateChanged", MakeImsCalls());
-  RegisterAdvice();
+  // Of a message that is filled already.
+  Register(name + "/to_buffer",
+           [filled, buffer = bytes]() mutable { return Serialize(filled, buffer); });
+  Register(name + "/to_array", [filled, buffer = bytes]() mutable {
+    return filled.SerializeToArray(buffer.data(), static_cast<int>(buffer.size()));
+  });
+  Register(name + "/to_string", [filled] { return filled.SerializeAsString(); });
+  Register(name + "/to_ostream", [filled] {
+    std::ostringstream out;
+    return filled.SerializeToOstream(&out);
+  });
 }
 
 // One callgrind dump per operation, each for kTimes executions after one to warm up.
@@ -137,7 +112,9 @@ int CountInstructions(const std::string& filter) {
 
 int main(int argc, char** argv) {
   const std::string_view mode = argc > 1 ? argv[1] : "";
-  virtual_modem::bench::RegisterAll();
+  virtual_modem::bench::ForEachMessage([](const std::string& name, const auto& record) {
+    virtual_modem::bench::RegisterCodec("library/" + name, record);
+  });
   if (mode == "--instructions") {
     return virtual_modem::bench::CountInstructions(argc > 2 ? argv[2] : ".");
   }

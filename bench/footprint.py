@@ -1,19 +1,23 @@
 #!/usr/bin/python3
-"""Prints what the library takes: in its file, at load, and in memory for each message.
+"""Prints what the library takes in its file and at load.
 
-Usage: footprint.py BENCH_DIR NAME=LIBRARY...        the first library is the one to compare with
+Usage: footprint.py NAME=LIBRARY...        the first library is the one to compare with
 """
+import ctypes
+import os
 import pathlib
 import random
 import re
+import resource
 import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 SECTIONS = [".text", ".rodata", ".data.rel.ro", ".data", ".bss", ".eh_frame", ".dynsym", ".dynstr",
             ".gnu.hash", ".rela.dyn", ".rela.plt", ".relr.dyn", ".init_array"]
-LOADS = 30  # of each library in each mode
+LOADS = 30  # of each library
 
 
 def run(*command) -> str:
@@ -37,17 +41,29 @@ def inspect(stripped: pathlib.Path) -> dict[str, int]:
     return facts
 
 
-def load_times(bench: pathlib.Path, libraries: dict[str, pathlib.Path]) -> dict:
+def load(dependency: str, library: str) -> None:
+    """Prints microseconds and page faults of dlopen, all symbols bound, in a process of its own."""
+    def faults() -> int:
+        usage = resource.getrusage(resource.RUSAGE_SELF)
+        return usage.ru_minflt + usage.ru_majflt
+    ctypes.CDLL(dependency, ctypes.RTLD_GLOBAL)
+    dlopen, path = ctypes.CDLL(None).dlopen, library.encode()
+    before, start = faults(), time.perf_counter()
+    loaded = dlopen(path, os.RTLD_NOW)
+    print(1e6 * (time.perf_counter() - start), faults() - before)
+    sys.exit(not loaded)
+
+
+def load_times(libraries: dict[str, pathlib.Path]) -> dict:
     """Microseconds and page faults of dlopen, the libraries that each needs being loaded already."""
-    times = {(name, mode): [] for name in libraries for mode in ("lazy", "bound")}
-    for key in random.sample(list(times) * LOADS, len(times) * LOADS):
-        name, mode = key
+    times = {name: [] for name in libraries}
+    for name in random.sample(list(libraries) * LOADS, len(libraries) * LOADS):
         runtime = re.search(r"NEEDED.*\[(\S*protobuf\S*)\]", run("readelf", "-d", libraries[name]))[1]
         beside = libraries[name].parent / runtime
-        out = run(bench / "virtual-modem-load-time", mode, beside if beside.exists() else runtime,
+        out = run(sys.executable, __file__, "--load", beside if beside.exists() else runtime,
                   libraries[name])
-        times[key].append([float(number) for number in out.split()])
-    return {key: [statistics.median(column) for column in zip(*runs)] for key, runs in times.items()}
+        times[name].append([float(number) for number in out.split()])
+    return {name: [statistics.median(column) for column in zip(*runs)] for name, runs in times.items()}
 
 
 def table(rows: list[list]) -> None:
@@ -58,9 +74,8 @@ def table(rows: list[list]) -> None:
 
 
 def main() -> None:
-    bench = pathlib.Path(sys.argv[1])
     originals = {name: pathlib.Path(path).resolve()
-                 for name, path in (argument.split("=", 1) for argument in sys.argv[2:])}
+                 for name, path in (argument.split("=", 1) for argument in sys.argv[1:])}
     with tempfile.TemporaryDirectory() as folder:
         libraries = {}
         for name, original in originals.items():
@@ -71,25 +86,23 @@ def main() -> None:
             for runtime in original.parents[1].glob("libprotobuf*"):
                 run("strip", "-o", libraries[name].parent / runtime.name, runtime)
         facts = {name: inspect(path) for name, path in libraries.items()}
-        times = load_times(bench, libraries)
+        times = load_times(libraries)
 
     names = list(libraries)
     base = names[0]
     print("Library file: bytes and counts")
     table([["", *names], *([fact, *(facts[name][fact] for name in names)] for fact in facts[base])])
-    print("\nLoad time: dlopen in a new process, its dependencies loaded; medians of", LOADS)
-    rows = [["", *names]]
-    for mode, label in [("lazy", "lazy"), ("bound", "all symbols bound")]:
-        rows.append([f"{label}, us", *(f"{times[name, mode][0]:.0f}" for name in names)])
-        rows.append([f"{label}, page faults", *(f"{times[name, mode][1]:.0f}" for name in names)])
-    rows.append([f"all bound, relative to {base}",
-                 *(f"{times[name, 'bound'][0] / times[base, 'bound'][0]:.2f}" for name in names)])
-    rows.append([f"stripped file, relative to {base}", *(
-        f"{facts[name]['stripped file'] / facts[base]['stripped file']:.2f}" for name in names)])
-    table(rows)
-    print("\nMemory of each message in bytes: object, empty; heap beside it, every field filled")
-    print(run(bench / "virtual-modem-message-memory"), end="")
+    print("\nLoad time: dlopen in a new process, its dependencies loaded, all symbols bound; medians of", LOADS)
+    table([["", *names],
+           ["us", *(f"{times[name][0]:.0f}" for name in names)],
+           ["page faults", *(f"{times[name][1]:.0f}" for name in names)],
+           [f"us, relative to {base}", *(f"{times[name][0] / times[base][0]:.2f}" for name in names)],
+           [f"stripped file, relative to {base}", *(
+               f"{facts[name]['stripped file'] / facts[base]['stripped file']:.2f}" for name in names)]])
 
 
 if __name__ == "__main__":
-    main()
+    if sys.argv[1] == "--load":
+        load(*sys.argv[2:])
+    else:
+        main()

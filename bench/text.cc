@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "workloads.h"
 
@@ -41,31 +42,22 @@ struct Printer {
 };
 #endif
 
-template <typename Record>
-void Register(const char* name, const Record& record, bool check) {
-  typename Record::Message message;
-  record.Fill(message);
-  static const Printer printer;
-  if (check) {
-    std::printf("%s\n", printer.Print(message).c_str());
-    return;
-  }
-  benchmark::RegisterBenchmark((std::string("text/") + name).c_str(),
-                               [message](benchmark::State& state) {
-                                 for (auto _ : state) {
-                                   benchmark::DoNotOptimize(printer.Print(message));
-                                 }
-                               });
-}
-
 void All(bool check) {
-  Register("NoResultResponse", MakeNoResult(), check);
-  Register("Dial", MakeDial(), check);
-  Register("GetCurrentCallsResponse", MakeCurrentCalls(), check);
-  Register("SignalStrengthChanged", MakeSignalChanged(), check);
-  Register("SlaveSetupDataCallResponse", MakeSetupDataCall(), check);
-  Register("IccCardStatusResponse", MakeCardStatus(), check);
-  Register("ImsCallStateChanged", MakeImsCalls(), check);
+  ForEachMessage([check](const char* name, const auto& record) {
+    typename std::decay_t<decltype(record)>::Message message;
+    record.Fill(message);
+    static const Printer printer;
+    if (check) {
+      std::printf("%s\n", printer.Print(message).c_str());
+      return;
+    }
+    benchmark::RegisterBenchmark((std::string("text/") + name).c_str(),
+                                 [message](benchmark::State& state) {
+                                   for (auto _ : state) {
+                                     benchmark::DoNotOptimize(printer.Print(message));
+                                   }
+                                 });
+  });
 }
 
 }  // namespace

@@ -34,13 +34,11 @@ AppStatusRecord MakeApp(AppType type, const char* aid, const char* label) {
 
 NoResultResponseRecord MakeNoResult() { return {QCOM, 4711, RADIO_E_SUCCESS}; }
 
-DialRecord MakeDial(std::size_t digits) {
-  return {QCOM, 4711, std::string(digits, '5'), CLIR_DEFAULT};
-}
+DialRecord MakeDial() { return {QCOM, 4711, std::string(14, '5'), CLIR_DEFAULT}; }
 
-GetCurrentCallsResponseRecord MakeCurrentCalls(int calls) {
+GetCurrentCallsResponseRecord MakeCurrentCalls() {
   GetCurrentCallsResponseRecord response{QCOM, 4711, RADIO_E_SUCCESS, {}};
-  for (int i = 1; i <= calls; ++i) response.calls.push_back(MakeCall<CallRecord>(i));
+  for (int i = 1; i <= 3; ++i) response.calls.push_back(MakeCall<CallRecord>(i));
   return response;
 }
 

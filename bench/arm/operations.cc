@@ -48,25 +48,25 @@ std::uint64_t Repeat(const Record& record, std::string_view operation, int times
   return digest;
 }
 
-template <typename Record>
-auto Repeater(Record record) {
-  return
-      [record](std::string_view operation, int times) { return Repeat(record, operation, times); };
-}
+using Repeater = std::function<std::uint64_t(std::string_view operation, int times)>;
 
-const std::vector<std::function<std::uint64_t(std::string_view, int)>> kMessages = {
-    Repeater(MakeNoResult()),      Repeater(MakeDial()),          Repeater(MakeCurrentCalls()),
-    Repeater(MakeSignalChanged()), Repeater(MakeSetupDataCall()), Repeater(MakeCardStatus()),
-    Repeater(MakeImsCalls()),
-};
+std::vector<Repeater> Repeaters() {
+  std::vector<Repeater> all;
+  ForEachMessage([&all](const char* /*name*/, const auto& record) {
+    all.emplace_back([record](std::string_view operation, int times) {
+      return Repeat(record, operation, times);
+    });
+  });
+  return all;
+}
 
 }  // namespace
 }  // namespace virtual_modem::bench
 
 int main(int argc, char** argv) {
-  using virtual_modem::bench::kMessages;
+  const auto messages = virtual_modem::bench::Repeaters();
   if (argc == 1) {
-    std::printf("%zu\n", kMessages.size());
+    std::printf("%zu\n", messages.size());
     return 0;
   }
   const std::string_view operation = argc == 4 ? argv[2] : "";
@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s [MESSAGE encode|kept|new TIMES]\n", argv[0]);
     return 2;
   }
-  const auto& repeat = kMessages.at(std::strtoul(argv[1], nullptr, 10));
+  const auto& repeat = messages.at(std::strtoul(argv[1], nullptr, 10));
   const int times = static_cast<int>(std::strtol(argv[3], nullptr, 10));
   std::printf("%016llx\n", static_cast<unsigned long long>(repeat(operation, times)));
 }
