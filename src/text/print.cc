@@ -241,15 +241,13 @@ class Printer : public Handler {
                std::string_view whole, std::string_view value) {
     if (show_ != Show::kAll) return NameUnknown(level, field, number, type, whole.size(), value);
     UnknownFields fields(type == kStartGroup ? value : whole);
-    if (type == kStartGroup) {
-      Group(number, fields, kUnknownDepth);
-    } else if (type == kVarint) {  // whole may be that of a packed list
-      UnknownNumber(number, value);
-    } else {
-      UnknownFields::Item item{};
+    UnknownFields::Item item{number, type, 0, {}};
+    if (type == kVarint) {  // whole may be that of a packed list
+      item.value = NumberIn(value.data(), value.data() + value.size());
+    } else if (type != kStartGroup) {
       fields.Next(item);
-      Print(item, fields, kUnknownDepth);
     }
+    Print(item, fields, kUnknownDepth);
   }
 
   void Malformed(const Level& level, const Outcome& outcome) {
@@ -338,14 +336,6 @@ class Printer : public Handler {
       text::AppendNumber(remarks_, size);
       Append(remarks_, " bytes)");
     }
-  }
-
-  void UnknownNumber(std::uint32_t number, std::string_view varint) {
-    Indent();
-    AppendNumber(std::uint64_t{number}, sink_);
-    sink_.Append(": ");
-    AppendNumber(NumberIn(varint.data(), varint.data() + varint.size()), sink_);
-    sink_.Append(separator_);
   }
 
   void Group(std::uint32_t number, UnknownFields& fields, int budget) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 namespace virtual_modem::text {
 
@@ -57,70 +58,35 @@ std::string PathTo(const Tables& tables, const Level& level, const Field& field)
 }
 
 std::string Explain(const Outcome& outcome) {
-  // The text before the detail, and after it.
-  std::string_view before;
-  std::string_view after;
-  std::string_view item;  // between the two, instead of the detail
-  switch (outcome.fault) {
-    case Fault::kEndsEarly:
-      before = "the input ends ";
-      after = " bytes early";
-      break;
-    case Fault::kEndsInside:
-      before = "the input ends inside a ";
-      item = outcome.item;
-      break;
-    case Fault::kOverruns:
-      before = "a ";
-      item = outcome.item;
-      after = " runs past the end of the message around it";
-      break;
-    case Fault::kItemTooLong:
-      before = "a ";
-      after = " bytes";
-      break;
-    case Fault::kLengthTooLarge:
-      item = "a length is over 2 GiB";
-      break;
-    case Fault::kShortInput:
-    case Fault::kShortMessage:
-      after = " bytes announced, ";
-      break;
-    case Fault::kEndGroup:
-      item = "a group ends that was not begun";
-      break;
-    case Fault::kOtherGroup:
-      item = "another group ends than was begun";
-      break;
-    case Fault::kNoWireType:
-      before = "there is no wire type ";
-      break;
-    case Fault::kTooDeep:
-      item = "more than 100 levels of nesting";
-      static_assert(kMaxDepth == 100);
-      break;
-    case Fault::kFieldZero:
-      item = "a field has number 0";
-      break;
-    case Fault::kNone:
-      return {};
-  }
+  // By fault; # stands for the detail, @ for the item, $ for what is left.
+  static constexpr const char* kReasons[] = {
+      "",
+      "the input ends # bytes early",
+      "the input ends inside a @",
+      "a @ runs past the end of the message around it",
+      "a @ is longer than # bytes",
+      "a length is over 2 GiB",
+      "# bytes announced, $ left before the end of the input",
+      "# bytes announced, $ left before the end of the message around",
+      "a group ends that was not begun",
+      "another group ends than was begun",
+      "there is no wire type #",
+      "more than 100 levels of nesting",
+      "a field has number 0",
+  };
+  static_assert(std::size(kReasons) == static_cast<std::size_t>(Fault::kFieldZero) + 1);
+  static_assert(kMaxDepth == 100);
   std::string text;
-  Append(text, before);
-  if (outcome.fault == Fault::kItemTooLong) {
-    Append(text, outcome.item);
-    Append(text, " is longer than ");
-  }
-  if (item.empty()) {
-    AppendNumber(text, outcome.detail);
-  } else {
-    Append(text, item);
-  }
-  Append(text, after);
-  if (outcome.fault == Fault::kShortInput || outcome.fault == Fault::kShortMessage) {
-    AppendNumber(text, outcome.left);
-    Append(text, " left before the end of the ");
-    Append(text, outcome.fault == Fault::kShortInput ? "input" : "message around");
+  for (const char c : std::string_view(kReasons[static_cast<std::size_t>(outcome.fault)])) {
+    if (c == '#') {
+      AppendNumber(text, outcome.detail);
+    } else if (c == '$') {
+      AppendNumber(text, outcome.left);
+    } else if (c == '@') {
+      Append(text, outcome.item);
+    } else {
+      text.append(1, c);
+    }
   }
   return text;
 }
