@@ -57,61 +57,55 @@ Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::st
   const bool second = (choice & 0x20) != 0;
   const bool third = (choice & 0x40) != 0;
   const std::size_t half = bytes.size() / 2;
-  DecodeOptions decode;
-  decode.type = type;
-  decode.json = first;
-  decode.mask = second;
-  decode.delimited = third;
-  EncodeOptions encode;
-  encode.type = type;
-  encode.to = from;
-  encode.json = first;
-  encode.partial = second;
-  encode.delimited = third;
-  DiffOptions diff;
-  diff.type = type;
-  diff.from = from;
-  diff.mask = first;
-  diff.trust_type = second;
-  diff.delimited = third;
-  LogOptions log;
-  log.incomplete = (choice & 4) != 0;
-  log.mask = (choice & 8) != 0;
-  log.pairs = first;
-  log.count = second;
-  log.json = third;
-  log.diagram = second && third;
-  log.grep = third ? "calls.number~1" : "";
+  Options options;
+  options.type = type;
+  options.source.from = from;
+  options.to = from;
+  options.json = first;
+  options.mask = second;
+  options.partial = second;
+  options.delimited = third;
+  options.all = first;
   switch (choice & 0x83) {
     case 0:
-      decode.source = {file.Holding(bytes), from};
-      return DecodeCommand(schema, decode);
+      options.source.file = file.Holding(bytes);
+      return DecodeCommand(schema, options);
     case 1:
-      encode.file = file.Holding(bytes);
-      return EncodeCommand(schema, encode);
+      options.source.file = file.Holding(bytes);
+      return EncodeCommand(schema, options);
     case 2:
-      return IdentifyCommand(schema, {{file.Holding(bytes), from}, first});
+      options.source.file = file.Holding(bytes);
+      return IdentifyCommand(schema, options);
     case 3:
-      diff.left = file.Holding(bytes.substr(0, half));
-      diff.right = other.Holding(bytes.substr(half));
-      return DiffCommand(schema, diff);
+      options.words = {type, file.Holding(bytes.substr(0, half)),
+                       other.Holding(bytes.substr(half))};
+      options.trust_type = third;
+      return DiffCommand(schema, options);
     case 0x80:
-      log.files = {file.Holding(bytes)};
-      return LogCommand(schema, log);
+      options.words = {file.Holding(bytes)};
+      options.incomplete = (choice & 4) != 0;
+      options.mask = (choice & 8) != 0;
+      options.pairs = first;
+      options.count = second;
+      options.json = third;
+      options.diagram = second && third;
+      options.grep = third ? "calls.number~1" : "";
+      return LogCommand(schema, options);
     case 0x81:
-      return MaskCommand(schema,
-                         {{file.Holding(bytes)}, "/dev/null", third ? type : "", from, first});
+      options.words = {file.Holding(bytes), "/dev/null"};
+      options.type = third ? type : "";
+      options.trust_type = first;
+      return MaskCommand(schema, options);
     case 0x82:
-      diff.type.clear();
-      diff.delimited = false;
-      diff.left = file.Holding(bytes);
-      diff.right = file.Holding(bytes);
-      return DiffCommand(schema, diff);
+      options.words = {file.Holding(bytes), file.Holding(bytes)};
+      options.source.from = Encoding::kAuto;
+      options.trust_type = first;
+      return DiffCommand(schema, options);
     default: {
       constexpr Encoding kOthers[] = {Encoding::kString, Encoding::kArray, Encoding::kLog,
                                       Encoding::kAuto};
-      decode.source = {file.Holding(bytes), kOthers[choice >> 2 & 3]};
-      return DecodeCommand(schema, decode);
+      options.source = {file.Holding(bytes), kOthers[choice >> 2 & 3]};
+      return DecodeCommand(schema, options);
     }
   }
 }

@@ -3,7 +3,7 @@
   $ for words in '' nosuch 'decode --from octal Dial' 'list nosuch' 'log --follow --count x' 'log --serial x' \
   >     'mask in' 'mask --trust-type in out' 'mask --from hex in out' 'encode --capture x --to hex Dial' \
   >     'diff x' 'diff --trust-type Dial x y' 'diff Hangup d.pcap' 'diff Hangup - -' \
-  >     'diff --from hex x y' 'diff --delimited x y'; do
+  >     'diff --from hex x y'; do
   >   inspect $words
   > done
   virtual-modem-inspect: A subcommand is required (see --help)
@@ -11,7 +11,7 @@
   virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
   virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
   virtual-modem-inspect: --count excludes --follow (see --help)
-  virtual-modem-inspect: --serial: x is not a number (see --help)
+  virtual-modem-inspect: Could not convert: --serial = x (see --help)
   virtual-modem-inspect: mask takes IN... OUT (see --help)
   virtual-modem-inspect: --trust-type requires --type (see --help)
   virtual-modem-inspect: --from requires --type (see --help)
@@ -21,7 +21,6 @@
   virtual-modem-inspect: two messages of type Hangup are two files: Hangup LEFT RIGHT (see --help)
   virtual-modem-inspect: only one side can be read from - (see --help)
   virtual-modem-inspect: --from is for two messages of a type (see --help)
-  virtual-modem-inspect: two streams need their TYPE (see --help)
   [2]
   $ for words in 'decode Dail' 'decode Dial /nonexistent' '--schema /nonexistent list' '--schema card.bin list'; do inspect $words; done
   virtual-modem-inspect: there is no message Dail; did you mean Call or Dial?

@@ -21,14 +21,13 @@
   field EconfResultIndication.joinedcallid
     optional string joinedcallid = 6  tag 32
 
-As a log writes it, and as bytes of the wire:
+As a log writes it:
 
-  $ for what in 'LastCallFailCause 17' Dial.clir=2 'fa 55' 'cause 17' 'error: RADIO_E_SIM_BUSY' -0x1 RAT=3 virtualdata.proto.MasterSlaveNetworkInfoResp.value2; do
+  $ for what in 'LastCallFailCause 17' Dial.clir=2 'cause 17' 'error: RADIO_E_SIM_BUSY' -0x1 RAT=3 virtualdata.proto.MasterSlaveNetworkInfoResp.value2; do
   >   inspect describe $what | grep -v '^    ' | head -n 4
   > done
   LastCallFailCause: BUSY = 17  on the wire 11
   Clir: CLIR_SUPPRESSION = 2  on the wire 02
-  LastCallFailCause: CAUSE_VIRTUAL_MODEM_CALL_CAPABILITY_UNAVALIBLE = 11002  on the wire fa55
   LastCallFailCause: BUSY = 17  on the wire 11
   RegistrationFailCause: NETWORK_FAILURE = 17  on the wire 11
   QtiCallFailCause: VIR_BUSY = 17  on the wire 11

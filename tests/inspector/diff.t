@@ -78,14 +78,3 @@ bytes, bytes that do not fit their type; and what is cut is never equal.
   $ inspect diff left.pcap card.bin
   virtual-modem-inspect: card.bin: no message in it; lines without the type and the content of a message: 3 (two messages need their TYPE)
   [1]
-
-  $ xxd -r -p >left <<<'06080010011801 06080010021801 06080010031801'
-  $ xxd -r -p >right <<<'06080010031803 06080010011801'
-  $ inspect diff --delimited Hangup left right
-  # Hangup #3, message 2 and 0
-  modified: gsmindex: 1 -> 3
-  # only left: Hangup #2, message 1
-  [3]
-  $ inspect diff --delimited Hangup <(head -c 12 left) <(head -c 12 left)
-  virtual-modem-inspect: /dev/fd/63: the stream ends within message 1
-  [1]

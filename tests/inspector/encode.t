@@ -39,18 +39,14 @@ So is what cannot be read, in one line whatever it holds:
 A message to begin with, for every type:
 
   $ inspect encode --skeleton Dial
-  platformtype: UNKNOW  # UNKNOW, QCOM, MTK
-  serial: 0
-  address: ""
-  clir: CLIR_DEFAULT  # CLIR_DEFAULT, CLIR_INVOCATION, CLIR_SUPPRESSION
-  # uusinfo {}  # repeated UusInfo
+  platformtype: UNKNOW  # PlatformType
+  serial: 0  # int32
+  address: ""  # string
+  clir: CLIR_DEFAULT  # Clir
+  # uusinfo: repeated UusInfo
   $ for type in IccCardStatusResponse GetCurrentCallsResponse QImsCall virtualdata.proto.SlaveMasterShareDataChange; do
   >   inspect encode --skeleton $type | inspect encode $type >/dev/null || echo $type
   > done
-  $ inspect encode --skeleton QImsCall | grep -e codec -e suppsvc -e callrat
-  # audiocodec: QIMS_CODEC_NONE  # optional QImsAudioCodec
-  # suppsvcnotification {}  # optional SuppSvcNotificationPb
-  # callrat: CALL_RAT_UNKNOW  # optional: CALL_RAT_UNKNOW, CALL_RAT_LTE, CALL_RAT_WIFI, CALL_RAT_NR
 
 Into a capture, in the direction of its kind:
 

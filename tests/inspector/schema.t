@@ -10,9 +10,6 @@ Without comments, fields tell what kind a message is; of the names of one number
   > message Ask { required int32 serial = 2; repeated Low low = 255; }
   > message Answer { required int32 serial = 1; required Low error = 3; }
   > message Told { optional bool so = 1; optional uint32 much = 2; optional Ask ask = 9; }
-  > enum Eight { A1 = 1; A2 = 2; A3 = 3; A4 = 4; A5 = 5; A6 = 6; A7 = 7; A8 = 8; }
-  > enum Nine { B1 = 1; B2 = 2; B3 = 3; B4 = 4; B5 = 5; B6 = 6; B7 = 7; B8 = 8; B9 = 9; }
-  > message Choice { required Eight eight = 1; required Nine nine = 2; }
   > PROTO
   $ echo 'serial: 2 low: [NONE, LEAST, SAME, ZERO, ALSO, TOP, OVER]' | inspect encode Ask >ask
   $ inspect decode --json Ask ask | tr -d '\n '
@@ -21,9 +18,6 @@ Without comments, fields tell what kind a message is; of the names of one number
   "direction":"to modem","type":"some.where.Ask","unit":"unit","kind":"request","message":{"serial":1}}
   "direction":"to telephony","type":"some.where.Answer","unit":"unit","kind":"response","message":{"serial":1,"error":"OVER"}}
   "direction":"to telephony","type":"some.where.Told","unit":"unit","kind":"indication","much":4294967295}}
-  $ inspect encode --skeleton Choice
-  eight: A1  # A1, A2, A3, A4, A5, A6, A7, A8
-  nine: B1  # Nine
   $ printf '%s\n' some.where.Ask.serial ' # none' 'some.where.Told.much # why' >subscriber_data.txt
   $ echo '1002 4a021001' | inspect decode --redact --trust-type Told
   much: 0

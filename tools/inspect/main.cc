@@ -4,9 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <exception>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <new>
@@ -77,7 +75,7 @@ class CommandLine {
     Schema schema(schema_.empty() ? DefaultDescriptorSet() : schema_);
     Status status = kUsage;
     for (const CLI::App* command : app_.get_subcommands()) {
-      status = runs_.at(command->get_name())(schema);
+      status = runs_.at(command->get_name())(schema, options_);
     }
     std::cout.flush();
     return status;
@@ -85,16 +83,23 @@ class CommandLine {
 
  private:
   CLI::App* Add(const std::string& name, const std::string& what,
-                std::function<Status(Schema&)> run) {
-    runs_[name] = std::move(run);
+                Status (*run)(Schema&, const Options&)) {
+    runs_[name] = run;
     return app_.add_subcommand(name, what);
   }
 
-  static void AddType(CLI::App* command, std::string& type) {
-    command->add_option("type", type, "Message type, such as Dial")->required()->type_name("TYPE");
+  void AddType(CLI::App* command) {
+    command->add_option("type", options_.type, "Message type, such as Dial")
+        ->required()
+        ->type_name("TYPE");
   }
-  static void AddFile(CLI::App* command, std::string& file) {
-    command->add_option("file", file, "Input; - or nothing is standard input")->type_name("FILE");
+  void AddFile(CLI::App* command) {
+    command->add_option("file", options_.source.file, "Input; - or nothing is standard input")
+        ->type_name("FILE");
+  }
+  CLI::Option* AddWords(CLI::App* command, const std::string& name, const std::string& what,
+                        const std::string& shown) {
+    return command->add_option(name, options_.words, what)->type_name(shown);
   }
   // Lets the option take these words only, which --help shows and completion offers.
   static CLI::Option* OneOf(CLI::Option* option, const std::vector<std::string>& words) {
@@ -118,89 +123,83 @@ class CommandLine {
     };
     return OneOf(command->add_option_function<std::string>(option, set, what), words);
   }
-  static CLI::Option* AddFrom(CLI::App* command, Encoding& from) {
-    return AddEncoding(command, "--from", from,
+  CLI::Option* AddFrom(CLI::App* command) {
+    return AddEncoding(command, "--from", options_.source.from,
                        {"array", "auto", "base64", "binary", "hex", "log", "string"},
                        "Form of the input; auto finds out");
   }
-  static void AddSource(CLI::App* command, Source& source) {
-    AddFile(command, source.file);
-    AddFrom(command, source.from);
+  void AddSource(CLI::App* command) {
+    AddFile(command);
+    AddFrom(command);
+    const auto set = [this](const std::string& hex) { options_.source.hex = hex; };
     command
-        ->add_option_function<std::string>(
-            "--hex", [&source](const std::string& hex) { source.hex = hex; },
-            "The bytes themselves, instead of a file")
+        ->add_option_function<std::string>("--hex", set, "The bytes themselves, instead of a file")
         ->type_name("HEX")
         ->excludes("file")
         ->excludes("--from");
   }
-  static void AddMasking(CLI::App* command, bool& mask, bool& trust_type) {
-    CLI::Option* option = command->add_flag(
-        "--redact", mask, "Mask subscriber data; refuse bytes that do not fit the type");
-    command
-        ->add_flag("--trust-type", trust_type,
-                   "Mask bytes that do not fit the type all the same: what is another type's shows")
-        ->needs(option);
+  CLI::Option* AddTrust(CLI::App* command) {
+    return command->add_flag(
+        "--trust-type", options_.trust_type,
+        "Mask bytes that do not fit the type all the same: what is another type's shows");
+  }
+  void AddMasking(CLI::App* command) {
+    CLI::Option* mask = command->add_flag(
+        "--redact", options_.mask, "Mask subscriber data; refuse bytes that do not fit the type");
+    AddTrust(command)->needs(mask);
   }
 
   void AddDecode() {
-    CLI::App* command = Add("decode", "Print a message and what is wrong with it",
-                            [this](Schema& schema) { return DecodeCommand(schema, decode_); });
-    AddType(command, decode_.type);
-    AddSource(command, decode_.source);
-    command->add_flag("--json", decode_.json, "JSON; findings go to standard error");
-    AddMasking(command, decode_.mask, decode_.trust_type);
-    command->add_flag("--delimited", decode_.delimited,
+    CLI::App* command = Add("decode", "Print a message and what is wrong with it", DecodeCommand);
+    AddType(command);
+    AddSource(command);
+    command->add_flag("--json", options_.json, "JSON; findings go to standard error");
+    AddMasking(command);
+    command->add_flag("--delimited", options_.delimited,
                       "The input is a stream: messages, each preceded by its length as a varint");
   }
 
+  // An option of log that may be given several times.
+  template <typename Value>
+  static CLI::Option* AddFilter(CLI::App* command, const std::string& name, const std::string& what,
+                                std::vector<Value>& values) {
+    return command
+        ->add_option("--" + name, values, "Only messages of this " + name + "; may be repeated")
+        ->type_name(what)
+        ->allow_extra_args(false);
+  }
+
   void AddLog() {
-    CLI::App* command = Add("log", "Show a capture or a log, a line each message",
-                            [this](Schema& schema) { return LogCommand(schema, log_); });
+    CLI::App* command = Add("log", "Show a capture or a log, a line each message", LogCommand);
+    AddWords(command, "file", "Captures or logs, the oldest first; - or nothing is standard input",
+             "FILE");
+    AddFilter(command, "type", "TYPE", options_.types);
+    AddFilter(command, "unit", "UNIT", options_.units);
+    OneOf(AddFilter(command, "kind", "KIND", options_.kinds),
+          {"request", "response", "indication", "record"});
+    AddFilter(command, "serial", "NUMBER", options_.serials);
     command
-        ->add_option("file", log_.files,
-                     "Captures or logs, the oldest first; - or nothing is standard input")
-        ->type_name("FILE");
-    command->add_option("--type", log_.types, "Only messages of this type; may be repeated")
-        ->type_name("TYPE")
-        ->allow_extra_args(false);
-    command->add_option("--unit", log_.units, "Only messages of this unit; may be repeated")
-        ->type_name("UNIT")
-        ->allow_extra_args(false);
-    OneOf(command->add_option("--kind", log_.kinds, "Only messages of this kind; may be repeated"),
-          {"request", "response", "indication", "record"})
-        ->allow_extra_args(false);
-    command->add_option("--serial", log_.serials, "Only messages of this serial; may be repeated")
-        ->type_name("NUMBER")
-        ->allow_extra_args(false)
-        ->check([](const std::string& word) -> std::string {
-          std::int32_t number = 0;
-          const char* end = word.data() + word.size();
-          const auto result = std::from_chars(word.data(), end, number);
-          return result.ec == std::errc() && result.ptr == end ? "" : word + " is not a number";
-        });
-    command
-        ->add_option("--grep", log_.grep,
+        ->add_option("--grep", options_.grep,
                      "Only messages with the value in that field; FIELD~TEXT for a part of it")
         ->type_name("FIELD=VALUE");
-    command->add_flag("--incomplete", log_.incomplete,
+    command->add_flag("--incomplete", options_.incomplete,
                       "Only messages that lack something or break off");
-    command->add_flag("--unknown", log_.unknown,
+    command->add_flag("--unknown", options_.unknown,
                       "Only messages with unknown fields or undeclared numbers");
     CLI::Option* pairs =
-        command->add_flag("--pairs", log_.pairs, "Requests with their responses, by serial");
+        command->add_flag("--pairs", options_.pairs, "Requests with their responses, by serial");
     CLI::Option* count =
-        command->add_flag("--count", log_.count, "How many there are of each type and result")
+        command->add_flag("--count", options_.count, "How many there are of each type and result")
             ->excludes(pairs);
-    CLI::Option* json = command->add_flag("--json", log_.json, "JSON, one object a line");
+    CLI::Option* json = command->add_flag("--json", options_.json, "JSON, one object a line");
     command
-        ->add_flag("--diagram", log_.diagram,
+        ->add_flag("--diagram", options_.diagram,
                    "A Mermaid sequence diagram; with --pairs, responses tell how long they took")
         ->excludes(count)
         ->excludes(json);
-    command->add_flag("--redact", log_.mask, "Mask subscriber data");
+    command->add_flag("--redact", options_.mask, "Mask subscriber data");
     command
-        ->add_flag("--follow", log_.follow,
+        ->add_flag("--follow", options_.follow,
                    "Wait for more at the end of the last file, also after it was renamed")
         ->excludes(count);
     command->footer(
@@ -209,39 +208,34 @@ class CommandLine {
   }
 
   void AddMask() {
-    CLI::App* command = Add("mask", "Mask subscriber data in a capture or in one message",
-                            [this](Schema& schema) { return RunMask(schema); });
-    command
-        ->add_option("files", words_,
-                     "Captures, the oldest first, or a message with --type; file to write; - is "
-                     "standard input or output")
-        ->required()
-        ->type_name("IN... OUT");
+    CLI::App* command =
+        Add("mask", "Mask subscriber data in a capture or in one message", MaskCommand);
+    AddWords(command, "files",
+             "Captures, the oldest first, or a message with --type; file to write; - is standard "
+             "input or output",
+             "IN... OUT")
+        ->required();
     CLI::Option* type =
-        command->add_option("--type", mask_.type, "The input is a message of this type")
+        command->add_option("--type", options_.type, "The input is a message of this type")
             ->type_name("TYPE");
-    AddFrom(command, mask_.encoding)->needs(type);
-    command
-        ->add_flag("--trust-type", mask_.trust_type,
-                   "Mask bytes that do not fit the type all the same: what is another type's shows")
-        ->needs(type);
+    AddFrom(command)->needs(type);
+    AddTrust(command)->needs(type);
   }
 
   void AddEncode() {
-    CLI::App* command = Add("encode", "Write a message given as text or JSON",
-                            [this](Schema& schema) { return EncodeCommand(schema, encode_); });
-    AddType(command, encode_.type);
-    AddFile(command, encode_.file);
-    AddEncoding(command, "--to", encode_.to, {"auto", "base64", "binary", "hex"},
+    CLI::App* command = Add("encode", "Write a message given as text or JSON", EncodeCommand);
+    AddType(command);
+    AddFile(command);
+    AddEncoding(command, "--to", options_.to, {"auto", "base64", "binary", "hex"},
                 "Form of the output; auto: hex on a terminal, else binary");
-    command->add_flag("--json", encode_.json, "The input is JSON");
-    command->add_flag("--skeleton", encode_.skeleton,
+    command->add_flag("--json", options_.json, "The input is JSON");
+    command->add_flag("--skeleton", options_.skeleton,
                       "Print a message of the type as text, to be filled in and encoded");
-    command->add_flag("--partial", encode_.partial, "Write it in spite of findings");
-    CLI::Option* delimited = command->add_flag("--delimited", encode_.delimited,
+    command->add_flag("--partial", options_.partial, "Write it in spite of findings");
+    CLI::Option* delimited = command->add_flag("--delimited", options_.delimited,
                                                "Put its length before it, as in a stream");
     command
-        ->add_option("--capture", encode_.capture,
+        ->add_option("--capture", options_.capture,
                      "Write it into a capture of its own, which log and Wireshark read")
         ->type_name("FILE")
         ->excludes(delimited)
@@ -249,72 +243,45 @@ class CommandLine {
   }
 
   void AddIdentify() {
-    CLI::App* command = Add("identify", "Rank the types that bytes of an unknown type can be",
-                            [this](Schema& schema) { return IdentifyCommand(schema, identify_); });
-    AddSource(command, identify_.source);
-    command->add_flag("--all", identify_.all, "Show the types that fit badly too");
+    CLI::App* command =
+        Add("identify", "Rank the types that bytes of an unknown type can be", IdentifyCommand);
+    AddSource(command);
+    command->add_flag("--all", options_.all, "Show the types that fit badly too");
   }
 
   void AddDescribe() {
-    CLI::App* command = Add("describe", "Explain a message, enumeration, field, value or number",
-                            [this](Schema& schema) { return DescribeCommand(schema, words_); });
-    command
-        ->add_option(
-            "what", words_,
-            "Such as Dial, Dial.clir, RADIO_E_SIM_BUSY, 11002, 0x2afa, fa55, Dial.clir=2 or "
-            "cause 17; nothing: the units")
-        ->type_name("WORDS");
+    AddWords(
+        Add("describe", "Explain a message, enumeration, field, value or number", DescribeCommand),
+        "what",
+        "Such as Dial, Dial.clir, RADIO_E_SIM_BUSY, 11002, 0x2afa, Dial.clir=2 or cause 17; "
+        "nothing: the units",
+        "WORDS");
   }
 
   void AddList() {
-    CLI::App* command = Add("list", "List the messages, the enumerations, or what is in them",
-                            [this](Schema& schema) { return ListCommand(schema, list_); });
-    OneOf(command->add_option("what", list_, "messages (default), enums, fields or values"),
+    CLI::App* command =
+        Add("list", "List the messages, the enumerations, or what is in them", ListCommand);
+    OneOf(command->add_option("what", options_.list, "messages (default), enums, fields or values"),
           {"messages", "enums", "fields", "values"});
   }
 
   void AddDiff() {
-    CLI::App* command = Add("diff", "Compare two messages or two recordings field by field",
-                            [this](Schema& schema) { return RunDiff(schema); });
-    command
-        ->add_option("what", words_,
-                     "Two messages of a type, two streams of a type, or two captures or logs")
-        ->required()
-        ->type_name("[TYPE] LEFT RIGHT");
-    command->add_flag("--delimited", diff_.delimited, "The two are streams of the type");
-    AddFrom(command, diff_.from);
-    AddMasking(command, diff_.mask, diff_.trust_type);
-  }
-
-  Status RunMask(Schema& schema) {
-    if (words_.size() < 2) throw UsageError("mask takes IN... OUT");
-    mask_.from.assign(words_.begin(), words_.end() - 1);
-    mask_.to = words_.back();
-    return MaskCommand(schema, mask_);
-  }
-
-  Status RunDiff(Schema& schema) {
-    if (words_.size() < 2 || words_.size() > 3) throw UsageError("diff takes [TYPE] LEFT RIGHT");
-    if (words_.size() == 3) diff_.type = words_.front();
-    diff_.left = words_[words_.size() - 2];
-    diff_.right = words_.back();
-    return DiffCommand(schema, diff_);
+    CLI::App* command =
+        Add("diff", "Compare two messages or two recordings field by field", DiffCommand);
+    AddWords(command, "what", "Two messages of a type, or two captures or logs",
+             "[TYPE] LEFT RIGHT")
+        ->required();
+    AddFrom(command);
+    AddMasking(command);
   }
 
   CLI::App app_{
       "Explains messages of the virtual modem: decodes, encodes, identifies, describes, "
       "compares them.",
       kProgram};
-  std::map<std::string, std::function<Status(Schema&)>> runs_;
+  std::map<std::string, Status (*)(Schema&, const Options&)> runs_;
   std::string schema_;
-  DecodeOptions decode_;
-  LogOptions log_;
-  MaskOptions mask_;
-  EncodeOptions encode_;
-  IdentifyOptions identify_;
-  DiffOptions diff_;
-  std::vector<std::string> words_;  // of describe, diff and mask
-  std::string list_ = "messages";
+  Options options_;
 };
 
 }  // namespace

@@ -20,34 +20,23 @@ enum Status : std::uint8_t {
   kDifferent = 3,
 };
 
-struct DecodeOptions {
+// What the command line asks for. Each command looks at what is its own.
+struct Options {
   std::string type;
   Source source;
+  std::vector<std::string> words;  // files of log, mask and diff; what to describe
+  std::string list = "messages";   // or enums, fields, values
+  Encoding to = Encoding::kAuto;   // kAuto: hex on a terminal, else binary
+  std::string capture;             // file to write, framed as a capture has it; empty for none
+  bool all = false;
+  bool delimited = false;
   bool json = false;
   bool mask = false;
-  bool trust_type = false;  // mask bytes that do not fit the type, too
-  bool delimited = false;
-};
-Status DecodeCommand(Schema& schema, const DecodeOptions& options);
-
-struct EncodeOptions {
-  std::string type;
-  std::string file = "-";
-  Encoding to = Encoding::kAuto;  // kAuto: hex on a terminal, else binary
-  std::string capture;  // file to write instead, framed as a capture has it; empty for none
-  bool json = false;
   bool partial = false;
-  bool delimited = false;
   bool skeleton = false;
-};
-Status EncodeCommand(Schema& schema, const EncodeOptions& options);
+  bool trust_type = false;  // mask bytes that do not fit the type, too
 
-// The encoded form of a message written as JSON or in the text format, required fields present or
-// not. The message gives the type; its content is dropped. Throws Error.
-std::string EncodeMessage(std::string_view source, bool json, Message& message);
-
-struct LogOptions {
-  std::vector<std::string> files{"-"};  // one after another
+  // What log shows, of which messages.
   std::vector<std::string> types;
   std::vector<std::string> units;
   std::vector<std::string> kinds;
@@ -58,42 +47,20 @@ struct LogOptions {
   bool pairs = false;
   bool count = false;
   bool diagram = false;
-  bool json = false;
-  bool mask = false;
   bool follow = false;
 };
-Status LogCommand(Schema& schema, const LogOptions& options);
 
-struct MaskOptions {
-  std::vector<std::string> from;  // one message, or captures one after another
-  std::string to;
-  std::string type;  // of the one message, empty for a capture
-  Encoding encoding = Encoding::kAuto;
-  bool trust_type = false;
-};
-Status MaskCommand(Schema& schema, const MaskOptions& options);
+Status DecodeCommand(Schema& schema, const Options& options);
+Status EncodeCommand(Schema& schema, const Options& options);
+Status LogCommand(Schema& schema, const Options& options);
+Status MaskCommand(Schema& schema, const Options& options);
+Status IdentifyCommand(Schema& schema, const Options& options);
+Status DescribeCommand(Schema& schema, const Options& options);
+Status ListCommand(Schema& schema, const Options& options);
+Status DiffCommand(Schema& schema, const Options& options);
 
-struct IdentifyOptions {
-  Source source;
-  bool all = false;
-};
-Status IdentifyCommand(Schema& schema, const IdentifyOptions& options);
-
-// words: a name, a number, both, or bytes of the wire, as logs write them; none for the units.
-Status DescribeCommand(const Schema& schema, const std::vector<std::string>& words);
-
-// what: "messages", "enums", "fields" or "values".
-Status ListCommand(const Schema& schema, const std::string& what);
-
-struct DiffOptions {
-  std::string type;  // empty for two captures or logs
-  std::string left;
-  std::string right;
-  Encoding from = Encoding::kAuto;
-  bool mask = false;
-  bool trust_type = false;
-  bool delimited = false;
-};
-Status DiffCommand(Schema& schema, const DiffOptions& options);
+// The encoded form of a message written as JSON or in the text format, required fields present or
+// not. The message gives the type; its content is dropped. Throws Error.
+std::string EncodeMessage(std::string_view source, bool json, Message& message);
 
 }  // namespace virtual_modem::inspect

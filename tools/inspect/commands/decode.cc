@@ -13,7 +13,7 @@ namespace {
 
 // Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error,
 // after the heading.
-void PrintFindings(const Findings& findings, const DecodeOptions& options, bool shown,
+void PrintFindings(const Findings& findings, const Options& options, bool shown,
                    const std::string& heading, Output& out) {
   if (findings.empty()) return;
   // Findings quote numbers, which may be subscriber data of the type that the bytes are of.
@@ -27,8 +27,8 @@ void PrintFindings(const Findings& findings, const DecodeOptions& options, bool 
   }
 }
 
-Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
-                    const DecodeOptions& options, Output& out) {
+Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const Options& options,
+                    Output& out) {
   DelimitedReader reader(stream);
   stream.BeforeWait([&out] { out.Flush(); });
   std::int64_t count = 0;
@@ -59,7 +59,7 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream,
 
 }  // namespace
 
-Status DecodeCommand(Schema& schema, const DecodeOptions& options) {
+Status DecodeCommand(Schema& schema, const Options& options) {
   const unsigned type = schema.IndexOf(schema.GetMessage(options.type));
   Output out;
   Printer printer(schema,

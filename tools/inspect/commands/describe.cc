@@ -1,15 +1,13 @@
 // describe and list: the schema with its comments, for people.
 #include <google/protobuf/descriptor.h>
-#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/wire_format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -29,33 +27,14 @@ std::string Headline(const Declaration& declaration) {
   return comment.substr(0, comment.find_first_of(".;:"));
 }
 
-std::string VarintBytes(std::uint64_t value) {
-  std::string bytes(10, '\0');
-  auto* data = reinterpret_cast<std::uint8_t*>(bytes.data());
-  const std::uint8_t* end =
-      google::protobuf::io::CodedOutputStream::WriteVarint64ToArray(value, data);
-  return ToHex(bytes.substr(0, static_cast<std::size_t>(end - data)));
-}
-
 // The bytes before each value of the field, in hex.
 std::string TagBytes(const FieldDescriptor& field) {
-  return VarintBytes(google::protobuf::internal::WireFormat::MakeTag(&field));
-}
-
-std::string TypeName(const FieldDescriptor& field) {
-  if (field.message_type() != nullptr) return field.message_type()->full_name();
-  if (field.enum_type() != nullptr) return field.enum_type()->full_name();
-  return field.type_name();
-}
-
-const char* Label(const FieldDescriptor& field) {
-  if (field.is_required()) return "required";
-  return field.is_repeated() ? "repeated" : "optional";
+  return ToHex(Varint(google::protobuf::internal::WireFormat::MakeTag(&field)));
 }
 
 // The declaration as the schema has it, with tag and comment.
 void PrintFieldLine(const FieldDescriptor& field) {
-  std::cout << "  " << Label(field) << ' ' << TypeName(field) << ' ' << field.name() << " = "
+  std::cout << "  " << LabelOf(field) << ' ' << TypeOf(field) << ' ' << field.name() << " = "
             << field.number() << "  tag " << TagBytes(field) << '\n';
   const std::string comment = Comment(field);
   if (!comment.empty()) std::cout << "      " << comment << '\n';
@@ -96,39 +75,18 @@ void PrintEnum(const Schema& schema, const EnumDescriptor& type) {
 
 void PrintValue(const EnumValueDescriptor& value) {
   std::cout << value.type()->name() << ": " << value.name() << " = " << value.number()
-            << "  on the wire " << VarintBytes(static_cast<std::uint64_t>(value.number())) << '\n';
+            << "  on the wire " << ToHex(Varint(static_cast<std::uint64_t>(value.number())))
+            << '\n';
   const std::string comment = Comment(value);
   if (!comment.empty()) std::cout << "      " << comment << '\n';
 }
 
 // Decimal or 0x hex, with or without a sign.
-std::optional<std::int32_t> ParseNumber(std::string_view text) {
-  const bool negative = !text.empty() && text.front() == '-';
-  if (negative) text.remove_prefix(1);
-  const bool hex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
-  if (hex) text.remove_prefix(2);
-  std::uint32_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, number, hex ? 16 : 10);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  const std::int64_t value = negative ? -std::int64_t{number} : std::int64_t{number};
-  if (value < INT32_MIN || value > INT32_MAX) return std::nullopt;
-  return static_cast<std::int32_t>(value);
-}
-
-// A number as an enumeration has it on the wire, in hex.
-std::optional<std::int32_t> ParseWireNumber(const std::string& text) {
-  std::string bytes;
-  std::string ignored;
-  if (ParseHex(text, bytes, ignored, ignored) != HexResult::kRead || bytes.empty()) {
-    return std::nullopt;
-  }
-  google::protobuf::io::CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                            static_cast<int>(bytes.size()));
-  std::uint64_t value = 0;
-  if (!in.ReadVarint64(&value) || in.CurrentPosition() != static_cast<int>(bytes.size())) {
-    return std::nullopt;
-  }
+std::optional<std::int32_t> ParseNumber(const std::string& text) {
+  const bool hex = text.find_first_of("xX") != std::string::npos;
+  char* end = nullptr;
+  const std::int64_t value = std::strtoll(text.c_str(), &end, hex ? 16 : 10);
+  if (text.empty() || *end != '\0' || value < INT32_MIN || value > INT32_MAX) return std::nullopt;
   return static_cast<std::int32_t>(value);
 }
 
@@ -240,16 +198,12 @@ bool DescribePair(const Schema& schema, const std::string& name, const std::stri
     for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
   }
   if (found) return true;
-  if (types.size() == 1) {
-    throw Error(value + " is not a value of " + types.front()->full_name() +
-                (number ? "" : DidYouMean(value, names)));
-  }
-  if (!types.empty()) {
-    throw Error(value + " is a value of none of the " + std::to_string(types.size()) +
-                " enumerations that " + name + " can be" +
-                (number ? "" : DidYouMean(value, names)));
-  }
-  return DescribeName(schema, name);  // a field whose numbers have no names
+  if (types.empty()) return DescribeName(schema, name);  // a field whose numbers have no names
+  throw Error(value +
+              (types.size() == 1 ? " is not a value of " + types.front()->full_name()
+                                 : " is a value of none of the " + std::to_string(types.size()) +
+                                       " enumerations that " + name + " can be") +
+              (number ? "" : DidYouMean(value, names)));
 }
 
 void PrintOverview(const Schema& schema) {
@@ -283,9 +237,9 @@ std::vector<std::string> NamesLike(const Schema& schema, const std::string& name
 
 }  // namespace
 
-Status DescribeCommand(const Schema& schema, const std::vector<std::string>& words) {
+Status DescribeCommand(Schema& schema, const Options& options) {
   std::string what;
-  for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
+  for (const std::string& word : options.words) what += (what.empty() ? "" : " ") + word;
   if (what.empty()) {
     PrintOverview(schema);
     return kOk;
@@ -296,8 +250,6 @@ Status DescribeCommand(const Schema& schema, const std::vector<std::string>& wor
     throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
                 " enumerations");
   }
-  const auto wire_number = ParseWireNumber(what);
-  if (wire_number && DescribeNumber(schema, *wire_number)) return kOk;
   constexpr std::string_view kBetween = " =:,;";
   const std::string name = what.substr(0, what.find_first_of(kBetween));
   const std::size_t begin = what.find_first_not_of(kBetween, name.size());
@@ -309,7 +261,8 @@ Status DescribeCommand(const Schema& schema, const std::vector<std::string>& wor
   throw Error("nothing is called " + unknown + DidYouMean(unknown, NamesLike(schema, unknown)));
 }
 
-Status ListCommand(const Schema& schema, const std::string& what) {
+Status ListCommand(Schema& schema, const Options& options) {
+  const std::string& what = options.list;
   const auto print = [](const auto& declaration) {
     std::cout << declaration.full_name() << "  " << UnitOf(*declaration.file()) << "  "
               << Headline(declaration) << '\n';

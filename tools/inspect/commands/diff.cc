@@ -65,16 +65,16 @@ bool Compare(const Schema& schema, const Message& left, const Message& right, bo
   return differencer.Compare(left, right);
 }
 
-std::unique_ptr<Message> Read(Schema& schema, const std::string& path, const DiffOptions& options) {
-  std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(options.type));
-  const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.from}), *message);
-  if (findings.count(Findings::kMalformed) != 0) {
-    throw Error(DisplayName(path) + ": not a valid " + options.type + " (" + findings.Summary() +
-                ")");
-  }
-  if (options.mask && !options.trust_type && findings.misfit()) {
-    throw Error(DisplayName(path) + ": not shown, as it does not fit " + options.type + " (" +
-                findings.Summary() + "); --trust-type compares it all the same");
+std::unique_ptr<Message> Read(Schema& schema, const std::string& type, const std::string& path,
+                              const Options& options) {
+  std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(type));
+  const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.source.from}), *message);
+  const bool malformed = findings.count(Findings::kMalformed) != 0;
+  if (malformed || (options.mask && !options.trust_type && findings.misfit())) {
+    throw Error(DisplayName(path) + ": not " +
+                (malformed ? "a valid " : "shown, as it does not fit ") + type + " (" +
+                findings.Summary() + ")" +
+                (malformed ? "" : "; --trust-type compares it all the same"));
   }
   return message;
 }
@@ -89,48 +89,30 @@ struct Recorded {
   bool whole;
 };
 
-// Calls take(key, recorded) for each message of a capture, a log or a stream of one type.
+// Calls take(key, recorded) for each message of a capture or a log.
 template <typename Take>
-void ReadMessages(const Schema& schema, const std::string& path, const DiffOptions& options,
-                  const Take& take) {
+void ReadMessages(const Schema& schema, const std::string& path, const Take& take) {
   std::unordered_map<std::string, int> seen;
-  const auto found = [&](const TypeInfo* type, std::string_view name, std::string_view way,
-                         std::int64_t number, std::string_view bytes, bool whole) {
-    std::string title(name.empty() ? "?" : name);
-    if (type != nullptr) {
-      const Glance glance = TakeGlance(schema, *type, bytes, nullptr);
-      if (glance.serial) title += " #" + std::to_string(*glance.serial);
-      whole = whole && !glance.outcome.malformed();
-    }
-    std::string key = title;
-    key += way;
-    key += " " + std::to_string(seen[key]++);
-    take(key, Recorded{title, type, number, std::string(bytes), whole});
-  };
-  if (options.delimited) {
-    ByteStream stream(path);
-    const TypeInfo* type = schema.FindType(schema.GetMessage(options.type).full_name());
-    DelimitedReader reader(stream);
-    for (std::int64_t number = 0; reader.Next(); ++number) {
-      if (reader.cut()) {
-        throw Error(stream.name() + ": the stream ends within message " + std::to_string(number));
-      }
-      found(type, type->type->full_name(), "", number, reader.bytes(), true);
-    }
-    return;
-  }
   Recording recording(schema, {path});
   Record record;
   while (recording.Next(record)) {
-    found(record.type, record.name, record.direction == Direction::kToModem ? ">" : "<",
-          record.number, record.bytes, record.problem.empty());
+    std::string title(record.name.empty() ? "?" : record.name);
+    bool whole = record.problem.empty();
+    if (record.type != nullptr) {
+      const Glance glance = TakeGlance(schema, *record.type, record.bytes, nullptr);
+      if (glance.serial) title += " #" + std::to_string(*glance.serial);
+      whole = whole && !glance.outcome.malformed();
+    }
+    std::string key = title + (record.direction == Direction::kToModem ? ">" : "<");
+    key += std::to_string(seen[key]++);
+    take(key, Recorded{title, record.type, record.number, std::string(record.bytes), whole});
   }
   recording.RequireMessages(" (two messages need their TYPE)");
 }
 
 // How two messages of one place differ, as far as it may be shown.
 std::string Difference(Schema& schema, const Recorded& left, const Recorded& right,
-                       const DiffOptions& options) {
+                       const Options& options) {
   std::string report;
   if (left.bytes == right.bytes) {
     if (!left.whole || !right.whole) report = "not comparable: cut or malformed\n";
@@ -150,15 +132,16 @@ std::string Difference(Schema& schema, const Recorded& left, const Recorded& rig
   return report;
 }
 
-Status DiffRecordings(Schema& schema, const DiffOptions& options) {
+Status DiffRecordings(Schema& schema, const std::string& left_path, const std::string& right_path,
+                      const Options& options) {
   std::unordered_map<std::string, Recorded> lefts;
   std::vector<std::string> order;
-  ReadMessages(schema, options.left, options, [&](const std::string& key, Recorded recorded) {
+  ReadMessages(schema, left_path, [&](const std::string& key, Recorded recorded) {
     lefts.emplace(key, std::move(recorded));
     order.push_back(key);
   });
   bool equal = true;
-  ReadMessages(schema, options.right, options, [&](const std::string& key, const Recorded& right) {
+  ReadMessages(schema, right_path, [&](const std::string& key, const Recorded& right) {
     const auto left = lefts.find(key);
     if (left == lefts.end()) {
       std::cout << "# only right: " << right.title << ", message " << right.number << '\n';
@@ -186,23 +169,26 @@ Status DiffRecordings(Schema& schema, const DiffOptions& options) {
 
 }  // namespace
 
-Status DiffCommand(Schema& schema, const DiffOptions& options) {
+Status DiffCommand(Schema& schema, const Options& options) {
+  const std::size_t count = options.words.size();
+  if (count < 2 || count > 3) throw UsageError("diff takes [TYPE] LEFT RIGHT");
+  const std::string& left_path = options.words[count - 2];
+  const std::string& right_path = options.words[count - 1];
   if (options.mask) schema.RequireSubscriberData();
-  if (options.left == "-" && options.right == "-") {
-    throw UsageError("only one side can be read from -");
+  if (left_path == "-" && right_path == "-") throw UsageError("only one side can be read from -");
+  if (count == 2) {
+    if (options.source.from != Encoding::kAuto) {
+      throw UsageError("--from is for two messages of a type");
+    }
+    if (access(left_path.c_str(), F_OK) != 0 && schema.FindMessage(left_path) != nullptr) {
+      throw UsageError("two messages of type " + left_path + " are two files: " + left_path +
+                       " LEFT RIGHT");
+    }
+    return DiffRecordings(schema, left_path, right_path, options);
   }
-  if (options.delimited && options.type.empty()) throw UsageError("two streams need their TYPE");
-  if (options.from != Encoding::kAuto && (options.delimited || options.type.empty())) {
-    throw UsageError("--from is for two messages of a type");
-  }
-  if (options.type.empty() && access(options.left.c_str(), F_OK) != 0 &&
-      schema.FindMessage(options.left) != nullptr) {
-    throw UsageError("two messages of type " + options.left + " are two files: " + options.left +
-                     " LEFT RIGHT");
-  }
-  if (options.type.empty() || options.delimited) return DiffRecordings(schema, options);
-  const std::unique_ptr<Message> left = Read(schema, options.left, options);
-  const std::unique_ptr<Message> right = Read(schema, options.right, options);
+  const std::string& type = options.words.front();
+  const std::unique_ptr<Message> left = Read(schema, type, left_path, options);
+  const std::unique_ptr<Message> right = Read(schema, type, right_path, options);
   std::string report;
   const bool equal = Compare(schema, *left, *right, options.mask, report);
   std::cout << report;

@@ -1,8 +1,6 @@
 // encode: text or JSON in, bytes out, after the same checks as decode makes.
 
-#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/tokenizer.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/stubs/strutil.h>
 #include <google/protobuf/text_format.h>
 #include <unistd.h>
@@ -54,55 +52,25 @@ std::string ToText(const std::string& bytes, Encoding encoding) {
   }
 }
 
-std::string FirstValue(const FieldDescriptor& field) {
-  switch (field.cpp_type()) {
-    case FieldDescriptor::CPPTYPE_STRING:
-      return "\"\"";
-    case FieldDescriptor::CPPTYPE_BOOL:
-      return "false";
-    case FieldDescriptor::CPPTYPE_ENUM:
-      return field.enum_type()->value(0)->name();
-    default:
-      return "0";
-  }
-}
-
-// The values of an enumeration that are few enough to be chosen from.
-std::string Choice(const FieldDescriptor& field) {
-  constexpr int kMaxValues = 8;
-  if (field.enum_type() == nullptr) return "";
-  if (field.enum_type()->value_count() > kMaxValues) return " " + field.enum_type()->name();
-  std::string values = ":";
-  for (int i = 0; i < field.enum_type()->value_count(); ++i) {
-    values += (i == 0 ? " " : ", ") + field.enum_type()->value(i)->name();
-  }
-  return values;
-}
-
 // The required fields of the type and below with values that can be encoded, the others as
-// comments; beside each what it is.
-void AppendSkeleton(const Descriptor& type, const std::string& indent, std::string& text) {
+// comments; beside each its type.
+void AppendSkeleton(const Message& message, const std::string& indent, std::string& text) {
+  const Descriptor& type = *message.GetDescriptor();
   for (int i = 0; i < type.field_count(); ++i) {
     const FieldDescriptor& field = *type.field(i);
-    const std::string note =
-        std::string(field.is_repeated() ? "repeated" : "optional") +
-        (field.message_type() != nullptr ? " " + field.message_type()->name() : Choice(field));
+    text.append(indent).append(field.is_required() ? "" : "# ").append(field.name());
     if (!field.is_required()) {
-      const bool message = field.message_type() != nullptr;
-      text += indent;
-      text += "# " + field.name();
-      text += message ? " {}" : ": " + FirstValue(field);
-      text += "  # " + note + "\n";
+      text.append(": ").append(LabelOf(field)).append(" ").append(TypeOf(field));
     } else if (field.message_type() != nullptr) {
-      text += indent + field.name() + " {\n";
-      AppendSkeleton(*field.message_type(), indent + "  ", text);
-      text += indent + "}\n";
+      text.append(" {\n");
+      AppendSkeleton(message.GetReflection()->GetMessage(message, &field), indent + "  ", text);
+      text.append(indent).append("}");
     } else {
-      const std::string choice = Choice(field);
-      text += indent + field.name() + ": " + FirstValue(field);
-      if (!choice.empty()) text += "  #" + choice.substr(choice[0] == ':' ? 1 : 0);
-      text += "\n";
+      std::string value;
+      TextFormat::PrintFieldValueToString(message, &field, -1, &value);
+      text.append(": ").append(value).append("  # ").append(TypeOf(field));
     }
+    text.append("\n");
   }
 }
 
@@ -136,17 +104,17 @@ std::string EncodeMessage(std::string_view source, bool json, Message& message) 
   return message.SerializePartialAsString();
 }
 
-Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
+Status EncodeCommand(Schema& schema, const Options& options) {
   const Descriptor& type = schema.GetMessage(options.type);
   if (options.skeleton) {
     std::string text;
-    AppendSkeleton(type, "", text);
+    AppendSkeleton(*schema.NewMessage(type), "", text);
     std::cout << text;
     return kOk;
   }
   const std::unique_ptr<Message> message = schema.NewMessage(type);
-  const std::string name = DisplayName(options.file);
-  ByteStream stream(options.file);
+  const std::string name = DisplayName(options.source);
+  ByteStream stream(options.source.file);
   const std::string source = ReadAll(stream);
   std::string bytes;
   try {
@@ -167,12 +135,7 @@ Status EncodeCommand(Schema& schema, const EncodeOptions& options) {
     WriteCapture(*schema.FindType(type.full_name()), bytes, options.capture);
     return kOk;
   }
-  if (options.delimited) {
-    std::string length;
-    io::StringOutputStream stream(&length);
-    io::CodedOutputStream(&stream).WriteVarint32(static_cast<std::uint32_t>(bytes.size()));
-    bytes.insert(0, length);
-  }
+  if (options.delimited) bytes.insert(0, Varint(bytes.size()));
   Encoding to = options.to;
   if (to == Encoding::kAuto) {
     to = isatty(STDOUT_FILENO) != 0 ? Encoding::kHex : Encoding::kBinary;

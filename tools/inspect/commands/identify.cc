@@ -113,7 +113,7 @@ void PrintRanking(const std::vector<Candidate>& candidates) {
 
 }  // namespace
 
-Status IdentifyCommand(Schema& schema, const IdentifyOptions& options) {
+Status IdentifyCommand(Schema& schema, const Options& options) {
   const std::string bytes = ReadBytes(options.source);
   const std::string name = DisplayName(options.source);
   if (bytes.empty()) throw Error(name + ": there are no bytes to identify");

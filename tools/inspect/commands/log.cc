@@ -16,7 +16,7 @@ namespace {
 
 class Filter {
  public:
-  Filter(const Schema& schema, const LogOptions& options) : schema_(schema), options_(options) {
+  Filter(const Schema& schema, const Options& options) : schema_(schema), options_(options) {
     for (const std::string& name : options.types) types_.push_back(&schema.GetMessage(name));
     for (const std::string& unit : options.units) CheckUnit(unit);
     if (!options.grep.empty()) condition_.emplace(schema, options.grep);
@@ -58,12 +58,12 @@ class Filter {
   }
 
   const Schema& schema_;
-  const LogOptions& options_;
+  const Options& options_;
   std::vector<const Descriptor*> types_;
   std::optional<FieldCondition> condition_;
 };
 
-std::unique_ptr<LogView> MakeView(Schema& schema, const LogOptions& options, Output& out) {
+std::unique_ptr<LogView> MakeView(Schema& schema, const Options& options, Output& out) {
   if (options.diagram) return MakeDiagram(schema, options.pairs, out);
   if (options.pairs) return MakePairs(options.json, out);
   if (options.count) return MakeCounts(options.json, out);
@@ -72,11 +72,13 @@ std::unique_ptr<LogView> MakeView(Schema& schema, const LogOptions& options, Out
 
 }  // namespace
 
-Status LogCommand(Schema& schema, const LogOptions& options) {
+Status LogCommand(Schema& schema, const Options& options) {
   const Filter filter(schema, options);
   Output out;
   const std::unique_ptr<LogView> view = MakeView(schema, options, out);
-  Recording recording(schema, options.files, options.follow, [&out] { out.Flush(); });
+  const std::vector<std::string> input{"-"};
+  Recording recording(schema, options.words.empty() ? input : options.words, options.follow,
+                      [&out] { out.Flush(); });
   Record record;
   try {
     while (recording.Next(record)) {

@@ -26,15 +26,17 @@ std::string MaskedFrame(Schema& schema, const Record& record) {
   return masked;
 }
 
-Status MaskCaptures(Schema& schema, const MaskOptions& options) {
-  Recording recording(schema, options.from);
+Status MaskCaptures(Schema& schema, const Options& options) {
+  const std::vector<std::string> from(options.words.begin(), options.words.end() - 1);
+  const std::string& to = options.words.back();
+  Recording recording(schema, from);
   const CaptureForm form = recording.Form();
   if (form == CaptureForm::kNoCapture) {
-    throw Error(DisplayName(options.from.front()) + ": not a capture; one message needs --type");
+    throw Error(DisplayName(from.front()) + ": not a capture; one message needs --type");
   }
   const auto resolution = form == CaptureForm::kNanoseconds ? capture::Resolution::kNanoseconds
                                                             : capture::Resolution::kMicroseconds;
-  FileToWrite file(options.to);
+  FileToWrite file(to);
   std::string out;
   capture::AppendFileHeader(resolution, out);
   Record record;
@@ -44,7 +46,7 @@ Status MaskCaptures(Schema& schema, const MaskOptions& options) {
     if (record.name.empty()) continue;  // whatever it is, it names no type
     file.Write(out);
     out.clear();
-    AppendRecord(record, MaskedFrame(schema, record), resolution, options.to, out);
+    AppendRecord(record, MaskedFrame(schema, record), resolution, to, out);
   }
   file.Write(out);
   file.Keep();
@@ -57,9 +59,9 @@ Status MaskCaptures(Schema& schema, const MaskOptions& options) {
   return kOk;
 }
 
-Status MaskMessage(Schema& schema, const MaskOptions& options) {
-  if (options.from.size() > 1) throw UsageError("--type takes one message");
-  const Source source{options.from.front(), options.encoding};
+Status MaskMessage(Schema& schema, const Options& options) {
+  if (options.words.size() > 2) throw UsageError("--type takes one message");
+  const Source source{options.words.front(), options.source.from};
   const Descriptor& type = schema.GetMessage(options.type);
   bool binary = false;
   const std::string bytes = ReadBytes(source, &binary);
@@ -72,7 +74,7 @@ Status MaskMessage(Schema& schema, const MaskOptions& options) {
   }
   std::string masked;
   text::AppendMasked(schema.tables(), index, bytes, text::Show::kMasked, masked);
-  FileToWrite file(options.to);
+  FileToWrite file(options.words.back());
   file.Write(binary ? masked : ToHex(masked) + "\n");  // what came as text goes as text
   file.Keep();
   return kOk;
@@ -80,7 +82,8 @@ Status MaskMessage(Schema& schema, const MaskOptions& options) {
 
 }  // namespace
 
-Status MaskCommand(Schema& schema, const MaskOptions& options) {
+Status MaskCommand(Schema& schema, const Options& options) {
+  if (options.words.size() < 2) throw UsageError("mask takes IN... OUT");
   schema.RequireSubscriberData();
   return options.type.empty() ? MaskCaptures(schema, options) : MaskMessage(schema, options);
 }

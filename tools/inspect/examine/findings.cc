@@ -13,28 +13,10 @@ using google::protobuf::Reflection;
 
 constexpr std::size_t kMaxTexts = 100;
 
-// Such as "varint".
 const char* WireTypeName(text::WireType wire_type) {
-  switch (wire_type) {
-    case text::kVarint:
-      return "varint";
-    case text::kFixed64:
-      return "64-bit";
-    case text::kLengthDelimited:
-      return "length-delimited";
-    case text::kStartGroup:
-      return "group";
-    case text::kFixed32:
-      return "32-bit";
-    default:
-      return "none";
-  }
-}
-
-// The field of that message whose value is the one at the level.
-const FieldDescriptor* FieldAt(const text::Tables& tables, const Descriptor& above,
-                               const text::Level& level) {
-  return above.FindFieldByNumber(static_cast<int>(tables.NumberOf(*level.field)));
+  constexpr std::array<const char*, 6> kNames{"varint", "64-bit", "length-delimited",
+                                              "group",  "none",   "32-bit"};
+  return kNames.at(wire_type);
 }
 
 // The message at a level below the outermost one; null when the runtime has none there.
@@ -42,45 +24,39 @@ const Message* At(const text::Tables& tables, const Message& outermost, const te
   if (level.above == nullptr) return &outermost;
   const Message* above = At(tables, outermost, *level.above);
   if (above == nullptr) return nullptr;
-  const FieldDescriptor* field = FieldAt(tables, *above->GetDescriptor(), level);
+  const int number = static_cast<int>(tables.NumberOf(*level.field));
+  const FieldDescriptor* field = above->GetDescriptor()->FindFieldByNumber(number);
   const Reflection& reflection = *above->GetReflection();
   if (level.index < 0) return &reflection.GetMessage(*above, field);
   if (level.index >= reflection.FieldSize(*above, field)) return nullptr;
   return &reflection.GetRepeatedMessage(*above, field, level.index);
 }
 
-const Descriptor* TypeAt(const text::Tables& tables, const Descriptor& outermost,
-                         const text::Level& level) {
-  if (level.above == nullptr) return &outermost;
-  const Descriptor* above = TypeAt(tables, outermost, *level.above);
-  return FieldAt(tables, *above, level)->message_type();
-}
-
 // Turns what the walk comes by into findings. The message was parsed from the same bytes.
 class Reporter : public text::Handler {
  public:
-  Reporter(const text::Tables& tables, std::string_view bytes, const Message& message,
-           Findings& findings)
-      : tables_(tables), bytes_(bytes), message_(message), findings_(findings) {}
+  Reporter(const Schema& schema, std::string_view bytes, const Message& message, Findings& findings)
+      : schema_(schema), bytes_(bytes), message_(message), findings_(findings) {}
 
   void Unknown(const text::Level& level, const text::Field* row, std::uint32_t number,
                text::WireType wire_type, std::string_view whole, std::string_view value) {
     const auto offset = std::to_string(whole.data() - bytes_.data());
     if (row == nullptr) {
       if (findings_.full()) return findings_.Add(Findings::kUnknown, "");
-      const std::string path = text::PathTo(tables_, level);
+      const std::string path = text::PathTo(schema_.tables(), level);
       findings_.Add(Findings::kUnknown, path + (path.empty() ? "" : ": ") + "unknown field " +
                                             std::to_string(number) + " at byte " + offset + ", " +
                                             WireTypeName(wire_type) + ", " +
                                             std::to_string(whole.size()) + " bytes with its tag");
       return;
     }
-    const FieldDescriptor& field = *TypeAt(tables_, *message_.GetDescriptor(), level)
-                                        ->FindFieldByNumber(static_cast<int>(number));
+    const Descriptor& type = level.field == nullptr ? *message_.GetDescriptor()
+                                                    : *schema_.messages()[level.field->below];
+    const FieldDescriptor& field = *type.FindFieldByNumber(static_cast<int>(number));
     const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
     const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
     if (findings_.full()) return findings_.Add(kind, "");
-    const std::string path = text::PathTo(tables_, level, *row);
+    const std::string path = text::PathTo(schema_.tables(), level, *row);
     const std::string consequence = Consequence(level, field, path, offset);
     if (undeclared) {
       findings_.Add(kind, path + ": " + std::to_string(NumberIn(value)) + " is not a " +
@@ -92,7 +68,7 @@ class Reporter : public text::Handler {
   }
 
   void Malformed(const text::Level& level, const text::Outcome& outcome) {
-    const std::string path = text::PathTo(tables_, level);
+    const std::string path = text::PathTo(schema_.tables(), level);
     ReportMalformed(outcome.offset, path.empty() ? "" : " in " + path, text::Explain(outcome));
   }
 
@@ -130,13 +106,13 @@ class Reporter : public text::Handler {
     std::string text =
         "; kept as unknown field " + std::to_string(field.number()) + " (byte " + offset + ")";
     if (field.is_repeated()) return text;
-    const Message* message = At(tables_, message_, level);
+    const Message* message = At(schema_.tables(), message_, level);
     if (message != nullptr && message->GetReflection()->HasField(*message, &field)) return text;
     told_.insert(path);
     return text + ", so " + (field.is_required() ? "required " : "") + field.name() + " is absent";
   }
 
-  const text::Tables& tables_;
+  const Schema& schema_;
   const std::string_view bytes_;
   const Message& message_;
   Findings& findings_;
@@ -186,7 +162,7 @@ bool IsPlain(const text::Outcome& outcome) {
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   Findings findings;
-  Reporter reporter(schema.tables(), bytes, message, findings);
+  Reporter reporter(schema, bytes, message, findings);
   const text::Outcome outcome =
       text::WalkMessage(schema.tables(), schema.IndexOf(*message.GetDescriptor()), bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <vector>
+#include <map>
 
 #include "inspect/error.h"
 
@@ -27,25 +27,14 @@ std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
 
 // Bytes before the IP header.
 std::size_t LinkHeader(pcap* capture, const std::string& name) {
-  switch (pcap_datalink(capture)) {
-    case DLT_RAW:
-    case DLT_IPV4:
-      return 0;
-    case DLT_NULL:
-    case DLT_LOOP:
-      return 4;
-    case DLT_EN10MB:
-      return 14;
-    case DLT_LINUX_SLL:
-      return 16;
-    case DLT_LINUX_SLL2:
-      return 20;
-    default: {
-      const char* link = pcap_datalink_val_to_name(pcap_datalink(capture));
-      throw Error(name + ": a capture of link type " + (link == nullptr ? "unknown" : link) +
-                  ", which does not carry the messages' datagrams");
-    }
-  }
+  static const std::map<int, std::size_t> sizes{
+      {DLT_RAW, 0},     {DLT_IPV4, 0},       {DLT_NULL, 4},       {DLT_LOOP, 4},
+      {DLT_EN10MB, 14}, {DLT_LINUX_SLL, 16}, {DLT_LINUX_SLL2, 20}};
+  const auto found = sizes.find(pcap_datalink(capture));
+  if (found != sizes.end()) return found->second;
+  const char* link = pcap_datalink_val_to_name(pcap_datalink(capture));
+  throw Error(name + ": a capture of link type " + (link == nullptr ? "unknown" : link) +
+              ", which does not carry the messages' datagrams");
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "inspect/read/hex.h"
 
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -13,8 +16,11 @@ namespace {
 constexpr std::string_view kBlank = " \t\r";
 constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
 
-std::string Place(std::size_t line, std::size_t column) {
-  return "line " + std::to_string(line) + ", column " + std::to_string(column + 1);
+// The last digit of an odd number is left out.
+void AppendBytes(std::string_view digits, std::string& bytes) {
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes.push_back(static_cast<char>(HexDigit(digits[i]) * 16 + HexDigit(digits[i + 1])));
+  }
 }
 
 // Hex without offsets.
@@ -32,7 +38,8 @@ class PlainHex {
       if (!column) continue;
       const bool odd = *column < content.size() && HexDigit(content[*column]) >= 0;
       if (odd && result == HexResult::kBroken) continue;
-      why = Place(line, *column) + (odd ? ": half a byte" : "");
+      why = "line " + std::to_string(line) + ", column " + std::to_string(*column + 1);
+      if (odd) why += ": half a byte";
       if (content == "*") {
         why += ": repeated lines were left out of the dump; hexdump -v keeps them";
       }
@@ -76,9 +83,7 @@ class PlainHex {
         bytes_.push_back(static_cast<char>(HexDigit(line[i])));
       } else {
         if (digits % 2 != 0 && !odd) odd = end - 1;
-        for (std::size_t at = i; at + 1 < end; at += 2) {
-          bytes_.push_back(static_cast<char>(HexDigit(line[at]) * 16 + HexDigit(line[at + 1])));
-        }
+        AppendBytes(line.substr(i, digits), bytes_);
         if (prefixed && digits > 2) ++words_;
       }
       i = end;
@@ -91,8 +96,7 @@ class PlainHex {
 };
 
 // Dumps whose lines begin with their offset, as hexdump, xxd, od, debuggers and packet analyzers
-// write them. Programs that write no colon after the offset write numbers in the order of the
-// machine that dumped, when they are of more than one byte.
+// write them.
 class Dump {
  public:
   explicit Dump(std::string& bytes) : bytes_(bytes) { bytes_.clear(); }
@@ -108,17 +112,14 @@ class Dump {
     return offset.colon || offset.digits.find_first_not_of('0') == std::string_view::npos;
   }
 
-  HexResult Read(std::string_view text, std::string& why, std::string& note) {
+  HexResult Read(std::string_view text, std::string& why) {
     for (std::size_t number = 1; !text.empty(); ++number) {
       const std::string_view line = TrimLeft(TakeLine(text));
-      if (!line.empty() && !ReadLine(line)) {
-        why = "line " + std::to_string(number) + ": " + problem_;
-        return HexResult::kBroken;
-      }
-    }
-    if (unit_ > 1) {
-      note = "taken for numbers of " + std::to_string(unit_) +
-             " bytes, the lowest byte first (hexdump -C and od -tx1 write bytes)";
+      if (line.empty()) continue;
+      const std::string problem = ReadLine(line);
+      if (problem.empty()) continue;
+      why = "line " + std::to_string(number) + ": " + problem;
+      return HexResult::kBroken;
     }
     return HexResult::kRead;
   }
@@ -127,6 +128,12 @@ class Dump {
   struct Offset {
     std::string_view digits;
     bool colon = false;
+  };
+  // A base that all offsets so far can be of.
+  struct Base {
+    int radix;
+    bool possible = true;
+    std::uint64_t first = 0;
   };
 
   // Leaves in line what follows the offset.
@@ -144,111 +151,68 @@ class Dump {
     return offset.colon || !prefixed;
   }
 
-  bool Refuse(std::string why) {
-    problem_ = std::move(why);
-    return false;
-  }
-
-  bool ReadLine(std::string_view line) {
+  // Returns what is wrong with it.
+  std::string ReadLine(std::string_view line) {
     Offset offset;
-    if (line == "*") {
-      return Refuse("repeated lines were left out of the dump; hexdump -v keeps them");
+    if (line == "*") return "repeated lines were left out of the dump; hexdump -v keeps them";
+    if (!TakeOffset(line, offset)) return "no offset, as the lines before it have";
+    if (!Fits(offset.digits)) {
+      return "the offset " + std::string(offset.digits) + " does not follow the " +
+             std::to_string(bytes_.size()) + " bytes before it";
     }
-    if (!TakeOffset(line, offset)) return Refuse("no offset, as the lines before it have");
-    line = WithoutCharacters(line, offset.colon);
-    if (!OffsetFits(offset, line.empty())) {
-      return Refuse("the offset " + std::string(offset.digits) + " does not follow the " +
-                    std::to_string(bytes_.size()) + " bytes before it");
-    }
+    // At the right stand the characters, set apart by two spaces after a colon, else by three.
+    line = line.substr(0, std::min(line.find('|'), line.find("  >")));
+    line = line.substr(0, line.find(offset.colon ? "  " : "   "));
     while (!line.empty()) {
       const std::size_t end = std::min(line.find_first_of(kBlank), line.size());
-      if (!ReadNumber(line.substr(0, end), offset.colon)) return false;
+      const std::string problem = ReadGroup(line.substr(0, end), offset.colon);
+      if (!problem.empty()) return problem;
       line = TrimLeft(line.substr(end));
     }
-    return true;
+    return "";
   }
 
-  // Cuts the column at the right that shows the bytes as characters: after "|" or "  >", or set
-  // apart by two spaces (after a colon) or three.
-  std::string_view WithoutCharacters(std::string_view line, bool colon) const {
-    line = line.substr(0, std::min(line.find('|'), line.find("  >")));
-    const bool words = unit_ > 1 || (!colon && line.find_first_of(kBlank) > 2);
-    return words ? line : line.substr(0, line.find(colon ? "  " : "   "));
-  }
-
-  // Offsets are hex, octal or decimal, the same in all lines, and count from the first one. The
-  // last line of a dump, which has no bytes, tells how many of the last number were there.
-  bool OffsetFits(const Offset& offset, bool last) {
-    constexpr std::array<int, 3> kRadixes{16, 8, 10};
+  // Offsets are of one base, and count from the first one.
+  bool Fits(std::string_view digits) {
     bool fits = false;
-    std::size_t surplus = 0;
-    for (std::size_t i = 0; i < kRadixes.size(); ++i) {
-      if (!possible_.at(i)) continue;
+    for (Base& base : bases_) {
       std::uint64_t value = 0;
-      const char* end = offset.digits.data() + offset.digits.size();
-      const auto result = std::from_chars(offset.digits.data(), end, value, kRadixes.at(i));
-      possible_.at(i) = result.ec == std::errc() && result.ptr == end;
-      if (!possible_.at(i)) continue;
-      if (first_) base_.at(i) = value;
-      const std::uint64_t expected = base_.at(i) + bytes_.size();
-      const bool padded = last && value < expected && expected - value < unit_;
-      possible_.at(i) = value == expected || padded;
-      if (possible_.at(i)) surplus = static_cast<std::size_t>(expected - value);
-      fits = fits || possible_.at(i);
+      const char* end = digits.data() + digits.size();
+      const auto result = std::from_chars(digits.data(), end, value, base.radix);
+      if (bytes_.empty()) base.first = value;
+      base.possible = base.possible && result.ec == std::errc() && result.ptr == end &&
+                      value == base.first + bytes_.size();
+      fits = fits || base.possible;
     }
-    first_ = false;
-    bytes_.resize(bytes_.size() - (fits ? surplus : 0));
     return fits;
   }
 
-  bool ReadNumber(std::string_view number, bool colon) {
-    const bool prefixed = number.substr(0, 2) == "0x";
-    if (prefixed) number.remove_prefix(2);
-    const bool odd = number.size() == 3 || number.size() == 6;  // octal of one or two bytes
-    const bool octal = !colon && odd;
-    const int radix = octal ? 8 : 16;
-    const std::size_t unit =
-        octal ? number.size() / 3 : (colon && !prefixed ? 1 : number.size() / 2);
-    std::uint64_t value = 0;
-    const char* end = number.data() + number.size();
-    if (number.find_first_not_of(kHexDigits) != std::string_view::npos ||
-        (!octal && number.size() % 2 != 0)) {
-      return Refuse("\"" + std::string(number) + "\" is neither bytes in hex nor in octal");
+  std::string ReadGroup(std::string_view group, bool colon) {
+    const bool prefixed = group.substr(0, 2) == "0x";
+    if (prefixed) group.remove_prefix(2);
+    const std::size_t size = group.size();
+    if (group.find_first_not_of(kHexDigits) != std::string_view::npos || size % 2 != 0) {
+      return "\"" + std::string(group) + "\" is not bytes in hex";
     }
-    if (colon && (prefixed ? unit > 1 : number.size() == 8 || number.size() == 16)) {
-      return Refuse("numbers of " + std::to_string(number.size() / 2) +
-                    " bytes, in an order that the dump does not tell (xxd without -e and -g, "
-                    "hexdump -C and od -tx1 write bytes)");
+    // Groups in the order of the bytes are those of xxd, which writes no other after a colon but
+    // with -e.
+    if (size != 2 && (!colon || prefixed || size == 8 || size == 16)) {
+      return "numbers of " + std::to_string(size / 2) +
+             " bytes, in an order that the dump does not tell (xxd without -e and -g, "
+             "hexdump -C and od -tx1 write bytes)";
     }
-    if (unit_ == 0) unit_ = unit;
-    if (unit != unit_ || unit > 8) return Refuse("numbers of different sizes");
-    if (colon && !prefixed) {
-      for (std::size_t i = 0; i < number.size(); i += 2) {
-        bytes_.push_back(static_cast<char>(HexDigit(number[i]) * 16 + HexDigit(number[i + 1])));
-      }
-      return true;
-    }
-    const auto result = std::from_chars(number.data(), end, value, radix);
-    if (result.ec != std::errc() || result.ptr != end || (unit < 8 && value >> (8 * unit) != 0)) {
-      return Refuse("\"" + std::string(number) + "\" is no number of " + std::to_string(unit) +
-                    " bytes");
-    }
-    for (std::size_t i = 0; i < unit; ++i) bytes_.push_back(static_cast<char>(value >> (8 * i)));
-    return true;
+    AppendBytes(group, bytes_);
+    return "";
   }
 
   std::string& bytes_;
-  std::string problem_;
-  std::size_t unit_ = 0;  // bytes of each number; 0: none was read yet
-  bool first_ = true;
-  std::array<std::uint64_t, 3> base_{};
-  std::array<bool, 3> possible_{true, true, true};
+  std::array<Base, 3> bases_{{{16}, {8}, {10}}};
 };
 
 }  // namespace
 
-HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why, std::string& note) {
-  if (Dump::Begins(text)) return Dump(bytes).Read(text, why, note);
+HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why) {
+  if (Dump::Begins(text)) return Dump(bytes).Read(text, why);
   return PlainHex(bytes).Read(text, why);
 }
 
@@ -271,6 +235,13 @@ std::string ToHex(std::string_view bytes) {
     text.push_back(kDigits[byte & 0xFU]);
   }
   return text;
+}
+
+std::string Varint(std::uint64_t number) {
+  std::string bytes;
+  google::protobuf::io::StringOutputStream stream(&bytes);
+  google::protobuf::io::CodedOutputStream(&stream).WriteVarint64(number);
+  return bytes;
 }
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }

@@ -13,9 +13,8 @@ enum class HexResult : std::uint8_t {
   kBroken,  // hex whose bytes are not clear
 };
 
-// Unless kRead, why names the place and what is there. note is set only if a dump was of words that
-// had to be turned into bytes.
-HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why, std::string& note);
+// Unless kRead, why names the place and what is there.
+HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why);
 
 // Whether the text is a dump with offsets, which is hex then and nothing else.
 bool IsDump(std::string_view text);
@@ -25,6 +24,9 @@ int HexDigit(char c);
 
 // Lower case, without separators.
 std::string ToHex(std::string_view bytes);
+
+// A number as it stands on the wire.
+std::string Varint(std::uint64_t number);
 
 inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 // Letters, digits and underscores.

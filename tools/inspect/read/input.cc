@@ -1,7 +1,7 @@
 #include "inspect/read/input.h"
 
-#include <algorithm>
-#include <cstring>
+#include <google/protobuf/io/coded_stream.h>
+
 #include <iostream>
 
 #include "inspect/error.h"
@@ -68,43 +68,18 @@ void Note(const std::string& text) {
 
 std::string DisplayName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
-// Sees to it that so many bytes are in the buffer; false at the end of the stream.
-bool DelimitedReader::Fill(std::size_t size) {
-  if (end_ - begin_ >= size) return true;
-  std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-  end_ -= begin_;
-  begin_ = 0;
-  if (buffer_.size() < size) buffer_.resize(size);
-  while (end_ < size) {
-    const std::size_t count = stream_.Read(buffer_.data() + end_, buffer_.size() - end_);
-    if (count == 0) return false;
-    end_ += count;
-  }
-  return true;
-}
-
 bool DelimitedReader::Next() {
-  constexpr std::size_t kMaxLengthBytes = 5;
-  if (!Fill(1)) return false;
-  std::uint64_t size = 0;
-  std::size_t length = 0;
-  bool ends = false;
-  while (!ends && length < kMaxLengthBytes && Fill(length + 1)) {
-    const auto byte = static_cast<std::uint8_t>(buffer_[begin_ + length]);
-    size |= static_cast<std::uint64_t>(byte & 0x7FU) << (7 * length);
-    ends = byte < 0x80;
-    ++length;
-  }
-  if (!ends || size > kMaxMessageBytes) {
+  const void* ahead = nullptr;
+  int count = 0;
+  if (!blocks_.Next(&ahead, &count)) return false;
+  blocks_.BackUp(count);
+  google::protobuf::io::CodedInputStream in(&blocks_);
+  if (!in.ReadVarint64(&size_) || size_ > kMaxMessageBytes) {
     throw Error(stream_.name() + ": no length of a message at byte " + std::to_string(taken_) +
                 " (is this a stream of delimited messages?)");
   }
-  size_ = static_cast<std::size_t>(size);
-  begin_ += length;
-  offset_ = taken_ + static_cast<std::int64_t>(length);
-  Fill(size_);
-  bytes_ = {buffer_.data() + begin_, std::min(size_, end_ - begin_)};
-  begin_ += bytes_.size();
+  offset_ = taken_ + in.CurrentPosition();
+  in.ReadString(&bytes_, static_cast<int>(size_));  // or what there is of it
   taken_ = offset_ + static_cast<std::int64_t>(bytes_.size());
   return true;
 }

@@ -1,6 +1,8 @@
 // Bytes of messages from files, whole or message by message.
 #pragma once
 
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -44,33 +46,33 @@ void Note(const std::string& text);
 std::string DisplayName(const std::string& path);
 
 // Messages one after the other, each after its length as a varint.
-class DelimitedReader {
+class DelimitedReader : google::protobuf::io::CopyingInputStream {
  public:
   // The stream must outlive the reader; errors name it.
-  explicit DelimitedReader(ByteStream& stream) : stream_(stream) {}
+  explicit DelimitedReader(ByteStream& stream) : stream_(stream), blocks_(this, 1 << 18) {}
 
   // Reads the next message; false at the end of the stream. Throws Error when there is no sensible
   // length. When the stream ends within the message, bytes() is what is there and cut() is true.
   bool Next();
 
   // Valid until the next call.
-  std::string_view bytes() const { return bytes_; }
+  const std::string& bytes() const { return bytes_; }
   // Where the message begins, after its length.
   std::int64_t offset() const { return offset_; }
   bool cut() const { return bytes_.size() < size_; }
   std::size_t size() const { return size_; }
 
  private:
-  bool Fill(std::size_t size);
+  int Read(void* to, int size) override {
+    return static_cast<int>(stream_.Read(static_cast<char*>(to), static_cast<std::size_t>(size)));
+  }
 
   ByteStream& stream_;
-  std::string buffer_ = std::string(1U << 18U, '\0');
-  std::size_t begin_ = 0;  // of what is not taken yet
-  std::size_t end_ = 0;
+  google::protobuf::io::CopyingInputStreamAdaptor blocks_;
   std::int64_t taken_ = 0;
-  std::string_view bytes_;
+  std::string bytes_;
   std::int64_t offset_ = 0;
-  std::size_t size_ = 0;
+  std::uint64_t size_ = 0;
 };
 
 }  // namespace virtual_modem::inspect

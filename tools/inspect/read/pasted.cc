@@ -81,10 +81,6 @@ bool TakeCharacter(std::string_view& text, std::string& bytes) {
   return true;
 }
 
-[[noreturn]] void RefuseEscape() {
-  throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
-}
-
 // A string in quotes.
 struct Literal {
   std::size_t begin = 0;
@@ -129,8 +125,7 @@ class LiteralFinder {
   bool open_apostrophe_ = false;
 };
 
-// Literals alone are one string, as compilers join them; else the longest one is meant. Without
-// quotes the string begins at its first escape.
+// Literals alone are one string, as compilers join them; else the longest one is meant.
 std::string ParseString(std::string_view text, std::string& note) {
   LiteralFinder finder(text);
   Literal literal;
@@ -147,20 +142,12 @@ std::string ParseString(std::string_view text, std::string& note) {
     end = literal.end;
     if (longest.end == 0 || literal.bytes.size() > longest.bytes.size()) longest = literal;
   }
-  if (longest.end == 0) {
-    std::string_view rest = Trim(text);
-    const std::size_t begin = std::min(rest.find('\\'), rest.size());
-    rest.remove_prefix(begin);
-    if (rest.empty()) throw Error("no string with escapes");
-    while (!rest.empty()) {
-      if (!TakeCharacter(rest, joined)) RefuseEscape();
-    }
-    if (begin != 0) note = Took("string", joined.size(), begin);
-    return joined;
-  }
+  if (longest.end == 0) throw Error("no string in quotes");
   const std::string_view after = Trim(text.substr(end));
   alone = alone && (after.empty() || after == ";" || after == ",");
-  if (alone ? broken : longest.broken) RefuseEscape();
+  if (alone ? broken : longest.broken) {
+    throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
+  }
   if (alone) return joined;
   if (text.substr(longest.end, 3) == "...") {
     throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
@@ -320,7 +307,7 @@ std::string ParseAny(std::string_view text, std::string& note) {
   if (!IsText(text)) return std::string(text);
   std::string bytes;
   std::string why_not_hex;
-  const HexResult hex = ParseHex(text, bytes, why_not_hex, note);
+  const HexResult hex = ParseHex(text, bytes, why_not_hex);
   const auto refuse_broken = [&] {
     if (hex == HexResult::kBroken) throw Error("hex that does not say its bytes: " + why_not_hex);
   };
@@ -333,8 +320,8 @@ std::string ParseAny(std::string_view text, std::string& note) {
   if (hex == HexResult::kNotHex && IsJson(text)) RefuseMessageText("JSON", "encode --json");
   const bool has_escapes = text.find('\\') != std::string_view::npos;
   const bool quoted = text.find_first_of("\"'") != std::string_view::npos;
-  // Quoted, what stands between escapes is characters.
-  if (has_escapes && (quoted || hex != HexResult::kRead)) return ParseString(text, note);
+  // What stands between escapes is characters.
+  if (has_escapes && quoted) return ParseString(text, note);
   bool clear = false;
   if (const std::optional<std::string> array = ParseArray(text, clear, note)) {
     if (clear || hex == HexResult::kNotHex) return *array;
@@ -390,8 +377,7 @@ bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, s
   begin = longest.begin;
   end = longest.end;
   std::string why;
-  std::string note;
-  return ParseHex(line.substr(begin, end - begin), bytes, why, note) == HexResult::kRead;
+  return ParseHex(line.substr(begin, end - begin), bytes, why) == HexResult::kRead;
 }
 
 std::string ParsePasted(std::string_view text, Encoding encoding, std::string& note) {
@@ -403,7 +389,7 @@ std::string ParsePasted(std::string_view text, Encoding encoding, std::string& n
     case Encoding::kBinary:
       return std::string(text);
     case Encoding::kHex:
-      if (ParseHex(text, bytes, why, note) == HexResult::kRead) return bytes;
+      if (ParseHex(text, bytes, why) == HexResult::kRead) return bytes;
       throw Error("not hex: " + why);
     case Encoding::kBase64:
       if (ParseBase64(text, bytes)) return bytes;

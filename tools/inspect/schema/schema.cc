@@ -3,6 +3,7 @@
 #include <google/protobuf/descriptor.pb.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -153,16 +154,8 @@ void Schema::RequireSubscriberData() const {
 }
 
 std::string_view KindName(Kind kind) {
-  switch (kind) {
-    case Kind::kRequest:
-      return "request";
-    case Kind::kResponse:
-      return "response";
-    case Kind::kIndication:
-      return "indication";
-    default:
-      return "record";
-  }
+  constexpr std::array<std::string_view, 4> kNames{"request", "response", "indication", "record"};
+  return kNames.at(static_cast<std::size_t>(kind));
 }
 
 std::string DefaultDescriptorSet() {
@@ -189,6 +182,17 @@ const FieldDescriptor* FindField(const Descriptor& type, const std::string& path
     at = field->message_type();
   }
   return field;
+}
+
+const char* LabelOf(const FieldDescriptor& field) {
+  if (field.is_required()) return "required";
+  return field.is_repeated() ? "repeated" : "optional";
+}
+
+std::string TypeOf(const FieldDescriptor& field) {
+  if (field.message_type() != nullptr) return field.message_type()->full_name();
+  if (field.enum_type() != nullptr) return field.enum_type()->full_name();
+  return field.type_name();
 }
 
 bool SameLayout(const Descriptor& left, const Descriptor& right) {

@@ -111,6 +111,12 @@ std::string UnitOf(const google::protobuf::FileDescriptor& file);
 // The field that a path such as "calls.number" leads to from the message on; null for none.
 const FieldDescriptor* FindField(const Descriptor& type, const std::string& path);
 
+// "required", "repeated" or "optional".
+const char* LabelOf(const FieldDescriptor& field);
+
+// Such as "int32" or "UusInfo".
+std::string TypeOf(const FieldDescriptor& field);
+
 // Two types with identical layouts read and write the same bytes alike.
 bool SameLayout(const Descriptor& left, const Descriptor& right);
 

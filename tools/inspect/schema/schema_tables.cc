@@ -13,28 +13,18 @@ using google::protobuf::FieldDescriptor;
 using text::FieldKind;
 
 FieldKind KindOf(const FieldDescriptor& field) {
-  switch (field.type()) {
-    case FieldDescriptor::TYPE_INT32:
-      return FieldKind::kInt32;
-    case FieldDescriptor::TYPE_UINT32:
-      return FieldKind::kUint32;
-    case FieldDescriptor::TYPE_INT64:
-      return FieldKind::kInt64;
-    case FieldDescriptor::TYPE_UINT64:
-      return FieldKind::kUint64;
-    case FieldDescriptor::TYPE_BOOL:
-      return FieldKind::kBool;
-    case FieldDescriptor::TYPE_ENUM:
-      return FieldKind::kEnum;
-    case FieldDescriptor::TYPE_STRING:
-      return FieldKind::kString;
-    case FieldDescriptor::TYPE_BYTES:
-      return FieldKind::kBytes;
-    case FieldDescriptor::TYPE_MESSAGE:
-      return FieldKind::kMessage;
-    default:
-      return FieldKind::kNone;
-  }
+  static const std::unordered_map<int, FieldKind> kinds{
+      {FieldDescriptor::TYPE_INT32, FieldKind::kInt32},
+      {FieldDescriptor::TYPE_UINT32, FieldKind::kUint32},
+      {FieldDescriptor::TYPE_INT64, FieldKind::kInt64},
+      {FieldDescriptor::TYPE_UINT64, FieldKind::kUint64},
+      {FieldDescriptor::TYPE_BOOL, FieldKind::kBool},
+      {FieldDescriptor::TYPE_ENUM, FieldKind::kEnum},
+      {FieldDescriptor::TYPE_STRING, FieldKind::kString},
+      {FieldDescriptor::TYPE_BYTES, FieldKind::kBytes},
+      {FieldDescriptor::TYPE_MESSAGE, FieldKind::kMessage}};
+  const auto found = kinds.find(field.type());
+  return found == kinds.end() ? FieldKind::kNone : found->second;
 }
 
 [[noreturn]] void Refuse(const FieldDescriptor& field, const std::string& why) {
