@@ -75,6 +75,3 @@ bytes, bytes that do not fit their type; and what is cut is never equal.
   # only right: Hangup #2, message 1
   # only left: Hangup #2, message 1
   [3]
-  $ inspect diff left.pcap card.bin
-  virtual-modem-inspect: card.bin: no message in it; lines without the type and the content of a message: 3 (two messages need their TYPE)
-  [1]

@@ -5,8 +5,6 @@ Text and JSON give the same bytes, in any form:
   $ echo 'platformtype: UNKNOW serial: 42 gsmindex: 1' >hangup.txt
   $ inspect encode Hangup hangup.txt --to hex
   0800102a1801
-  $ inspect encode --delimited StringParmRequest <(echo "platformtype: QCOM serial: 1 parm: \"$(seq -s, 99)\"") | head -c 10 | xxd -p
-  a602080110011a9f0231
   $ script -qec "'$INSPECT' encode Hangup hangup.txt" /dev/null </dev/null | cat -A
   0800102a1801^M$
   $ inspect decode --json IccCardStatusResponse card.bin | inspect encode --json IccCardStatusResponse | cmp - card.bin

@@ -149,9 +149,6 @@ What another command reads is told so:
   virtual-modem-inspect: hangup.pcap: a capture, whose messages the command log shows
   virtual-modem-inspect: hangup.pcap.gz: a capture, whose messages the command log shows
   [1]
-  $ inspect decode --delimited Hangup <hangup.pcap
-  virtual-modem-inspect: standard input: a capture, whose messages the command log shows
-  [1]
   $ for text in 'serial: 1' "$(cat card.txt)" '{"platformtype": "QCOM", "serial": 1, "gsmindex": [1, 2, 3]}'; do inspect decode Hangup <<<"$text"; done
   virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes
   virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes

@@ -21,8 +21,6 @@
   $ printf 'nothing of that kind' | inspect log
   virtual-modem-inspect: standard input: no message in it; lines without the type and the content of a message: 1
   [1]
-  $ printf 'Hangup 0800102a1801' | inspect log --json | cut -d, -f 1-3
-  {"time":null,"direction":"to modem","type":"Hangup"
 
 Times and names wherever they stand, texts that were cut anywhere, lines of any length:
 
