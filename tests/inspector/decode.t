@@ -48,7 +48,7 @@ In a list of messages the place is told; the status of what a receiver accepts i
 
   $ echo '0800 1801 1001 2200 22 04 0863 5001' | inspect decode GetCurrentCallsResponse 2>&1 | grep '#.*not'
   # calls[1].state: 99 is not a RadioCallState; kept as unknown field 1 (byte 10), so required state is absent
-Unknown fields of every wire type, and declared fields with a wrong one:
+Unknown fields of every wire type:
 
   $ echo '0800 1005 1a0131 2001 4801 51 0102030405060708 5a0161 63586464 6d01020304' | inspect decode Dial | tail -n +5
   9: 1
@@ -63,12 +63,23 @@ Unknown fields of every wire type, and declared fields with a wrong one:
   # unknown field 11 at byte 20, length-delimited, 3 bytes with its tag
   # unknown field 12 at byte 23, group, 4 bytes with its tag
   # unknown field 13 at byte 27, 32-bit, 5 bytes with its tag
-  $ nested() { if [ $1 -gt 0 ]; then size=$((2 * $1)); printf '7a%02x%s' $size "$(nested $(($1 - 1)))"; else echo 0801; fi; }
-  $ for depth in 10 11; do echo "0801 1003 1801 $(nested $depth)" | inspect decode Hangup | grep -A 1 ': "\|1: 1'; done
+
+Unknown bytes that read as a message are printed as one, down to the tenth:
+
+  $ nested() { if [ $1 -gt 0 ]; then printf '7a%02x%s' $((2 * $1)) "$(nested $(($1 - 1)))"; else echo 0801; fi; }
+  $ for depth in 10 11; do echo "0801 1003 1801 $(nested $depth)" | inspect decode Hangup | grep ': "\|1: 1'; done
                       1: 1
-                    }
                       15: "\010\001"
-                    }
+  $ for none in 0b14 0c01 0001 0601 0901 0d01; do echo "0801 1003 1801 7a02$none" | inspect decode Hangup | sed -n 4p; done
+  15: "\013\024"
+  15: "\014\001"
+  15: "\000\001"
+  15: "\006\001"
+  15: "\t\001"
+  15: "\r\001"
+
+Declared fields with a wrong wire type:
+
   $ echo '0801 10 05 1a0131 2a00 22 0131' | inspect decode Dial | tail -n 4
   virtual-modem-inspect: standard input: not a valid Dial (required fields missing: 1, wrong wire types: 1)
   uusinfo {
