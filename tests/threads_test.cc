@@ -9,6 +9,7 @@
 
 #include "support/message_types.h"
 #include "support/samples.h"
+#include "virtual_modem/message_list.h"
 
 namespace virtual_modem::testing {
 namespace {
@@ -32,10 +33,9 @@ void InParallel(const Work& work) {
 
 // The first call builds the names of an enumeration; it must be the first in this process.
 TEST(Threads, NameIsFirstUsedByAllAtOnce) {
-  AllEnumTypes();
-  InParallel([] {
-    for (const EnumType& type : AllEnumTypes()) EXPECT_FALSE(type.name_of(type.max).empty());
-  });
+#define NAME(name, cpp_type, unit) EXPECT_FALSE(cpp_type##_Name(cpp_type##_MAX).empty());
+  InParallel([] { VIRTUAL_MODEM_ENUMS(NAME) });
+#undef NAME
 }
 
 TEST(Threads, DifferentObjectsAreIndependent) {

@@ -47,7 +47,6 @@ lines, long offsets, a last line that tells the length, other digits, prefixes i
   > 00000040: 0800 102a 1812                           abcdef 12
   > 00000000  08 00 10 2a 18 13  |abc*..|
   > [0800102A, 1815]
-  > "0800102A, 1818"
   > 0000: 08 00 10 2a\n\n0004: 18 01
   > 0X8 0X00 0x10 0x2a 0x18 0X6
   > 0x08000x102a0x1807
@@ -60,7 +59,6 @@ lines, long offsets, a last line that tells the length, other digits, prefixes i
   gsmindex: 18
   gsmindex: 19
   gsmindex: 21
-  gsmindex: 24
   gsmindex: 1
   gsmindex: 6
   virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
@@ -96,7 +94,6 @@ Within other text, what was taken is said:
 What cannot be told for sure is refused, with the way out:
 
   $ while read -r text; do printf '%b\n' "$text" | inspect decode Hangup 2>&1 | cut -c 40-; done <<'TEXTS'
-  > 08 00 10 2a 1
   > Hangup 0800102a180
   > 0800102a 0800102b at 0800102a 0800102c
   > Hangup 0800102a1801\nHangup 0800102b1801
@@ -111,7 +108,6 @@ What cannot be told for sure is refused, with the way out:
   > [8, 0, 16, 42, 24, -129]
   > data_0800102a1801
   > TEXTS
-  hex that does not say its bytes: line 1, column 13: half a byte
   the longest run of hex, at column 8, has 11 digits: half a byte is missing
   two runs of hex of 8 bytes in one line; give the one that is meant (--hex)
   lines 1 and 2 both have hex; give the bytes of one message (--hex), or read all lines with the command log

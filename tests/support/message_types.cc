@@ -33,27 +33,6 @@ const std::vector<MessageType>& AllMessageTypes() {
   return types;
 }
 
-const std::vector<EnumType>& AllEnumTypes() {
-#define ENTRY(name, cpp_type, unit)                                 \
-  EnumType{#name,                                                   \
-           #unit,                                                   \
-           cpp_type##_MIN,                                          \
-           cpp_type##_MAX,                                          \
-           cpp_type##_IsValid,                                      \
-           [](int number) -> const std::string& {                   \
-             return cpp_type##_Name(static_cast<cpp_type>(number)); \
-           },                                                       \
-           [](const std::string& text, int* number) {               \
-             cpp_type value{};                                      \
-             if (!cpp_type##_Parse(text, &value)) return false;     \
-             *number = value;                                       \
-             return true;                                           \
-           }},
-  static const std::vector<EnumType> types{VIRTUAL_MODEM_ENUMS(ENTRY)};
-#undef ENTRY
-  return types;
-}
-
 const MessageType* FindMessageType(std::string_view name) {
   for (const MessageType& type : AllMessageTypes()) {
     if (type.name == name) return &type;

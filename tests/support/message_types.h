@@ -1,5 +1,5 @@
-// Every message and enumeration of the library as a table, for tests and fuzz targets that treat
-// all of them alike. The entries come from the generated message list.
+// Every message of the library as a table, for tests and fuzz targets that treat all of them alike.
+// The entries come from the generated message list.
 #pragma once
 
 #include <google/protobuf/arena.h>
@@ -35,19 +35,7 @@ struct MessageType {
   }
 };
 
-// One enumeration, with its functions on plain numbers.
-struct EnumType {
-  std::string_view name;
-  std::string_view unit;
-  int min;
-  int max;
-  bool (*is_valid)(int number);
-  const std::string& (*name_of)(int number);
-  bool (*parse)(const std::string& name, int* number);  // leaves *number alone on false
-};
-
 const std::vector<MessageType>& AllMessageTypes();
-const std::vector<EnumType>& AllEnumTypes();
 
 // The type of that name, or nullptr.
 const MessageType* FindMessageType(std::string_view name);

@@ -1,6 +1,5 @@
 #include "support/schema.h"
 
-#include <algorithm>
 #include <map>
 
 #include "support/message_types.h"
@@ -36,11 +35,6 @@ constexpr ValueRow kValues[] = {
 #undef VALUE
 
 }  // namespace
-
-bool EnumSchema::Declares(std::int64_t number) const {
-  return std::any_of(values.begin(), values.end(),
-                     [number](const EnumValue& value) { return value.number == number; });
-}
 
 const MessageSchema& SchemaOf(std::string_view message) {
   static const auto messages = [] {

@@ -41,8 +41,6 @@ struct EnumValue {
 
 struct EnumSchema {
   std::vector<EnumValue> values;  // in number order
-
-  bool Declares(std::int64_t number) const;
 };
 
 // The message of that full name and the enumeration of that name; abort when there is none.

@@ -131,6 +131,16 @@ TEST(Text, IsCutToItsBoundWithWhatIsMissing) {
   EXPECT_EQ(ToText(dial).size(), 4000U);  // a line of a log
 }
 
+TEST(Text, OfBytesSaysWhereTheyBreak) {
+  EXPECT_EQ(ToText("GetCurrentCallsResponse", "\x08\x01\x22\x04\x4a\x0d+8", {true}),
+            "platformtype: QCOM calls { } # malformed at byte 6 in calls[0].number: 13 bytes "
+            "announced, 2 left before the end of the input");
+  EXPECT_EQ(ToText("GetCurrentCallsResponse", "\x08\x02\x16", {true, false}),
+            "platformtype: MTK\n# malformed at byte 2 in serial: there is no wire type 6\n");
+  EXPECT_EQ(ToText("Dial", "\x78\x05\x9e", {false, false}),
+            "# unknown fields 15 (2 bytes)\n# malformed at byte 3: the input ends inside a tag\n");
+}
+
 TEST(Text, OfBytesThatMayBeAnotherTypesMasksAllStrings) {
   // A Dial read as an EmergencyNumber: its number stands where that has the operator's code.
   const std::string bytes = MakeDial().SerializeAsString();
@@ -227,25 +237,6 @@ TEST(Text, OfAnUnknownTypeShowsNothing) {
   EXPECT_EQ(ToText("Dia\"l\n", "secret", {true}),
             "# no message type \"Dia\\\"l\\n\", 6 bytes not shown");
   EXPECT_EQ(MaskedBytes("Dia", "secret"), "");
-}
-
-TEST(MissingFields, AreNamedInTheOrderOfTheSchema) {
-  GetCurrentCallsResponse calls;
-  calls.set_platformtype(QCOM);
-  calls.add_calls();
-  Call& call = *calls.add_calls();
-  call.set_state(RADIO_CALL_ACTIVE);
-  call.set_index(1);
-  const auto missing = MissingFields(calls);
-  EXPECT_EQ(missing.size(), 2 + 12 + 10);
-  EXPECT_EQ(missing[0], "serial");
-  EXPECT_EQ(missing[2], "calls[0].state");
-  EXPECT_EQ(missing[14], "calls[1].toa");
-  EXPECT_THAT(MissingFields(MakeDial()), ElementsAre());
-  Dial dial;
-  EXPECT_THAT(MissingFields(dial), ElementsAre("platformtype", "serial", "address", "clir"));
-  *dial.mutable_unknown_fields() = "\x08\x63";  // an undeclared platform type: still absent
-  EXPECT_THAT(MissingFields(dial), ElementsAre("platformtype", "serial", "address", "clir"));
 }
 
 }  // namespace
