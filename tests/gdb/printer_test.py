@@ -3,7 +3,7 @@
 
 Usage: printer_test.py SUBJECT LIBRARY PRINTER DESCRIPTOR_SET
 
-SUBJECT is the program made from subject.cc, PRINTER the script as it is installed. Exits 77, skipped,
+SUBJECT is the program built from subject.cc, PRINTER the script as it is installed. Exits 77, skipped,
 without gdb or where it may not watch a process.
 """
 import os
@@ -17,11 +17,13 @@ import tempfile
 import unittest
 
 os.environ["PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION"] = "python"
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "interop"))
+TESTS = pathlib.Path(__file__).resolve().parents[1]
+sys.path[:0] = [str(TESTS / "interop"), str(TESTS / "golden")]
 # pylint: disable=wrong-import-position
 import random_exchange
+import samples
 import schema
-from google.protobuf.descriptor import Descriptor, FieldDescriptor
+from google.protobuf.descriptor import FieldDescriptor
 from google.protobuf.message_factory import MessageFactory
 
 SUBJECT, LIBRARY, PRINTER, DESCRIPTOR_SET = sys.argv[1:]
@@ -29,6 +31,7 @@ HIDDEN = {field.full_name for message in schema.load(DESCRIPTOR_SET).messages
           for field in message.fields if field.is_subscriber_data}
 TYPES = random_exchange.load(DESCRIPTOR_SET)
 CLASSES = MessageFactory()
+ESCAPES = {ord(char): f"\\{letter}" for char, letter in ('""', "\\\\", "\nn", "\tt")}
 # Not in the schema of any type: a number, and a group with a string in it.
 UNKNOWN = bytes.fromhex("f8 7f 07 fb 7f 0a 01 35 fc 7f")
 
@@ -52,39 +55,14 @@ print *messages[{dial} + 1]
 """
 
 
-def value_of(field: FieldDescriptor, salt: int):
-    """A value that tells this field from its neighbors."""
-    if field.cpp_type == field.CPPTYPE_MESSAGE:
-        return full(field.message_type, salt + 1)
-    if field.cpp_type == field.CPPTYPE_STRING:
-        return f'{field.name} "{salt}"'.encode()
-    if field.cpp_type == field.CPPTYPE_BOOL:
-        return True
-    if field.cpp_type == field.CPPTYPE_ENUM:
-        values = field.enum_type.values
-        return values[(field.number + salt) % len(values)].number
-    return field.number * 1000 + salt - (2**31 if field.cpp_type == field.CPPTYPE_INT32 else 0)
-
-
-def put(message, field: FieldDescriptor, salt: int) -> None:
-    if field.label == field.LABEL_REPEATED:
-        for extra in range(2):
-            value = value_of(field, salt + extra)
-            if field.cpp_type == field.CPPTYPE_MESSAGE:
-                getattr(message, field.name).add().CopyFrom(value)
-            else:
-                getattr(message, field.name).append(value)
-    elif field.cpp_type == field.CPPTYPE_MESSAGE:
-        getattr(message, field.name).CopyFrom(value_of(field, salt))
-    else:
-        setattr(message, field.name, value_of(field, salt))
-
-
-def full(descriptor: Descriptor, salt: int):
-    message = CLASSES.GetPrototype(descriptor)()
-    for field in descriptor.fields:
-        put(message, field, salt)
-    return message
+def alone(message, field: FieldDescriptor):
+    """A copy with this field and no other."""
+    copy = type(message)()
+    copy.CopyFrom(message)
+    for other in message.DESCRIPTOR.fields:
+        if other.name != field.name:
+            copy.ClearField(other.name)
+    return copy
 
 
 def text_of(message, shown: bool, unknown: str = "") -> str:
@@ -104,7 +82,9 @@ def text_of_value(field: FieldDescriptor, value, shown: bool, hidden: bool) -> s
     if field.cpp_type == field.CPPTYPE_MESSAGE:
         return text_of(value, shown)
     if field.cpp_type == field.CPPTYPE_STRING:
-        return f"<{len(value)} bytes>" if hidden else '"' + value.decode().replace('"', '\\"') + '"'
+        text = "".join(ESCAPES.get(byte) or (chr(byte) if 31 < byte < 127 else f"\\{byte:03o}")
+                       for byte in value)
+        return f"<{len(value)} bytes>" if hidden else f'"{text}"'
     if field.cpp_type == field.CPPTYPE_BOOL:
         return "true" if value else "false"
     if field.cpp_type == field.CPPTYPE_ENUM:
@@ -115,14 +95,11 @@ def text_of_value(field: FieldDescriptor, value, shown: bool, hidden: bool) -> s
 class Printer(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.messages = []
-        for descriptor in TYPES:
-            cls.messages.append(CLASSES.GetPrototype(descriptor)())
-            cls.messages.append(full(descriptor, 7))
-            for field in descriptor.fields:
-                cls.messages.append(CLASSES.GetPrototype(descriptor)())
-                put(cls.messages[-1], field, 3)
-        kinds = {kind.name: CLASSES.GetPrototype(kind) for kind in TYPES}
+        kinds = {kind.full_name: CLASSES.GetPrototype(kind) for kind in TYPES}
+        golden = [kinds[sample.message].FromString(sample.data) for path in TESTS.glob("golden/*.txt")
+                  for sample in samples.read(path)]
+        cls.messages = golden + [alone(m, field) for m in golden for field, _ in m.ListFields()
+                                 if len(m.ListFields()) == len(m.DESCRIPTOR.fields)]
         particular = [kinds["Dial"](address=b"", serial=1),
                       kinds["RepeatUintResultIndication"](result=range(300))]
         scratch = tempfile.TemporaryDirectory()

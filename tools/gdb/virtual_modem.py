@@ -44,7 +44,7 @@ def single(value: gdb.Value, enumeration: str, hidden: bool) -> str:
         for choice in gdb.lookup_type(enumeration).fields():
             if choice.enumval == int(value):
                 return choice.name.rpartition("::")[2]
-    return value.format_string(format="d") if kind.code == gdb.TYPE_CODE_INT else str(value)
+    return str(int(value)) if kind.code == gdb.TYPE_CODE_INT else str(value)
 
 
 def repeated(value: gdb.Value, *how) -> str:
