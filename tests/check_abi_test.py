@@ -1,9 +1,7 @@
 #!/usr/bin/python3
 """Changes a small library of messages and of classes, and asks scripts/check-abi what it thinks of it.
 
-Usage: check_abi_test.py COMPILER INCLUDE_FOLDERS     (needs protoc, or PROTOC in the environment)
-
-INCLUDE_FOLDERS are those of the runtime, separated by semicolons. Skipped where abidw is missing.
+Usage: check_abi_test.py COMPILER     Skipped where abidw is missing.
 """
 import os
 import pathlib
@@ -14,13 +12,12 @@ import tempfile
 import unittest
 
 CHECK = pathlib.Path(__file__).resolve().parent.parent / "scripts/check-abi"
-SCHEMA = """syntax = "proto2";
-option optimize_for = LITE_RUNTIME;
-enum Tone { LOW = 0; HIGH = 1; }
-message Grown { required int32 number = 1; optional Tone tone = 2; }
-message Reordered { optional int32 first = 1; optional int32 second = 2; }
-"""
-SOURCE = """namespace virtual_modem {
+# Messages, as far as their layout goes, stand outside of the companion's namespace.
+SOURCE = """namespace internal { union Impl { int first; }; }
+struct Dial { int Size() const; int second; int third; internal::Impl impl; };
+int Dial::Size() const { return second; }
+Dial _Dial_default_instance_;
+namespace virtual_modem {
 enum class Mode : unsigned char { kShort = 1, kLong = 2 };
 struct Options { bool masked; int limit; };
 struct Worker {
@@ -33,17 +30,16 @@ int Worker::Count() const { return count; }
 }
 extern "C" int Plain(int value) { return value; }
 """
-MESSAGES = [("tone = 2;", "tone = 2; optional string word = 3;"), ("HIGH = 1;", "HIGH = 1; HIGHEST = 2;"),
-            ("first = 1; optional int32 second = 2;", "second = 1; optional int32 first = 2;")]
 # The status for a patch and for a minor release, words of the report, what is changed.
 CHANGES = [
     (0, 0, ["keeps what 1.9.0 promised"], []),
     (0, 0, ["Added"], [("kLong = 2", "kLong = 2, kNone = 0"),
                        ("struct Worker", "void Added() {}\nstruct Worker")]),
+    (1, 0, ["'struct Dial", "'union internal::Impl"],
+     [("int second; int third;", "int third; int second; long more;"), ("int first;", "int first; long more;")]),
     (1, 0, ["Options", "1.9.1 has to undo this or become 1.10.0"],
      [("int limit;", "int limit; long more;")]),
-    (1, 1, ["limit"], [("int limit;", "")]),
-    (1, 1, ["kLong"], [("kLong = 2", "kLong = 3")]),
+    (1, 1, ["limit", "kLong"], [("int limit;", ""), ("kLong = 2", "kLong = 3")]),
     (1, 1, ["from 'int' to 'long int'"], [("int Count", "long Count"),
                                           ("int Worker::Count", "long Worker::Count")]),
     (1, 1, ["Worker::Work", "Plain"], [("Options&, Mode) const;", "Options&) const;"),
@@ -58,17 +54,13 @@ class CheckAbi(unittest.TestCase):
         self.addCleanup(scratch.cleanup)
         self.folder = pathlib.Path(scratch.name)
 
-    def library(self, text: str, *replacements: tuple[str, str]) -> pathlib.Path:
+    def library(self, *replacements: tuple[str, str]) -> pathlib.Path:
+        text = SOURCE
         for old, new in replacements:
             self.assertEqual(text.count(old), 1, old)
             text = text.replace(old, new)
-        source = "sample.pb.cc" if "syntax" in text else "sample.cc"
-        (self.folder / source.replace("pb.cc", "proto")).write_text(text, encoding="utf-8")
-        for command in ([os.environ.get("PROTOC", "protoc"), "--cpp_out=.", "sample.proto"],
-                        [COMPILER, "-std=c++17", "-g", "-fPIC", "-shared", *INCLUDES, source,
-                         "-o", "libsample.so"]):
-            if source != "sample.cc" or command[0] == COMPILER:
-                subprocess.run(command, cwd=self.folder, check=True)
+        subprocess.run([sys.argv[1], "-g", "-fPIC", "-shared", "-x", "c++", "-", "-o", "libsample.so"],
+                       input=text.encode(), cwd=self.folder, check=True)
         return self.folder / "libsample.so"
 
     def check(self, status: int, words: str, *arguments, **environment: str) -> str:
@@ -79,31 +71,21 @@ class CheckAbi(unittest.TestCase):
         self.assertIn(words, result.stdout)
         return result.stdout
 
-    def test_messages(self):
-        self.check(0, "", "--accept", "--version", "1.9.0", self.library(SCHEMA))
-        library = self.library(SCHEMA, *MESSAGES)
-        report = self.check(1, "'class Grown' changed", "--version", "1.9.1", library)
-        self.assertIn("Reordered::Impl_", report)
-        self.check(0, "compiled again", "--version", "1.10.0", library)
-
-    def test_classes(self):
-        self.check(0, "", "--accept", "--version", "1.9.0", self.library(SOURCE))
+    def test_changes(self):
+        self.check(0, "", "--accept", "--version", "1.9.0", self.library())
         for patch, minor, words, replacements in CHANGES:
-            library = self.library(SOURCE, *replacements)
-            for version, status in (("1.9.1", patch), ("1.10.0", minor)):
-                with self.subTest(words=words, version=version):
-                    report = self.check(status, "", "--version", version, library)
-                    if version == "1.9.1":
-                        self.assertEqual([word for word in words if word not in report], [], report)
+            library = self.library(*replacements)
+            with self.subTest(words=words):
+                report = self.check(patch, "", "--version", "1.9.1", library)
+                self.assertEqual([word for word in words if word not in report], [], report)
+                self.check(minor, "", "--version", "1.10.0", library)
 
     def test_what_cannot_be_compared(self):
-        library = self.library(SOURCE)
+        library = self.library()
         self.check(2, "--accept writes it", library)
         self.check(0, "", "--accept", library)
-        self.check(2, "is missing", self.folder / "none.so")
         for words, file, damage in (("damaged", "libsample.so.abi.xz", b"<<<<<<< ours"),
-                                    ("differently", "release", b"release 1.0.0, compiled by g++ 2\n"),
-                                    ("damaged", "release", b"")):
+                                    ("differently", "release", b"release 1.0.0, compiled by g++ 2\n")):
             (self.folder / "released" / file).write_bytes(damage)
             self.check(2, words, library)
         subprocess.run(["strip", "--strip-debug", library], check=True)
@@ -118,5 +100,4 @@ if __name__ == "__main__":
     if not shutil.which("abidw"):
         print("check_abi_test: skipped, abidw is missing: scripts/setup abi")
         sys.exit(77)
-    COMPILER, INCLUDES = sys.argv[1], [f"-I{folder}" for folder in sys.argv[2].split(";") if folder]
     unittest.main(argv=sys.argv[:1])
