@@ -12,12 +12,12 @@ import sys
 import tempfile
 from pathlib import Path
 
-import elf_load
-
 NAME = "lib-virtual-modem-protos.so"
 NEEDED = ["libprotobuf-cpp-lite-21.12.so", "libc++.so", "libc.so", "libm.so", "libdl.so"]
 # Small functions of the runtime, which src/messages/inline_runtime.h is about.
 INLINE = r"google::protobuf::(?:internal::(?:Read|ParseContext::|EpsCopyInputStream::)|io::)"
+LOADER_PAGE = 16384  # the largest page that a device may have
+PAGE = 4096
 
 
 def run(*command: str) -> str:
@@ -45,13 +45,42 @@ def exports(library: str) -> set[tuple[str, str]]:
 
 
 def contract(names: set[tuple[str, str]]) -> set[tuple[str, str]]:
-    # W: template instances of the runtime that the compiler chose not to inline. Whoever uses one
+    # W: template instances of the runtime that the compiler chose not to inline. Every user of one
     # has a copy, so they bind nobody.
     return {(kind, name) for kind, name in names if kind != "W"}
 
 
+def relocations(library: str) -> list[tuple[int, str]]:
+    """Address and kind of each, unpacked."""
+    rows = re.findall(r"(?m)^ +0x([0-9A-F]+) (R_ARM_\w+)", run("llvm-readobj-19", "--relocations", library))
+    return [(int(address, 16), kind) for address, kind in rows]
+
+
+def faults_of_loading(library: str) -> list[str]:
+    """What would keep Android's loader from loading the library, or a platform from taking it."""
+    faults, writable, sealed = [], [], []
+    rows = re.findall(r"(?m)^  (\w+) +(0x\w+) (0x\w+) 0x\w+ 0x\w+ (0x\w+) ([R ][W ][E ]) (0x\w+)",
+                      run("llvm-readelf-19", "-lW", library))
+    for kind, offset, address, size, flags, alignment in rows:
+        start, place = int(address, 16), range(int(address, 16), int(address, 16) + int(size, 16))
+        if kind == "GNU_RELRO":
+            sealed.append(place)
+        if kind == "LOAD" and "W" in flags:
+            writable.append(place)
+        if kind == "LOAD" and (int(alignment, 16) % LOADER_PAGE or (start - int(offset, 16)) % LOADER_PAGE):
+            faults.append(f"segment at {address} is not aligned to {LOADER_PAGE} bytes")
+        if "E" in flags and ("W" in flags or kind == "GNU_STACK"):
+            faults.append(f"{kind} is writable and executable")
+    for address, kind in relocations(library):
+        if address % 4 or not any(address in place for place in writable):
+            faults.append(f"relocation at {address:#x} is not aligned, or outside the writable segments")
+        if kind in ("R_ARM_GLOB_DAT", "R_ARM_JUMP_SLOT") and not any(address in place for place in sealed):
+            faults.append(f"relocation at {address:#x} is in a table of addresses that stays writable")
+    return faults
+
+
 def faults_of_shape(library: str, soname: str, wanted: list[str]) -> list[str]:
-    faults = []
+    faults = faults_of_loading(library)
 
     def expect(holds: bool, fault: str) -> None:
         if not holds:
@@ -71,6 +100,8 @@ def faults_of_shape(library: str, soname: str, wanted: list[str]) -> list[str]:
     expect("TEXTREL" not in dynamic, "text relocations")
     expect("RPATH" not in dynamic and "RUNPATH" not in dynamic, "a run path")
     expect("ANDROID_REL" in dynamic and "RELRSZ" in dynamic, "relocations are not packed")
+    expect("(GNU_HASH)" in dynamic and "(HASH)" not in dynamic, "not the GNU hash table alone")
+    expect("BIND_NOW" in dynamic, "symbols are not bound at load")
 
     symbols = [line.split()[-1] for line in run("llvm-nm-19", "-D", library).splitlines()]
     faults += [f"type information: {name}" for name in symbols if re.match("_ZT[IS]", name)]
@@ -94,9 +125,8 @@ def main() -> None:
     with tempfile.TemporaryDirectory() as scratch:
         text_library_bytes = Path(stripped(text_library, scratch)).stat().st_size
         file = stripped(library, scratch)
-        sizes, loaded = section_sizes(file), elf_load.Library(file)
+        sizes, relocated = section_sizes(file), relocations(file)
         stripped_bytes = Path(file).stat().st_size
-        pages = elf_load.dirtied_pages(loaded)
     names, host_names = exports(library), exports(host_library)
     measured = {
         "stripped_bytes": stripped_bytes,
@@ -104,17 +134,15 @@ def main() -> None:
         "relocation_bytes": sum(sizes.get(n, 0) for n in (".rel.dyn", ".relr.dyn", ".rel.plt")),
         "exports": len(run("llvm-nm-19", "-D", "--defined-only", library).splitlines()),
         "initializer_bytes": sizes.get(".init_array", 0),
-        "dirtied_pages": pages,
+        "dirtied_pages": len({address // PAGE for address, _ in relocated}),
         "text_library_bytes": text_library_bytes,
     }
     budgets = {line.split()[0]: int(line.split()[1])
                for line in Path(budget_file).read_text().splitlines() if not line.startswith("#")}
 
     faults = faults_of_shape(library, NAME, NEEDED)
-    faults += elf_load.faults(loaded)
     faults += [f"companion library: {fault}" for fault in
-               faults_of_shape(text_library, "libvirtual-modem-text.so", [NAME, *NEEDED]) +
-               elf_load.faults(elf_load.Library(text_library))]
+               faults_of_shape(text_library, "libvirtual-modem-text.so", [NAME, *NEEDED])]
     for missing in sorted(contract(host_names) - contract(names)):
         faults.append(f"not exported, but on the host: {missing[1]}")
     for surplus in sorted(contract(names) - contract(host_names)):
@@ -129,7 +157,7 @@ def main() -> None:
     print(f"{'contract, as on the host':<24}{len(contract(names)):>10,}{len(contract(host_names)):>10,}")
     print("\n".join(faults) if faults else
           "ELF32 ARM softfp, SONAME, five NEEDED, no type information, no text relocation, no absolute "
-          f"path, segments,\n{len(loaded.relocations):,} relocations: as required",
+          f"path, segments,\n{len(relocated):,} relocations: as required",
           file=sys.stderr if faults else sys.stdout)
     sys.exit(1 if faults else 0)
 
