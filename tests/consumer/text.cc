@@ -6,7 +6,11 @@
 #include <virtual_modem/types.h>
 #include <virtual_modem/version.h>
 
+#include <cstdio>
+
 int main() {
+  const std::string mismatch = virtual_modem::VersionMismatch();
+  std::fputs(mismatch.c_str(), stderr);
   Dial dial;
   dial.set_address("112");
   std::string stream;
@@ -20,7 +24,7 @@ int main() {
   }
   virtual_modem::CaptureWriter capture;
   return right && virtual_modem::MissingFields(dial).size() == 3 &&
-                 virtual_modem::VersionMismatch().empty() &&
+                 mismatch.empty() &&
                  !capture.Open("/no/such/folder/file") &&
                  virtual_modem::ToText(dial) == "address: \"XXX\""
              ? 0
