@@ -1,19 +1,17 @@
 """Reads the site as its readers do: axe-core on five kinds of pages, phone and desktop, light and dark;
-no page wider than the screen; what the search finds first.
+no page wider than the screen, and nothing of it missing; what the search finds first.
 
-Usage: check_browser.py SITE [--axe AXE_JS] [--pictures DIR]
+Usage: check_browser.py SITE AXE_JS [PICTURES]
+AXE_JS is axe.min.js, or - to do without; PICTURES a folder for a picture of each page.
 Status: 1 with a line per fault.
 """
-
-import argparse
 import os
 import pathlib
 import sys
+import time
 
 from selenium import webdriver
-from selenium.common.exceptions import TimeoutException, WebDriverException
 from selenium.webdriver.chrome.service import Service
-from selenium.webdriver.support.wait import WebDriverWait
 
 FORMS = {"phone": (390, 844), "desktop": (1280, 800)}
 # First page, guide, schema, header, search.
@@ -33,18 +31,30 @@ QUERIES = {
     "timeout": "docs/integration.html",
     "MissingFields": "headers/text.html#missingfields",
 }
-PAPER = "return getComputedStyle(document.body).backgroundColor.startsWith('rgb(255')"
-TARGET = """[document.querySelector(":target")?.getBoundingClientRect().top].some(
-  (top) => top >= 0 && top < innerHeight)"""
-FOOT = "return / \\d+\\.\\d+\\.\\d+, commit \\w/.test(document.querySelector('.copyright').innerText)"
-# What the page of Dial shows, in an element each; the last one has none.
-SHOWN = ["#Dial .request", "#Dial\\\\.address .masked", "#Dial\\\\.clir .required",
-         "#Dial\\\\.clir a[href$='#Clir']", "a[href$='#NoResultResponse']"]
-HIDDEN = "#Dial\\\\.clir .masked"
+FIRST_HIT = "return document.querySelector('ul.search a')?.href"
+# What is wrong with a page: for each fault, whether it is there.
+FAULTS = """
+const light = arguments[0], there = (selector) => document.querySelector(selector) !== null;
+const target = document.querySelector(":target")?.getBoundingClientRect().top;
+return Object.entries({
+  "the target is out of sight": location.hash && !(target >= 0 && target < innerHeight),
+  "the colors are those of the other scheme":
+    getComputedStyle(document.body).backgroundColor.startsWith("rgb(255") !== light,
+  "the foot does not name version and commit":
+    !/ \\d+\\.\\d+\\.\\d+, commit \\w/.test(document.querySelector(".copyright").innerText),
+  "the entry of Dial lacks a badge or a link, or has one too many":
+    there("#Dial") && !(there("#Dial .request") && there("#Dial\\\\.address .masked") &&
+      there("#Dial\\\\.clir .required") && there("#Dial\\\\.clir a[href$='#Clir']") &&
+      there("a[href$='#NoResultResponse']") && !there("#Dial\\\\.clir .masked") &&
+      document.querySelector("#Dial\\\\.clir .wire").innerText === "tag 20 (varint)"),
+  "the page is wider than the screen": document.documentElement.scrollWidth > innerWidth,
+}).filter(([, is_there]) => is_there).map(([fault]) => fault);
+"""
+MISSING = "ERR_FILE_NOT_FOUND"  # of what the browser logs; it may not fetch all that the scripts would
 AXE = """
 const done = arguments[arguments.length - 1];
 axe.run({resultTypes: ["violations"]}).then((result) => done(result.violations.map(
-  ({id, help, nodes}) => `${id}: ${help}: ${nodes.length}, such as ${nodes.map((node) => node.html.slice(0, 90)).join(' ')}`)),
+  ({id, help, nodes}) => `${id}: ${help}: ${nodes.length}, such as ${nodes[0].html.slice(0, 90)}`)),
   (error) => done([String(error)]));
 """
 
@@ -58,6 +68,7 @@ class Browser(webdriver.Chrome):
             options.add_argument(argument)
         if os.geteuid() == 0:
             options.add_argument("--no-sandbox")  # Chromium refuses root a sandbox.
+        options.set_capability("goog:loggingPrefs", {"browser": "SEVERE"})
         super().__init__(service=Service("/usr/bin/chromedriver"), options=options)
         self.set_script_timeout(300)
         self.site = site
@@ -71,74 +82,50 @@ class Browser(webdriver.Chrome):
         self.get("about:blank")  # Else a new anchor reloads nothing.
         self.get(f"{self.site.as_uri()}/{page}")
 
-    def comes(self, script):
-        """Whether the script gives something true, within ten seconds."""
-        try:
-            return WebDriverWait(self, 10).until(lambda _: self.execute_script("return " + script))
-        except TimeoutException:
-            return None
-
-    def first_hit(self, query):
-        self.show(f"search.html?q={query}")
-        return self.comes("document.querySelector('ul.search a')?.href") or "nothing"
+    def until(self, good, script, *arguments):
+        """What the script gives, once that is good or ten seconds are over."""
+        end = time.monotonic() + 10
+        while not good(given := self.execute_script(script, *arguments)) and time.monotonic() < end:
+            time.sleep(0.1)
+        return given
 
 
 def check(browser, axe, pictures):
     """Faults, a line each."""
-    for page in PAGES:
-        for form in FORMS:
-            for scheme in ("light", "dark"):
-                browser.show(page, form, scheme)
-                faults = []
-                if "?" in page and not browser.comes("document.querySelector('ul.search a')"):
-                    faults.append("the search gives nothing")
-                if "#" in page and not browser.comes(TARGET):
-                    faults.append("the target is out of sight")
-                name = page.partition("?")[0].replace("/", "-").replace("#", "-")
-                if pictures:
-                    browser.save_screenshot(str(pictures / f"{name}-{form}-{scheme}.png"))
-                if browser.execute_script(PAPER) != (scheme == "light"):
-                    faults.append("the colors are those of the other scheme")
-                if not browser.execute_script(FOOT):
-                    faults.append("the foot does not name version and commit")
-                if "#Dial" in page:
-                    faults += [f"{selector}: expected otherwise" for selector in [*SHOWN, HIDDEN]
-                               if (selector == HIDDEN) == browser.execute_script(
-                                   f"return !!document.querySelector(\"{selector}\")")]
-                if browser.execute_script("return document.documentElement.scrollWidth > innerWidth"):
-                    faults.append("the page is wider than the screen")
-                if axe:
-                    browser.execute_script(axe)
-                    faults += browser.execute_async_script(AXE)
-                yield from (f"{page}, {form}, {scheme}: {fault}" for fault in faults)
+    for page, form, scheme in ((p, f, s) for p in PAGES for f in FORMS for s in ("light", "dark")):
+        browser.show(page, form, scheme)
+        faults = browser.until(lambda found: not found, FAULTS, scheme == "light")
+        if "?" in page and not browser.until(bool, FIRST_HIT):
+            faults.append("the search gives nothing")
+        faults += [entry["message"] for entry in browser.get_log("browser") if MISSING in entry["message"]]
+        if pictures:
+            name = page.partition("?")[0].replace("/", "-").replace("#", "-")
+            browser.save_screenshot(str(pictures / f"{name}-{form}-{scheme}.png"))
+        if axe:
+            browser.execute_script(axe)
+            faults += browser.execute_async_script(AXE)
+        yield from (f"{page}, {form}, {scheme}: {fault}" for fault in faults)
     for query, wanted in QUERIES.items():
-        found = browser.first_hit(query)
+        browser.show(f"search.html?q={query}")
+        found = browser.until(bool, FIRST_HIT) or "nothing"
         if not any(part.endswith(wanted) for part in (found, found.partition("#")[0])):
             yield f"search: '{query}' finds {found} first, not {wanted}"
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
-    parser.add_argument("site", type=pathlib.Path)
-    parser.add_argument("--axe", type=pathlib.Path, help="axe.min.js")
-    parser.add_argument("--pictures", type=pathlib.Path, help="a picture of each page goes here")
-    options = parser.parse_args()
-    if options.pictures:
-        options.pictures.mkdir(parents=True, exist_ok=True)
-    browser = Browser(options.site.resolve())
+def main(site, axe, pictures=None):
+    if pictures:
+        pictures.mkdir(parents=True, exist_ok=True)
+    browser = Browser(site.resolve())
     try:
-        faults = list(check(browser, options.axe and options.axe.read_text(), options.pictures))
+        faults = list(check(browser, axe.read_text() if axe.name != "-" else "", pictures))
     finally:
         browser.quit()
     for fault in faults:
         print(f"reference: {fault}", file=sys.stderr)
-    print(f"reference: {len(PAGES)} kinds of pages, {len(QUERIES)} searches, "
-          f"{'' if options.axe else 'no '}axe-core: {len(faults)} faults")
+    print(f"reference: {len(PAGES)} kinds of pages, {len(QUERIES)} searches, axe-core: {axe}: "
+          f"{len(faults)} faults")
     sys.exit(1 if faults else 0)
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except (OSError, WebDriverException) as error:
-        sys.exit(f"reference: {error}")
+    main(*map(pathlib.Path, sys.argv[1:]))

@@ -1,7 +1,7 @@
 """The site: guides, schema, headers and the exchanges of the demo, by Sphinx.
 
 Before Sphinx reads its source folder, this fills it: with the Markdown pages at the paths they have
-in the repository, so that links among them hold, and with pages made of the schema and the headers.
+in the repository, so that links among them hold, and with pages generated from the schema and the headers.
 Environment: VIRTUAL_MODEM_DESCRIPTOR_SET, the schema; VIRTUAL_MODEM_VERSION; VIRTUAL_MODEM_COMMIT,
 by default asked of git.
 """
@@ -20,20 +20,16 @@ sys.path[:0] = [str(HERE), str(ROOT / "src")]
 from pygments.lexers.special import TextLexer  # noqa: E402
 
 import schema  # noqa: E402
-
-
-def commit():
-    asked = subprocess.run(["git", "-C", ROOT, "describe", "--always", "--dirty", "--exclude=*"],
-                           capture_output=True, text=True, check=False)
-    return asked.stdout.strip() or "unknown"
-
+from schema_pages import places, slug  # noqa: E402
 
 TRANSCRIPT = ROOT / "tests/exchange/transcript.txt"
 DESCRIPTOR_SET = os.environ["VIRTUAL_MODEM_DESCRIPTOR_SET"]
 
 project = "virtual-modem-protos"
 version = release = os.environ["VIRTUAL_MODEM_VERSION"]
-commit_name = os.environ.get("VIRTUAL_MODEM_COMMIT") or commit()
+commit_name = os.environ.get("VIRTUAL_MODEM_COMMIT") or subprocess.run(
+    ["git", "-C", ROOT, "describe", "--always", "--dirty", "--exclude=*"],
+    capture_output=True, text=True, check=False).stdout.strip() or "unknown"
 copyright = f"{project} {version}, commit {commit_name}"  # the foot of every page
 extensions = ["myst_parser", "schema_pages", "diagrams"]
 myst_heading_anchors = 4
@@ -45,7 +41,6 @@ html_css_files = ["site.css"]
 html_show_sphinx = False
 html_copy_source = False
 html_use_index = False
-html_last_updated_fmt = None
 html_theme_options = {"footer_icons": []}
 highlight_language = "none"
 pygments_style, pygments_dark_style = "xcode", "github-dark"
@@ -63,10 +58,6 @@ def exchanges():
         steps = [match for match in map(STEP.fullmatch, part.split("\n")) if match]
         if steps:
             yield name, what, steps
-
-
-def slug(title):
-    return re.sub(r"[^a-z0-9]+", "-", title.lower()).strip("-")
 
 
 def toctree(entries, caption="", hidden=False, depth=2):
@@ -176,6 +167,7 @@ def repair(app, _error):
 
 def setup(app):
     app.virtual_modem_schema = schema.load(DESCRIPTOR_SET)
+    app.virtual_modem_places = places(app.virtual_modem_schema)
     carried = {}
     for name, _, steps in exchanges():
         for step in steps:

@@ -1,7 +1,7 @@
 """Sphinx extension: pages of the schema, and links to them from every name in prose.
 
 A page of the schema is a file with the one directive `schema-section:: UNIT NUMBER`. Each message,
-field, enumeration and value on it is an object of the domain `vm`. Sphinx would lower-case ordinary
+field, enumeration and value on it is an object that the search knows. Sphinx would lower-case ordinary
 labels; these anchors are the names themselves: #Dial, #Dial.clir, #RADIO_E_SIM_BUSY.
 """
 
@@ -11,8 +11,6 @@ import schema
 from docutils import nodes
 from docutils.parsers.rst import Directive
 from sphinx import addnodes
-from sphinx.domains import Domain, ObjType
-from sphinx.util.nodes import make_refnode
 
 NAME = re.compile(r"\b[A-Z]\w+(?:\.[a-z]\w+)?\b")
 
@@ -26,23 +24,32 @@ def literal(text, *classes):
     return nodes.literal("", text, classes=list(classes))
 
 
-def link(name, docname, text=None):
-    reference = addnodes.pending_xref("", refdomain="vm", reftype="name", reftarget=name,
-                                      refdoc=docname, refwarn=True)
-    reference += literal(text or name)
-    return reference
+def slug(title):
+    return re.sub(r"[^a-z0-9]+", "-", title.lower()).strip("-")
+
+
+def places(everything):
+    """Every name of the schema, and the page with its entry."""
+    found = {}
+    for unit in everything.units:
+        for section in unit.sections:
+            for declared in section.members:
+                inner = ([f"{declared.name}.{field.name}" for field in declared.fields]
+                         if isinstance(declared, schema.Message) else [v.name for v in declared.values])
+                found.update(dict.fromkeys([declared.name, *inner],
+                                           f"schema/{unit.name}/{slug(section.title)}"))
+    return found
+
+
+def reference(app, docname, page, anchor, node):
+    """A link from one page to an anchor on another."""
+    uri = f"{app.builder.get_relative_uri(docname, page)}#{anchor}"
+    return nodes.reference("", "", node, internal=True, refuri=uri)
 
 
 def joined(parts):
     """The parts as inline nodes with commas between them."""
     return [node for part in parts for node in (nodes.Text(", "), part)][1:]
-
-
-def names_of(everything):
-    """Every name that prose may link."""
-    inner = [f"{m.name}.{f.name}" for m in everything.messages for f in m.fields]
-    inner += [value.name for enum in everything.enums for value in enum.values]
-    return {declared.name for declared in everything.messages + everything.enums}.union(inner)
 
 
 class SchemaSection(Directive):
@@ -52,12 +59,13 @@ class SchemaSection(Directive):
 
     def run(self):
         self.env = self.state.document.settings.env
-        self.docname = self.env.docname
-        everything = self.env.app.virtual_modem_schema
-        self.names = names_of(everything)
-        unit = next(u for u in everything.units if u.name == self.arguments[0])
+        self.docname, self.names = self.env.docname, self.env.app.virtual_modem_places
+        unit = next(u for u in self.env.app.virtual_modem_schema.units if u.name == self.arguments[0])
         section = unit.sections[int(self.arguments[1])]
         return [self.member(member) for member in section.members]
+
+    def link(self, name):
+        return reference(self.env.app, self.docname, self.names[name], name, literal(name))
 
     def entry(self, objtype, name, title, *signature, shown=None):
         """A description of one object, and the node that its content goes to."""
@@ -69,9 +77,9 @@ class SchemaSection(Directive):
             head += nodes.Text(" ")
             head += part
         content = addnodes.desc_content()
-        whole = addnodes.desc("", head, content, domain="vm", objtype=objtype, desctype=objtype,
+        whole = addnodes.desc("", head, content, domain="std", objtype=objtype, desctype=objtype,
                               noindex=False, classes=["vm", objtype])
-        self.env.get_domain("vm").add(name, shown or name, objtype, self.docname)
+        self.env.get_domain("std").note_object(f"schema-{objtype}", shown or name, name, whole)
         return whole, content
 
     def prose(self, text, own):
@@ -85,7 +93,7 @@ class SchemaSection(Directive):
             if name not in self.names or name == own or is_word(name):
                 continue
             paragraph += nodes.Text(text[end:match.start()])
-            paragraph += link(name, self.docname)
+            paragraph += self.link(name)
             end = match.start() + len(name)
         paragraph += nodes.Text(text[end:])
         return paragraph
@@ -101,20 +109,19 @@ class SchemaSection(Directive):
     def facts(self, declared):
         """Pairs of a title and inline nodes."""
         if isinstance(declared, schema.Message):
-            names = [link(name, self.docname) for name in declared.answered_by or declared.answers]
+            names = [self.link(name) for name in declared.answered_by or declared.answers]
             if declared.is_agreed:
                 names.append(nodes.Text("agreed between the sides"))
             if names:
                 yield ("Answers" if declared.kind == "response" else "Answer"), joined(names)
         if declared.carried_by:
-            yield "Carried by", joined(link(f"{message}.{field}", self.docname)
+            yield "Carried by", joined(self.link(f"{message}.{field}")
                                        for message, field in declared.carried_by)
         scenarios = self.env.app.virtual_modem_exchanges.get(declared.name)
         if scenarios:
             yield "In the demo", joined(
-                addnodes.pending_xref("", nodes.inline("", name), refdomain="std", reftype="ref",
-                                      reftarget=f"exchange-{name}", refexplicit=True,
-                                      refdoc=self.docname, refwarn=True) for name in scenarios)
+                reference(self.env.app, self.docname, "schema/exchanges", f"exchange-{name}",
+                          nodes.inline("", name)) for name in scenarios)
         if declared.cpp_name != declared.name:
             yield "C++", [literal(declared.cpp_name)]
 
@@ -134,7 +141,7 @@ class SchemaSection(Directive):
         return whole
 
     def field(self, message, field):
-        type_ = link(field.type, self.docname) if field.declared else literal(field.type)
+        type_ = self.link(field.type) if field.declared else literal(field.type)
         signature = [nodes.inline("", field.label, classes=[field.label]), type_,
                      nodes.inline("", f"= {field.number}"),
                      nodes.inline("", f"tag {field.tag} ({field.wire})", classes=["wire"])]
@@ -158,47 +165,17 @@ class SchemaSection(Directive):
         return whole
 
 
-class SchemaDomain(Domain):
-    name = "vm"
-    label = "schema"
-    object_types = {kind: ObjType(kind) for kind in ("message", "field", "enumeration", "value")}
-    initial_data = {"objects": {}}
-
-    def add(self, name, shown, objtype, docname):
-        self.data["objects"][name] = (shown, objtype, docname)
-
-    def clear_doc(self, docname):
-        self.data["objects"] = {name: found for name, found in self.data["objects"].items()
-                                if found[2] != docname}
-
-    def merge_domaindata(self, docnames, otherdata):
-        self.data["objects"].update(otherdata["objects"])
-
-    def get_objects(self):
-        for name, (shown, objtype, docname) in self.data["objects"].items():
-            yield shown, shown, objtype, docname, name, 1
-
-    def resolve_xref(self, env, fromdocname, builder, typ, target, node, contnode):
-        if target not in self.data["objects"]:
-            return None
-        docname = self.data["objects"][target][2]
-        return make_refnode(builder, fromdocname, docname, target, contnode, target)
-
-    def resolve_any_xref(self, *_):
-        return []
-
-
 def link_guides(app, doctree, docname):
     """Links names in the code spans of guides."""
-    objects = app.env.get_domain("vm").data["objects"]
     for span in list(doctree.findall(nodes.literal)):
-        if span.astext() in objects and not isinstance(span.parent, nodes.reference):
-            to = objects[span.astext()][2]
-            span.replace_self(make_refnode(app.builder, docname, to, span.astext(), span.deepcopy()))
+        page = app.virtual_modem_places.get(span.astext())
+        if page and not isinstance(span.parent, nodes.reference):
+            span.replace_self(reference(app, docname, page, span.astext(), span.deepcopy()))
 
 
 def setup(app):
-    app.add_domain(SchemaDomain)
+    for kind in ("message", "field", "enumeration", "value"):
+        app.add_object_type(f"schema-{kind}", f"schema-{kind}", objname=kind)
     app.add_directive("schema-section", SchemaSection)
     app.connect("doctree-resolved", link_guides)
     return {"parallel_read_safe": True, "parallel_write_safe": True}
