@@ -105,14 +105,6 @@ class Section:
     title: str
     members: list[Message | Enum]
 
-    @property
-    def short(self) -> str:
-        return self.title.rpartition(": ")[2]
-
-    @property
-    def anchor(self) -> str:
-        return "section-" + re.sub(r"[^a-z0-9]+", "-", self.title.lower()).strip("-")
-
 
 @dataclasses.dataclass
 class Unit:
@@ -124,13 +116,6 @@ class Unit:
     messages: list[Message]  # in the order of the descriptors, as the enumerations are
     enums: list[Enum]
     proto: typing.Any = dataclasses.field(repr=False)
-
-    @property
-    def groups(self) -> list[tuple[str, list[Section]]]:
-        """Sections by what stands before the colon of their titles: "" first, then "Enumerations"."""
-        prefixes = sorted({section.title.rpartition(": ")[0] for section in self.sections})
-        return [(prefix, [s for s in self.sections if s.title.rpartition(": ")[0] == prefix])
-                for prefix in prefixes]
 
 
 @dataclasses.dataclass

@@ -6,7 +6,7 @@
 --
 -- Keep to what Lua 5.2 and 5.4 have in common: Wireshark has come with both.
 
--- The build puts the schema in place of this line (generate.py).
+-- The build puts the schema in place of this line (tools/embed_schema.py).
 local MESSAGES, ENUMS = {}, {}
 if not next(MESSAGES) then
   error("this script has no schema; load share/virtual-modem-protos/wireshark/virtual_modem.lua"

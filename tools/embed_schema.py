@@ -1,15 +1,14 @@
 #!/usr/bin/python3
-"""Puts the schema into the Wireshark dissector.
+"""Puts the schema into a script that needs no other file: Wireshark's dissector, gdb's printer.
 
-Usage: generate.py DESCRIPTOR_SET VIRTUAL_MODEM_LUA OUTPUT
+Usage: embed_schema.py DESCRIPTOR_SET SCRIPT OUTPUT
 """
 import json
 import pathlib
+import pprint
 import sys
 
 import schema
-
-PLACEHOLDER = "local MESSAGES, ENUMS = {}, {}\n"
 
 
 def quote(text: str) -> str:
@@ -17,7 +16,7 @@ def quote(text: str) -> str:
     return json.dumps(" ".join(text.encode("ascii").decode().split()))
 
 
-def tables(everything: schema.Schema) -> str:
+def for_lua(everything: schema.Schema) -> str:
     lines = ["local MESSAGES = {"]
     for message in everything.messages:
         lines.append(f"  [{quote(message.full_name)}] = {{ kind = {quote(message.kind)},")
@@ -36,12 +35,26 @@ def tables(everything: schema.Schema) -> str:
     return "\n".join(lines + ["}"]) + "\n"
 
 
+def for_gdb(everything: schema.Schema) -> str:
+    fields = {message.full_name: {
+        field.name: (field.declared.cpp_name if isinstance(field.declared, schema.Enum) else "",
+                     field.is_subscriber_data, field.number)
+        for field in message.fields} for message in everything.messages}
+    return f"] = {pprint.pformat(fields, sort_dicts=False, width=104)}\n"
+
+
+# What gives way to the schema, by the ending of the script.
+PLACES = {".lua": ("local MESSAGES, ENUMS = {}, {}\n", for_lua), ".py": ("] = {}\n", for_gdb)}
+
+
 def main() -> None:
     everything, source, target = schema.load(sys.argv[1]), *map(pathlib.Path, sys.argv[2:])
+    placeholder, table = PLACES[source.suffix]
     script = source.read_text(encoding="ascii")
-    if script.count(PLACEHOLDER) != 1:
-        sys.exit(f"generate.py: {source} has to hold '{PLACEHOLDER.strip()}' once")
-    target.write_text(script.replace(PLACEHOLDER, tables(everything)), encoding="ascii")
+    if script.count(placeholder) != 1:
+        sys.exit(f"embed_schema.py: {source} has to hold '{placeholder.strip()}' once")
+    target.parent.mkdir(parents=True, exist_ok=True)
+    target.write_text(script.replace(placeholder, table(everything)), encoding="ascii")
 
 
 if __name__ == "__main__":
