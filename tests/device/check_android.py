@@ -21,7 +21,10 @@ PAGE = 4096
 
 
 def run(*command: str) -> str:
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    result = subprocess.run(command, check=True, capture_output=True, text=True)
+    if result.stderr:
+        sys.exit(f"{command[0]} {command[-1]}: {result.stderr}")
+    return result.stdout
 
 
 def section_sizes(library: str) -> dict[str, int]:
