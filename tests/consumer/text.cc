@@ -23,8 +23,7 @@ int main() {
             virtual_modem::Visit(*parsed.message, [](Dial& m) { return m.address(); }) == "112";
   }
   virtual_modem::CaptureWriter capture;
-  return right && virtual_modem::MissingFields(dial).size() == 3 &&
-                 mismatch.empty() &&
+  return right && virtual_modem::MissingFields(dial).size() == 3 && mismatch.empty() &&
                  !capture.Open("/no/such/folder/file") &&
                  virtual_modem::ToText(dial) == "address: \"XXX\""
              ? 0
