@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Runs the shell blocks of pages, in order, in one shell session, as a reader would.
 
-Usage: run_pages.py [--in ROOT [--env WORDS]] FOLDER PAGE...
+Usage: run_pages.py [--quick] [--in ROOT [--env WORDS]] FOLDER PAGE...
 
 FOLDER is the clone in which each page starts and whose pages are read; with --in it stands below ROOT,
 into which every command changes its root first. Exit status 1 at the first block that fails.
@@ -10,9 +10,9 @@ into which every command changes its root first. Exit status 1 at the first bloc
   ```console  is run, "$ " before each command; what it prints must be what the page shows
   any other   is for the eye, unless <!-- file: PATH --> stands before it: then it is written there
 
-A shell block after <!-- not run: REASON --> is counted and left out. What stands after
-<!-- printed by: COMMAND --> is what the command prints, such as a diagram; a block of language text
-must say so.
+A shell block after <!-- not run: REASON --> is counted and left out, with --quick also one after
+<!-- slow: REASON -->. What stands after <!-- printed by: COMMAND --> is what the command prints, such
+as a diagram; a block of language text must say so.
 """
 import argparse
 import collections
@@ -53,7 +53,7 @@ def blocks_of(page: str, text: str) -> list[Block]:
         elif fence:
             block = Block(page, number, fence[1], mark)
             mark = ""
-        elif comment := re.match(r"<!-- ((?:not run|file|printed by): .*\S) -->$", line):
+        elif comment := re.match(r"<!-- ((?:not run|slow|file|printed by): .*\S) -->$", line):
             mark = comment[1]
         elif line.strip():
             if mark:
@@ -70,6 +70,7 @@ def blocks_of(page: str, text: str) -> list[Block]:
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--quick", action="store_true", help="leave out what is marked as slow")
     parser.add_argument("--in", dest="root", type=pathlib.Path)
     parser.add_argument("--env", default="HOME=/root TERM=dumb",
                         help="the environment with --in, NAME=VALUE with blanks between")
@@ -112,7 +113,7 @@ def main() -> None:
                 fail(block, "nothing compares it; say <!-- printed by: COMMAND --> before it")
             elif block.language in ("bash", "shell"):
                 fail(block, "call it sh or console")
-            elif kind == "not run":
+            elif kind == "not run" or kind == "slow" and options.quick:
                 skipped[argument] += 1
             elif block.language not in ("sh", "console"):
                 continue
