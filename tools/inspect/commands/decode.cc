@@ -11,17 +11,15 @@
 namespace virtual_modem::inspect {
 namespace {
 
-// Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error,
-// after the heading.
-void PrintFindings(const Findings& findings, const Options& options, bool shown,
-                   const std::string& heading, Output& out) {
+// Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error.
+void PrintFindings(const Findings& findings, const Options& options, bool shown, Output& out) {
   if (findings.empty()) return;
   // Findings quote numbers, which may be subscriber data of the type that the bytes are of.
   const std::string lines =
       shown ? findings.Lines()
             : "# not shown, as it does not fit the type: " + findings.Summary() + "\n";
   if (options.json) {
-    out.AppendError(heading + lines);
+    out.AppendError(lines);
   } else {
     out.Append(lines);
   }
@@ -34,15 +32,23 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const O
   std::int64_t count = 0;
   std::int64_t refused = 0;
   std::int64_t hidden = 0;
+  const auto heading = [&](auto append) {
+    append("# message ");
+    append(count);
+    append(" at byte ");
+    append(reader.offset());
+    append(", ");
+    append(static_cast<std::int64_t>(reader.size()));
+    append(" bytes\n");
+  };
   while (reader.Next()) {
-    const auto heading = [&] {
-      return "# message " + std::to_string(count) + " at byte " + std::to_string(reader.offset()) +
-             ", " + std::to_string(reader.size()) + " bytes\n";
-    };
-    if (!options.json) out.Append(heading());
+    if (!options.json) heading([&](auto part) { out.Append(part); });
     const Findings findings = printer.Print(type, reader.bytes());
     if (options.json && printer.shown()) out.Append("\n");
-    if (!findings.empty()) PrintFindings(findings, options, printer.shown(), heading(), out);
+    if (!findings.empty()) {
+      if (options.json) heading([&](auto part) { out.AppendError(part); });
+      PrintFindings(findings, options, printer.shown(), out);
+    }
     if (!findings.acceptable()) ++refused;
     if (!printer.shown()) ++hidden;
     if (reader.cut()) {
@@ -80,7 +86,7 @@ Status DecodeCommand(Schema& schema, const Options& options) {
   }
   const Findings findings = printer.Print(type, bytes);
   if (options.json && printer.shown()) out.Append("\n");
-  PrintFindings(findings, options, printer.shown(), "", out);
+  PrintFindings(findings, options, printer.shown(), out);
   if (findings.acceptable() && printer.shown()) return kOk;
   throw Error(DisplayName(source) + ": " +
               (printer.shown() ? "not a valid " : "not shown, as it does not fit ") + options.type +

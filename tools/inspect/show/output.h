@@ -22,6 +22,7 @@ class Output {
   Output& Append(std::string_view text);
   Output& Append(std::int64_t number);
   void AppendError(std::string_view text);
+  void AppendError(std::int64_t number) { AppendError(std::to_string(number)); }
   void Flush();
 
   // print(sink) writes the text of a message; it is called again when its text did not fit. A text
