@@ -12,6 +12,8 @@ using google::protobuf::EnumDescriptor;
 using google::protobuf::FieldDescriptor;
 using text::FieldKind;
 
+constexpr std::uint32_t kSmallNumbers = 128;
+
 FieldKind KindOf(const FieldDescriptor& field) {
   static const std::unordered_map<int, FieldKind> kinds{
       {FieldDescriptor::TYPE_INT32, FieldKind::kInt32},
@@ -119,13 +121,21 @@ std::uint16_t SchemaTables::PlaceEnum(const EnumDescriptor& type) {
   if (!added) return found->second;
   if (enums_.size() == text::kMostTypes) throw Error("the schema has too many enumerations");
   enums_.push_back(&type);
+  std::vector<std::string_view>& small = small_names_.emplace_back(kSmallNumbers);
+  for (int i = 0; i < type.value_count(); ++i) {
+    const auto number = static_cast<std::uint32_t>(type.value(i)->number());
+    if (number < kSmallNumbers && small[number].empty()) small[number] = type.value(i)->name();
+  }
   return found->second;
 }
 
 std::string_view SchemaTables::NameOf(const void* context, unsigned enumeration,
                                       std::int32_t number) {
-  const EnumDescriptor* type = static_cast<const SchemaTables*>(context)->enums_[enumeration];
-  const auto* value = type->FindValueByNumber(number);
+  const auto* tables = static_cast<const SchemaTables*>(context);
+  if (static_cast<std::uint32_t>(number) < kSmallNumbers) {
+    return tables->small_names_[enumeration][static_cast<std::uint32_t>(number)];
+  }
+  const auto* value = tables->enums_[enumeration]->FindValueByNumber(number);
   return value == nullptr ? std::string_view() : value->name();
 }
 

@@ -36,6 +36,9 @@ class SchemaTables {
   std::vector<text::SparseNumber> sparse_;
   std::string names_;
   std::vector<const google::protobuf::EnumDescriptor*> enums_;
+  // The names of the numbers from 0 of each: most values are small, and the runtime searches for
+  // them.
+  std::vector<std::vector<std::string_view>> small_names_;
   std::unordered_map<const google::protobuf::Descriptor*, unsigned> indexes_;
   std::unordered_map<const google::protobuf::EnumDescriptor*, std::uint16_t> enum_indexes_;
   std::unordered_map<std::string, std::uint16_t> places_;
