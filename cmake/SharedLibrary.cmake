@@ -38,12 +38,14 @@ function(virtual_modem_tune_shared_library target)
     $<$<CONFIG:Release,MinSizeRel>:-fno-semantic-interposition>)
   # Calls into the runtime and the C library go through the table of addresses and not through a stub
   # as well (time -2.5 %, decoding a list of calls -17 %). Elsewhere than on x86-64 the stub is the
-  # shorter code. Functions begin where the processor fetches: with the linker's -O1, and with -O3 for
-  # the runtime's hot units where that is built from source, time -2 to -3 % and -4 to -5 %. None of the
-  # three shows by itself.
+  # shorter code.
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-    target_compile_options(${target} PRIVATE
-      $<$<CONFIG:Release,MinSizeRel>:-fno-plt> $<$<CONFIG:Release>:-falign-functions=32>)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release,MinSizeRel>:-fno-plt>)
+    # With a runtime that is built from source, functions begin where the processor fetches: together
+    # with -O3 for its hot units and the linker's -O1, time -5 %. With Debian's, encoding slows down.
+    if(VIRTUAL_MODEM_RUNTIME STREQUAL "source")
+      target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-falign-functions=32>)
+    endif()
   endif()
   # Relocations that only add the load address take a bit each, not 24 bytes (size -3 %). A cross
   # build's own linker flags decide for its target.
