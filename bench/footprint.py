@@ -8,16 +8,13 @@ import os
 import pathlib
 import random
 import re
-import resource
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-SECTIONS = [".text", ".rodata", ".data.rel.ro", ".data", ".bss", ".eh_frame", ".dynsym", ".dynstr",
-            ".gnu.hash", ".rela.dyn", ".rela.plt", ".relr.dyn", ".init_array"]
-LOADS = 30  # of each library
+LOADS = 3  # of each library
 
 
 def run(*command) -> str:
@@ -25,45 +22,34 @@ def run(*command) -> str:
 
 
 def inspect(stripped: pathlib.Path) -> dict[str, int]:
-    """File size, sections, relocations and exports of a stripped library."""
-    facts = {"stripped file": stripped.stat().st_size}
-    sections = {fields[0]: int(fields[1]) for line in run("size", "-A", stripped).splitlines()
-                if len(fields := line.split()) == 3 and fields[1].isdigit()}
-    for section in SECTIONS:
-        facts[section] = sections.get(section, 0)
+    """File size, relocations, exports and initializers of a stripped library."""
     relocations = run("readelf", "--wide", "--relocs", stripped)
-    packed = re.search(r"entries:\s+(\d+) offsets", relocations)
-    facts["relocations: by symbol"] = len(re.findall(r"\bR_X86_64_(?:64|GLOB_DAT|JUMP_SLO)", relocations))
-    facts["relocations: relative"] = len(re.findall(r"_RELATIVE", relocations))
-    facts["relocations: packed"] = int(packed[1]) if packed else 0
-    facts["exported names"] = len(run("nm", "-D", "--defined-only", stripped).splitlines())
-    facts["static initializers"] = sections.get(".init_array", 0) // 8
-    return facts
+    initializers = re.search(r"^\.init_array +(\d+)", run("size", "-A", stripped), re.MULTILINE)
+    return {
+        "stripped file": stripped.stat().st_size,
+        "relocations by symbol": len(re.findall(r"\bR_X86_64_(?:64|GLOB_DAT|JUMP_SLO)", relocations)),
+        "exported names": len(run("nm", "-D", "--defined-only", stripped).splitlines()),
+        "static initializers": int(initializers[1]) // 8 if initializers else 0}
 
 
 def load(dependency: str, library: str) -> None:
-    """Prints microseconds and page faults of dlopen, all symbols bound, in a process of its own."""
-    def faults() -> int:
-        usage = resource.getrusage(resource.RUSAGE_SELF)
-        return usage.ru_minflt + usage.ru_majflt
+    """Prints the microseconds of dlopen, all symbols bound, in a process of its own."""
     ctypes.CDLL(dependency, ctypes.RTLD_GLOBAL)
-    dlopen, path = ctypes.CDLL(None).dlopen, library.encode()
-    before, start = faults(), time.perf_counter()
+    dlopen, path, start = ctypes.CDLL(None).dlopen, library.encode(), time.perf_counter()
     loaded = dlopen(path, os.RTLD_NOW)
-    print(1e6 * (time.perf_counter() - start), faults() - before)
+    print(1e6 * (time.perf_counter() - start))
     sys.exit(not loaded)
 
 
-def load_times(libraries: dict[str, pathlib.Path]) -> dict:
-    """Microseconds and page faults of dlopen, the libraries that each needs being loaded already."""
+def load_times(libraries: dict[str, pathlib.Path]) -> dict[str, float]:
+    """Microseconds of dlopen, the runtime that each library needs being loaded already."""
     times = {name: [] for name in libraries}
     for name in random.sample(list(libraries) * LOADS, len(libraries) * LOADS):
         runtime = re.search(r"NEEDED.*\[(\S*protobuf\S*)\]", run("readelf", "-d", libraries[name]))[1]
         beside = libraries[name].parent / runtime
-        out = run(sys.executable, __file__, "--load", beside if beside.exists() else runtime,
-                  libraries[name])
-        times[name].append([float(number) for number in out.split()])
-    return {name: [statistics.median(column) for column in zip(*runs)] for name, runs in times.items()}
+        times[name].append(float(run(sys.executable, __file__, "--load",
+                                     beside if beside.exists() else runtime, libraries[name])))
+    return {name: statistics.median(runs) for name, runs in times.items()}
 
 
 def table(rows: list[list]) -> None:
@@ -90,13 +76,10 @@ def main() -> None:
 
     names = list(libraries)
     base = names[0]
-    print("Library file: bytes and counts")
-    table([["", *names], *([fact, *(facts[name][fact] for name in names)] for fact in facts[base])])
-    print("\nLoad time: dlopen in a new process, its dependencies loaded, all symbols bound; medians of", LOADS)
     table([["", *names],
-           ["us", *(f"{times[name][0]:.0f}" for name in names)],
-           ["page faults", *(f"{times[name][1]:.0f}" for name in names)],
-           [f"us, relative to {base}", *(f"{times[name][0] / times[base][0]:.2f}" for name in names)],
+           *([fact, *(facts[name][fact] for name in names)] for fact in facts[base]),
+           [f"dlopen, all symbols bound, us: median of {LOADS}", *(f"{times[name]:.0f}" for name in names)],
+           [f"relative to {base}", *(f"{times[name] / times[base]:.2f}" for name in names)],
            [f"stripped file, relative to {base}", *(
                f"{facts[name]['stripped file'] / facts[base]['stripped file']:.2f}" for name in names)]])
 
