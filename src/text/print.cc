@@ -72,7 +72,7 @@ char* WriteNumber(std::int32_t number, char* to) {
 // unknown fields: they differ from those of messages, tags may have ten bytes.
 class UnknownFields {
  public:
-  UnknownFields(std::string_view bytes) : at_(bytes.data()), end_(at_ + bytes.size()) {}
+  explicit UnknownFields(std::string_view bytes) : reader_(bytes, unused_) {}
 
   struct Item {
     std::uint32_t number;
@@ -81,7 +81,7 @@ class UnknownFields {
     std::string_view bytes;  // kLengthDelimited
   };
 
-  bool AtEnd() const { return at_ == end_; }
+  bool AtEnd() const { return reader_.AtEnd(); }
 
   // False if the bytes are not a field.
   bool Next(Item& item) {
@@ -99,11 +99,9 @@ class UnknownFields {
       case kLengthDelimited: {
         std::uint64_t length = 0;
         if (item.number == 0 || !ReadVarint(length)) return false;
-        const auto size = static_cast<std::uint32_t>(length);
-        if (size > static_cast<std::size_t>(end_ - at_)) return false;
-        item.bytes = {at_, size};
-        at_ += size;
-        return true;
+        const char* const begin = reader_.at();
+        item.bytes = {begin, static_cast<std::uint32_t>(length)};
+        return reader_.SkipBytes(item.bytes.size());
       }
       case kStartGroup:
         return item.number != 0;
@@ -114,29 +112,20 @@ class UnknownFields {
   }
 
  private:
-  bool ReadVarint(std::uint64_t& value) {
-    value = 0;
-    for (unsigned shift = 0; shift < 70; shift += 7) {
-      if (at_ == end_) return false;
-      const auto byte = static_cast<std::uint8_t>(*at_++);
-      value |= static_cast<std::uint64_t>(byte & 0x7FU) << shift;
-      if (byte < 0x80) return true;
-    }
-    return false;
-  }
+  bool ReadVarint(std::uint64_t& value) { return reader_.ReadVarint(kMaxVarintBytes, "", value); }
 
   bool ReadFixed(unsigned size, std::uint64_t& value) {
-    if (static_cast<std::size_t>(end_ - at_) < size) return false;
+    const char* const begin = reader_.at();
+    if (!reader_.SkipBytes(size)) return false;
     value = 0;
     for (unsigned i = 0; i < size; ++i) {
-      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(at_[i])) << (8 * i);
+      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(begin[i])) << (8 * i);
     }
-    at_ += size;
     return true;
   }
 
-  const char* at_;
-  const char* end_;
+  Outcome unused_;
+  Reader reader_;
 };
 
 // Whether the fields up to the end of group (0: of the bytes) can be read, with at most budget
@@ -359,10 +348,10 @@ class Printer : public Handler {
     Indent();
     AppendNumber(item.number, sink_);
     if (item.type == kLengthDelimited) {
-      UnknownFields inside(item.bytes);
-      if (!item.bytes.empty() && budget > 0 && AreFields(inside, 0, budget)) {
+      UnknownFields tried(item.bytes);
+      if (!item.bytes.empty() && budget > 0 && AreFields(tried, 0, budget)) {
+        UnknownFields inside(item.bytes);
         Open();
-        inside = UnknownFields(item.bytes);
         PrintAll(inside, budget - 1);
         return Close();
       }
