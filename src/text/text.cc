@@ -49,9 +49,10 @@ std::string Render(const TextOptions& options, const Print& print) {
   const std::size_t limit = options.max_bytes == 0 ? SIZE_MAX : options.max_bytes;
   Sink sink(buffer.data(), std::min(buffer.size(), limit));
   print(sink);
+  if (sink.lost() == 0) return std::string(sink.text());
   const std::size_t size = sink.text().size() + sink.lost();
   std::string text;
-  if (sink.lost() == 0 || limit <= buffer.size()) {
+  if (limit <= buffer.size()) {
     text::Append(text, sink.text());
   } else {
     text.resize(std::min(size, limit));
