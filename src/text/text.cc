@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "text/generated.h"
@@ -42,37 +43,39 @@ std::string Cut(std::string text, std::size_t size, std::size_t max_bytes) {
   return text;
 }
 
-// The text that print(sink) makes, run twice when it does not fit the stack.
+// The text that print(front, sink) makes, run twice when it does not fit the stack. front is what
+// text holds in the beginning: what is printed may stand there, so that a large message takes no
+// memory but the result's. It moves between the runs.
 template <typename Print>
-std::string Render(const TextOptions& options, const Print& print) {
+std::string Render(std::string text, const TextOptions& options, const Print& print) {
   std::array<char, kTextBuffer> buffer;
   const std::size_t limit = options.max_bytes == 0 ? SIZE_MAX : options.max_bytes;
   Sink sink(buffer.data(), std::min(buffer.size(), limit));
-  print(sink);
-  if (sink.lost() == 0) return std::string(sink.text());
+  print(text.data(), sink);
   const std::size_t size = sink.text().size() + sink.lost();
-  std::string text;
-  if (limit <= buffer.size()) {
-    text::Append(text, sink.text());
+  if (sink.lost() == 0 && text.empty()) return std::string(sink.text());
+  if (sink.lost() == 0 || limit <= buffer.size()) {
+    text.resize(sink.text().size());
+    std::memcpy(text.data(), sink.text().data(), text.size());
   } else {
-    text.resize(std::min(size, limit));
-    Sink whole(text.data(), text.size());
-    print(whole);
+    const std::size_t front = text.size();
+    text.resize(front + std::min(size, limit));
+    Sink rest(text.data() + front, text.size() - front);
+    print(text.data(), rest);
+    const std::size_t kept = text.size() - front;
+    std::memmove(text.data(), text.data() + front, kept);
+    text.resize(kept);
   }
-  if (size > limit) return Cut(std::move(text), size, limit);
-  return text;
+  return size <= limit ? text : Cut(std::move(text), size, limit);
 }
 
 // Calls use(bytes) with the encoded form of the message.
 template <typename Use>
-auto WithBytes(const MessageLite& message, const Use& use) {
-  const std::size_t size = message.ByteSizeLong();  // caches the sizes used below
-  std::array<char, kEncodedBuffer> buffer;
-  std::string large;
-  if (size > buffer.size()) large.resize(size);
-  char* const bytes = size > buffer.size() ? large.data() : buffer.data();
-  message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(bytes));
-  return use(std::string_view(bytes, size));
+void WithBytes(const MessageLite& message, const Use& use) {
+  std::string buffer;
+  buffer.resize(message.ByteSizeLong());  // caches the sizes used below
+  message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(buffer.data()));
+  use(buffer);
 }
 
 // What to show of bytes that nobody vouches for: when they do not fit, they may be another type's.
@@ -89,16 +92,26 @@ std::string ToText(const MessageLite& message, const TextOptions& options) {
   const Type& type = TypeOf(message);
   if (type.prototype == nullptr) return "# a message of another library";
   const Show show = options.show_subscriber_data ? Show::kAll : Show::kMasked;
-  return WithBytes(message, [&](std::string_view bytes) {
-    return Render(options, [&](Sink& sink) {
-      text::Print(kTables, IndexOf(type), bytes, show, options.single_line, sink);
-    });
-  });
+  const auto print = [&](const char* bytes, std::size_t size, Sink& sink) {
+    text::Print(kTables, IndexOf(type), {bytes, size}, show, options.single_line, sink);
+  };
+
+  const std::size_t size = message.ByteSizeLong();  // caches the sizes used below
+  if (size <= kEncodedBuffer) {
+    std::array<char, kEncodedBuffer> buffer;
+    message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(buffer.data()));
+    return Render({}, options, [&](const char*, Sink& sink) { print(buffer.data(), size, sink); });
+  }
+  std::string bytes;
+  bytes.resize(size);
+  message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return Render(std::move(bytes), options,
+                [&](const char* front, Sink& sink) { print(front, size, sink); });
 }
 
 std::string ToText(std::string_view type, std::string_view bytes, const TextOptions& options) {
   const Type* found = FindType(type);
-  return Render(options, [&](Sink& sink) {
+  return Render({}, options, [&](const char*, Sink& sink) {
     if (found == nullptr) {
       sink.Append("# no message type \"");
       text::AppendEscaped(type, sink);
