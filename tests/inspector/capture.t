@@ -27,7 +27,7 @@
   09-09 01:47:42.000000 > Hangup #3 6 B platformtype: UNKNOW serial: 3 gsmindex: 1
   09-09 01:47:43.000000 < NoResultResponse #9 6 B platformtype: UNKNOW serial: 9 error: RADIO_E_SIM_BUSY
   09-09 01:47:44.000000 < NoResultResponse #1 6 B platformtype: UNKNOW serial: 1 error: RADIO_E_SIM_BUSY
-  09-09 01:47:45.000000 < GetVoiceRadioTechResponse #7 8 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS 4: 99 # rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent
+  09-09 01:47:45.000000 < GetVoiceRadioTechResponse #7 8 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS 4: 99 # rat: 99 is not a Technology; kept as unknown field 4 (byte 6); missing required rat
   09-09 01:47:46.000000 < QServiceStatusInfoList - 2 B 10: 1 # unknown field 10 at byte 0, varint, 2 bytes with its tag
   09-09 01:47:47.000000 > Nonesuch - 2 B  # the schema has no such type
   09-09 01:47:48.000000 < NoResultIndication - 2 B  # malformed at byte 0: a field has number 0; missing required platformtype
@@ -38,7 +38,7 @@
 JSON, with the findings of what is odd:
 
   $ inspect log --json log.pcap 2>/dev/null | sed -n '8p; 12p'
-  {"time":"2001-09-09T01:47:45.000000Z","direction":"to telephony","type":"GetVoiceRadioTechResponse","unit":"radio","kind":"response","serial":7,"size":8,"message":{"platformtype":"UNKNOW","serial":7,"error":"RADIO_E_SUCCESS","rat":99},"findings":["rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent"]}
+  {"time":"2001-09-09T01:47:45.000000Z","direction":"to telephony","type":"GetVoiceRadioTechResponse","unit":"radio","kind":"response","serial":7,"size":8,"message":{"platformtype":"UNKNOW","serial":7,"error":"RADIO_E_SUCCESS","rat":99},"findings":["rat: 99 is not a Technology; kept as unknown field 4 (byte 6)","missing required rat"]}
   {"time":"2001-09-09T01:47:49.000000Z","direction":"to modem","type":"Dial","unit":"radio","kind":"request","serial":4,"size":9,"message":{"platformtype":"UNKNOW","serial":4,"address":"112"},"findings":["the capture keeps 21 of the frame's 23 bytes","missing required clir"]}
 
 What is asked for, by any of the marks:

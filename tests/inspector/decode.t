@@ -33,7 +33,8 @@ Numbers that are not declared:
   serial: 5
   error: RADIO_E_SUCCESS
   4: 99
-  # rat: 99 is not a Technology; kept as unknown field 4 (byte 6), so required rat is absent
+  # rat: 99 is not a Technology; kept as unknown field 4 (byte 6)
+  # missing required rat
   virtual-modem-inspect: standard input: not a valid GetVoiceRadioTechResponse (required fields missing: 1, undeclared values: 1)
   [1]
   $ echo 0800 1005 1800 2063 | inspect decode --json GetVoiceRadioTechResponse 2>/dev/null | grep rat
@@ -47,7 +48,8 @@ Set again with a number that is declared, the field is there; the first number i
 In a list of messages the place is told; the status of what a receiver accepts is 0:
 
   $ echo '0800 1801 1001 2200 22 04 0863 5001' | inspect decode GetCurrentCallsResponse 2>&1 | grep '#.*not'
-  # calls[1].state: 99 is not a RadioCallState; kept as unknown field 1 (byte 10), so required state is absent
+  # calls[1].state: 99 is not a RadioCallState; kept as unknown field 1 (byte 10)
+
 Unknown fields of every wire type:
 
   $ echo '0800 1005 1a0131 2001 4801 51 0102030405060708 5a0161 63586464 6d01020304' | inspect decode Dial | tail -n +5
@@ -82,10 +84,10 @@ Declared fields with a wrong wire type:
 
   $ echo '0801 10 05 1a0131 2a00 22 0131' | inspect decode Dial | tail -n 4
   virtual-modem-inspect: standard input: not a valid Dial (required fields missing: 1, wrong wire types: 1)
-  uusinfo {
   }
   4: "1"
-  # clir: declared as enum, came as length-delimited; kept as unknown field 4 (byte 9), so required clir is absent
+  # clir: declared as enum, came as length-delimited; kept as unknown field 4 (byte 9)
+  # missing required clir
 
 What cannot be:
 

@@ -32,7 +32,7 @@ Every form that the common tools write is found out; these print what is not:
   $ inspect decode IccCardStatusResponse --hex "$(cat card.hex)" | cmp - card.txt
   $ each <<<"xxd -i card.bin"; cut -d: -f3 notes
    took the list of 105 bytes at column 28 and left out what is around
-  $ printf '"\\10\\0\\20\\3\\32\\r" "+86101\\t\\"\\\\4567 "\n"\\0";' | inspect decode Dial
+  $ printf '"\\10\\0\\20\\3\\32\\r+86101\\t\\"\\\\4567 \\0";' | inspect decode Dial
   platformtype: UNKNOW
   serial: 3
   address: "+86101\t\"\\4567"

@@ -60,7 +60,7 @@ A diagram, in which nothing that a message holds is taken for more than text:
     T-)M: #69;ND
     Note over T,M: the schema has no such type
     M-->>T: GetVoiceRadioTechResponse serial 7 RADIO_E_SUCCESS - no request
-    Note over T,M: rat#58; 99 is not a Technology#59; kept as unknown field 4 (byte 6), so required rat is absent
+    Note over T,M: rat#58; 99 is not a Technology#59; kept as unknown field 4 (byte 6)<br/>missing required rat
     M-)T: NoResultIndication
     Note over T,M: unknown field 9 at byte 2, varint, 2 bytes with its tag<br/>unknown field 9 at byte 4, varint, 2 bytes with its tag<br/>unknown field 9 at byte 6, varint, 2 bytes with its tag<br/>and 3 more
     Note over T,M: Hangup serial 5#58; no response

@@ -20,7 +20,7 @@ A capture, in which time, direction, type and operation stay:
   $ inspect log masked.pcap
   09-09 01:46:40.000001 > Dial #1 20 B platformtype: UNKNOW serial: 1 address: "XXXXXX" clir: CLIR_DEFAULT 995: "XXX" # unknown field 995 at byte 14, length-delimited, 6 bytes with its tag
   09-09 01:46:41.000000 < CellIndentityLte - 9 B ci: 0 pci: 0 tac: 0 earfcn: 1850
-  09-09 01:46:42.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE 1: 0 2: 0 # number: declared as string, came as varint; kept as unknown field 1 (byte 0), so required number is absent; mcc: declared as string, came as varint; kept as unknown field 2 (byte 2), so required mcc is absent; missing required sources
+  09-09 01:46:42.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE 1: 0 2: 0 # number: declared as string, came as varint; kept as unknown field 1 (byte 0); mcc: declared as string, came as varint; kept as unknown field 2 (byte 2); missing required number; missing required mcc; missing required sources
   09-09 01:46:43.000000 > Nonesuch - 0 B  # the schema has no such type
   09-09 01:46:46.000000 < IccCardStatusResponse #7 33 B platformtype: UNKNOW serial: 7 error: RADIO_E_SUCCESS cardstatus { base { cardstate: CARD_PRESENT universalpinstate: PIN_UNKNOWN gsmumtssubscriptionappindex: 0 cdmasubscriptionappindex: -1 imssubscriptionappindex: 0 } } # malformed at byte 33 in cardstatus.base.imssubscriptionappindex: the input ends inside a varint; missing required cardstatus.physicalslotid; missing required cardstatus.atr; missing required cardstatus.iccid
   $ grep -c -a -e 551122 -e ABC -e 89882 masked.pcap
@@ -53,8 +53,9 @@ Masked are strings and numbers, at any depth:
   digits: 0
   digits: 0
   digits: 0
-  # numbertype: declared as enum, came as length-delimited; kept as unknown field 3 (byte 4), so required numbertype is absent
+  # numbertype: declared as enum, came as length-delimited; kept as unknown field 3 (byte 4)
   # unknown field 1000 at byte 20, length-delimited, 6 bytes with its tag
+  # missing required numbertype
   # missing required numberplan
 
 Masks go by the type. What does not fit it may be another one, so nothing of it is shown, and of a

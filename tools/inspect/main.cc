@@ -115,11 +115,9 @@ class CommandLine {
   static CLI::Option* AddEncoding(CLI::App* command, const std::string& option, Encoding& encoding,
                                   const std::vector<std::string>& words, const std::string& what) {
     const auto set = [&encoding](const std::string& word) {
-      static const std::map<std::string, Encoding> encodings{
-          {"auto", Encoding::kAuto},     {"binary", Encoding::kBinary}, {"hex", Encoding::kHex},
-          {"base64", Encoding::kBase64}, {"string", Encoding::kString}, {"array", Encoding::kArray},
-          {"log", Encoding::kLog}};
-      encoding = encodings.at(word);
+      constexpr const char* kNames[] = {"auto",   "binary", "hex", "base64",
+                                        "string", "array",  "log"};
+      encoding = static_cast<Encoding>(std::find(kNames, std::end(kNames), word) - kNames);
     };
     return OneOf(command->add_option_function<std::string>(option, set, what), words);
   }

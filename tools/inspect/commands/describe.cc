@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -90,10 +89,13 @@ std::optional<std::int32_t> ParseNumber(const std::string& text) {
   return static_cast<std::int32_t>(value);
 }
 
-bool DescribeNumber(const Schema& schema, std::int32_t number) {
+// Prints the values of that name or number; false when there is none.
+bool PrintValues(const std::vector<const EnumDescriptor*>& types, const std::string& name) {
+  const std::optional<std::int32_t> number = ParseNumber(name);
   bool found = false;
-  for (const EnumDescriptor* type : schema.enums()) {
-    const EnumValueDescriptor* value = type->FindValueByNumber(number);
+  for (const EnumDescriptor* type : types) {
+    const EnumValueDescriptor* value =
+        number ? type->FindValueByNumber(*number) : type->FindValueByName(name);
     if (value == nullptr) continue;
     PrintValue(*value);
     found = true;
@@ -117,7 +119,7 @@ const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
   return nullptr;
 }
 
-// A field name without its message, or a value name: in any message or enumeration.
+// A field name without its message, or a value: in any message or enumeration.
 bool DescribeBareName(const Schema& schema, const std::string& name) {
   bool found = false;
   for (const Descriptor* message : schema.messages()) {
@@ -126,13 +128,7 @@ bool DescribeBareName(const Schema& schema, const std::string& name) {
     PrintField(*field);
     found = true;
   }
-  for (const EnumDescriptor* type : schema.enums()) {
-    const EnumValueDescriptor* value = type->FindValueByName(name);
-    if (value == nullptr) continue;
-    PrintValue(*value);
-    found = true;
-  }
-  return found;
+  return PrintValues(schema.enums(), name) || found;
 }
 
 bool DescribeName(const Schema& schema, const std::string& name) {
@@ -149,61 +145,46 @@ bool DescribeName(const Schema& schema, const std::string& name) {
 }
 
 // The enumerations that a word of a log can mean: by their own name or that of a field, or by a
-// part of either when the word alone has no such value.
-std::vector<const EnumDescriptor*> FindEnums(
-    const Schema& schema, const std::string& name,
-    const std::function<bool(const EnumDescriptor&)>& fits) {
+// part of either.
+std::vector<const EnumDescriptor*> FindEnums(const Schema& schema, const std::string& name,
+                                             bool by_part) {
   if (const EnumDescriptor* type = schema.FindEnum(name)) return {type};
+  std::vector<const EnumDescriptor*> types;
   if (const FieldDescriptor* field = FindPath(schema, name)) {
-    if (field->enum_type() != nullptr) return {field->enum_type()};
-    return {};
+    if (field->enum_type() != nullptr) types.push_back(field->enum_type());
+    return types;
   }
-  std::vector<const EnumDescriptor*> exact;
-  std::vector<const EnumDescriptor*> part;
-  const auto add = [](std::vector<const EnumDescriptor*>& types, const EnumDescriptor* type) {
-    if (std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
-  };
   const std::string wanted = Lower(name);
-  for (const EnumDescriptor* type : schema.enums()) {
-    if (Lower(type->name()).find(wanted) != std::string::npos) add(part, type);
-  }
+  const auto add = [&](const std::string& called, const EnumDescriptor* type) {
+    const bool fits = by_part ? called.find(wanted) != std::string::npos : called == wanted;
+    if (fits && std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
+  };
+  for (const EnumDescriptor* type : schema.enums()) add(Lower(type->name()), type);
   for (const Descriptor* message : schema.messages()) {
     for (int i = 0; i < message->field_count(); ++i) {
       const FieldDescriptor& field = *message->field(i);
-      if (field.enum_type() == nullptr) continue;
-      if (field.name() == wanted) add(exact, field.enum_type());
-      if (field.name().find(wanted) != std::string::npos) add(part, field.enum_type());
+      if (field.enum_type() != nullptr) add(field.name(), field.enum_type());
     }
   }
-  const bool found = std::any_of(exact.begin(), exact.end(),
-                                 [&](const EnumDescriptor* type) { return fits(*type); });
-  return found || part.empty() ? exact : part;
+  return types;
 }
 
 // A name with a value: cause 17, Dial.clir=2, error: RADIO_E_SIM_BUSY. False when there is no such
 // name; throws Error when the name has no such value.
 bool DescribePair(const Schema& schema, const std::string& name, const std::string& value) {
-  const std::optional<std::int32_t> number = ParseNumber(value);
-  const auto find = [&](const EnumDescriptor& type) {
-    return number ? type.FindValueByNumber(*number) : type.FindValueByName(value);
-  };
-  const std::vector<const EnumDescriptor*> types =
-      FindEnums(schema, name, [&](const EnumDescriptor& type) { return find(type) != nullptr; });
-  bool found = false;
+  if (PrintValues(FindEnums(schema, name, false), value)) return true;
+  const std::vector<const EnumDescriptor*> types = FindEnums(schema, name, true);
+  if (PrintValues(types, value)) return true;
+  if (types.empty()) return DescribeName(schema, name);  // a field whose numbers have no names
   std::vector<std::string> names;
   for (const EnumDescriptor* type : types) {
-    const EnumValueDescriptor* which = find(*type);
-    if (which != nullptr) PrintValue(*which);
-    found = found || which != nullptr;
     for (int i = 0; i < type->value_count(); ++i) names.push_back(type->value(i)->name());
   }
-  if (found) return true;
-  if (types.empty()) return DescribeName(schema, name);  // a field whose numbers have no names
   throw Error(value +
               (types.size() == 1 ? " is not a value of " + types.front()->full_name()
                                  : " is a value of none of the " + std::to_string(types.size()) +
                                        " enumerations that " + name + " can be") +
-              (number ? "" : DidYouMean(value, names)));
+              (ParseNumber(value) ? "" : DidYouMean(value, names)));
 }
 
 void PrintOverview(const Schema& schema) {
@@ -245,8 +226,7 @@ Status DescribeCommand(Schema& schema, const Options& options) {
     return kOk;
   }
   if (DescribeName(schema, what)) return kOk;
-  if (const auto number = ParseNumber(what)) {
-    if (DescribeNumber(schema, *number)) return kOk;
+  if (ParseNumber(what)) {
     throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
                 " enumerations");
   }

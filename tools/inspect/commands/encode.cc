@@ -1,6 +1,5 @@
 // encode: text or JSON in, bytes out, after the same checks as decode makes.
 
-#include <google/protobuf/io/tokenizer.h>
 #include <google/protobuf/stubs/strutil.h>
 #include <google/protobuf/text_format.h>
 #include <unistd.h>
@@ -23,21 +22,6 @@ namespace virtual_modem::inspect {
 namespace {
 
 using google::protobuf::TextFormat;
-namespace io = google::protobuf::io;
-
-// Keeps the first error: the ones after it are mostly its consequences.
-class FirstError : public io::ErrorCollector {
- public:
-  void AddError(int line, io::ColumnNumber column, const std::string& message) override {
-    if (!text_.empty()) return;
-    text_ = "line " + std::to_string(line + 1) + ", column " + std::to_string(column + 1) + ": " +
-            message;
-  }
-  const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
 
 std::string ToText(const std::string& bytes, Encoding encoding) {
   std::string text;
@@ -94,13 +78,9 @@ void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::strin
 }  // namespace
 
 std::string EncodeMessage(std::string_view source, bool json, Message& message) {
-  if (json) return JsonReader(*message.GetDescriptor()).Parse(source);
-  FirstError errors;
-  TextFormat::Parser parser;
-  parser.RecordErrorsTo(&errors);
-  parser.AllowPartialMessage(true);
-  parser.SetRecursionLimit(kMaxDepth);
-  if (!parser.ParseFromString(std::string(source), &message)) throw Error(errors.text());
+  if (json) return ParseJson(source, *message.GetDescriptor());
+  const std::string problem = ParseText(std::string(source), false, message);
+  if (!problem.empty()) throw Error(problem);
   return message.SerializePartialAsString();
 }
 

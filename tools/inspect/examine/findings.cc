@@ -3,7 +3,6 @@
 #include <google/protobuf/descriptor.h>
 
 #include <algorithm>
-#include <unordered_set>
 
 namespace virtual_modem::inspect {
 namespace {
@@ -19,24 +18,11 @@ const char* WireTypeName(text::WireType wire_type) {
   return kNames.at(wire_type);
 }
 
-// The message at a level below the outermost one; null when the runtime has none there.
-const Message* At(const text::Tables& tables, const Message& outermost, const text::Level& level) {
-  if (level.above == nullptr) return &outermost;
-  const Message* above = At(tables, outermost, *level.above);
-  if (above == nullptr) return nullptr;
-  const int number = static_cast<int>(tables.NumberOf(*level.field));
-  const FieldDescriptor* field = above->GetDescriptor()->FindFieldByNumber(number);
-  const Reflection& reflection = *above->GetReflection();
-  if (level.index < 0) return &reflection.GetMessage(*above, field);
-  if (level.index >= reflection.FieldSize(*above, field)) return nullptr;
-  return &reflection.GetRepeatedMessage(*above, field, level.index);
-}
-
-// Turns what the walk comes by into findings. The message was parsed from the same bytes.
+// Turns what the walk comes by into findings.
 class Reporter : public text::Handler {
  public:
-  Reporter(const Schema& schema, std::string_view bytes, const Message& message, Findings& findings)
-      : schema_(schema), bytes_(bytes), message_(message), findings_(findings) {}
+  Reporter(const Schema& schema, std::string_view bytes, const Descriptor& type, Findings& findings)
+      : schema_(schema), bytes_(bytes), type_(type), findings_(findings) {}
 
   void Unknown(const text::Level& level, const text::Field* row, std::uint32_t number,
                text::WireType wire_type, std::string_view whole, std::string_view value) {
@@ -50,21 +36,19 @@ class Reporter : public text::Handler {
                                             std::to_string(whole.size()) + " bytes with its tag");
       return;
     }
-    const Descriptor& type = level.field == nullptr ? *message_.GetDescriptor()
-                                                    : *schema_.messages()[level.field->below];
+    const Descriptor& type =
+        level.field == nullptr ? type_ : *schema_.messages()[level.field->below];
     const FieldDescriptor& field = *type.FindFieldByNumber(static_cast<int>(number));
     const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
     const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
     if (findings_.full()) return findings_.Add(kind, "");
-    const std::string path = text::PathTo(schema_.tables(), level, *row);
-    const std::string consequence = Consequence(level, field, path, offset);
-    if (undeclared) {
-      findings_.Add(kind, path + ": " + std::to_string(NumberIn(value)) + " is not a " +
-                              field.enum_type()->name() + consequence);
-    } else {
-      findings_.Add(kind, path + ": declared as " + field.type_name() + ", came as " +
-                              WireTypeName(wire_type) + consequence);
-    }
+    const std::string what =
+        undeclared ? std::to_string(NumberIn(value)) + " is not a " + field.enum_type()->name()
+                   : std::string("declared as ") + field.type_name() + ", came as " +
+                         WireTypeName(wire_type);
+    findings_.Add(kind, text::PathTo(schema_.tables(), level, *row) + ": " + what +
+                            "; kept as unknown field " + std::to_string(number) + " (byte " +
+                            offset + ")");
   }
 
   void Malformed(const text::Level& level, const text::Outcome& outcome) {
@@ -77,7 +61,7 @@ class Reporter : public text::Handler {
                   "malformed at byte " + std::to_string(offset) + where + ": " + why);
   }
 
-  // Names the required fields that are absent in the message and below, unless a line above did.
+  // Names the required fields that are absent in the message and below.
   void ReportMissing(const Message& message, const std::string& path) {
     const Reflection& reflection = *message.GetReflection();
     for (int i = 0; i < message.GetDescriptor()->field_count(); ++i) {
@@ -85,9 +69,8 @@ class Reporter : public text::Handler {
       const bool is_message = field->message_type() != nullptr;
       if (!field->is_required() && !is_message) continue;
       if (field->is_required() && !reflection.HasField(message, field)) {
-        const std::string name = findings_.full() ? "" : path + field->name();
-        const bool told = name.empty() || told_.count(name) != 0;
-        findings_.Add(Findings::kMissing, told ? "" : "missing required " + name);
+        findings_.Add(Findings::kMissing,
+                      findings_.full() ? "" : "missing required " + path + field->name());
       } else if (field->is_repeated()) {
         for (int n = 0; n < reflection.FieldSize(message, field); ++n) {
           ReportMissing(reflection.GetRepeatedMessage(message, field, n),
@@ -100,23 +83,10 @@ class Reporter : public text::Handler {
   }
 
  private:
-  // What became of a field whose value the message could not take.
-  std::string Consequence(const text::Level& level, const FieldDescriptor& field,
-                          const std::string& path, const std::string& offset) {
-    std::string text =
-        "; kept as unknown field " + std::to_string(field.number()) + " (byte " + offset + ")";
-    if (field.is_repeated()) return text;
-    const Message* message = At(schema_.tables(), message_, level);
-    if (message != nullptr && message->GetReflection()->HasField(*message, &field)) return text;
-    told_.insert(path);
-    return text + ", so " + (field.is_required() ? "required " : "") + field.name() + " is absent";
-  }
-
   const Schema& schema_;
   const std::string_view bytes_;
-  const Message& message_;
+  const Descriptor& type_;
   Findings& findings_;
-  std::unordered_set<std::string> told_;  // absent fields that were explained
 };
 
 }  // namespace
@@ -162,7 +132,7 @@ bool IsPlain(const text::Outcome& outcome) {
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
   Findings findings;
-  Reporter reporter(schema, bytes, message, findings);
+  Reporter reporter(schema, bytes, *message.GetDescriptor(), findings);
   const text::Outcome outcome =
       text::WalkMessage(schema.tables(), schema.IndexOf(*message.GetDescriptor()), bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.

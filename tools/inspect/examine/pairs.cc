@@ -17,6 +17,17 @@ const char* Problem(PairKind kind) {
   }
 }
 
+Half MakeHalf(const Record& record, const Glance& glance, bool wanted) {
+  Half half;
+  half.time = record.time;
+  half.type = record.name;
+  half.error = glance.error;
+  half.serial = glance.serial.value_or(0);
+  half.direction = record.direction;
+  half.wanted = wanted;
+  return half;
+}
+
 std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
   constexpr std::int64_t kDay = std::int64_t{86'400} * 1'000'000'000;
   if (request.time == kNoTime || response.time == kNoTime) return std::nullopt;

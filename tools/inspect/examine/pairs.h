@@ -9,6 +9,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "inspect/examine/glance.h"
 #include "inspect/read/traffic.h"
 
 namespace virtual_modem::inspect {
@@ -16,7 +17,7 @@ namespace virtual_modem::inspect {
 // A request or a response, as far as pairs need it.
 struct Half {
   std::int64_t time = kNoTime;
-  std::string time_text;  // as it is shown
+  std::string time_text;  // as it is shown, empty until it is set
   std::string type;
   std::string error;
   std::int32_t serial = 0;
@@ -24,6 +25,8 @@ struct Half {
   bool wanted = true;       // passes the filters
   std::int64_t number = 0;  // of the request among all requests
 };
+
+Half MakeHalf(const Record& record, const Glance& glance, bool wanted);
 
 // How long the response took, in nanoseconds; nothing when a time is missing, and when they make no
 // sense: the response came before the request, or more than a day after it.

@@ -37,20 +37,13 @@ std::size_t LinkHeader(pcap* capture, const std::string& name) {
               ", which does not carry the messages' datagrams");
 }
 
-}  // namespace
+struct Datagram {
+  std::uint16_t from_port = 0;
+  std::uint16_t to_port = 0;
+  std::string_view payload;
+};
 
-CaptureForm FormOf(ByteStream& stream) {
-  const std::string_view begin = stream.Peek(4);
-  for (const std::string_view magic : {"\xA1\xB2\xC3\xD4", "\xD4\xC3\xB2\xA1"}) {
-    if (begin == magic) return CaptureForm::kMicroseconds;
-  }
-  for (const std::string_view magic :
-       {"\xA1\xB2\x3C\x4D", "\x4D\x3C\xB2\xA1", "\x0A\x0D\x0D\x0A"}) {  // the last is pcapng's
-    if (begin == magic) return CaptureForm::kNanoseconds;
-  }
-  return CaptureForm::kNoCapture;
-}
-
+// The UDP datagram in an IPv4 packet; false if it holds none, or a fragment of one.
 bool ReadDatagram(std::string_view packet, Datagram& datagram) {
   if (packet.size() < kIpHeaderBytes || Number(packet, 0, 1) >> 4U != 4) return false;
   const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
@@ -68,6 +61,7 @@ bool ReadDatagram(std::string_view packet, Datagram& datagram) {
   return true;
 }
 
+// The frame that a datagram carries, of which lost bytes were not kept; false when it carries none.
 bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost, Record& record) {
   const bool to_modem = datagram.from_port == kTelephonyPort && datagram.to_port == kModemPort;
   const bool to_telephony = datagram.from_port == kModemPort && datagram.to_port == kTelephonyPort;
@@ -110,6 +104,20 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
     record.bytes = record.bytes.substr(0, size);
   }
   return true;
+}
+
+}  // namespace
+
+CaptureForm FormOf(ByteStream& stream) {
+  const std::string_view begin = stream.Peek(4);
+  for (const std::string_view magic : {"\xA1\xB2\xC3\xD4", "\xD4\xC3\xB2\xA1"}) {
+    if (begin == magic) return CaptureForm::kMicroseconds;
+  }
+  for (const std::string_view magic :
+       {"\xA1\xB2\x3C\x4D", "\x4D\x3C\xB2\xA1", "\x0A\x0D\x0D\x0A"}) {  // the last is pcapng's
+    if (begin == magic) return CaptureForm::kNanoseconds;
+  }
+  return CaptureForm::kNoCapture;
 }
 
 CaptureReader::CaptureReader(const Schema& schema, ByteStream& stream)

@@ -17,20 +17,6 @@ namespace virtual_modem::inspect {
 enum class CaptureForm : std::uint8_t { kNoCapture, kMicroseconds, kNanoseconds };
 CaptureForm FormOf(ByteStream& stream);
 
-// The datagram of one packet.
-struct Datagram {
-  std::uint16_t from_port = 0;
-  std::uint16_t to_port = 0;
-  std::string_view payload;
-};
-
-// The UDP datagram in an IPv4 packet; false if it holds none, or a fragment of one.
-bool ReadDatagram(std::string_view packet, Datagram& datagram);
-
-// The frame that a datagram carries, of which whole bytes were sent; false when it carries none.
-// The type is looked up by its name.
-bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost, Record& record);
-
 class CaptureReader : public Traffic {
  public:
   // Both must outlive the reader.

@@ -125,34 +125,25 @@ class LiteralFinder {
   bool open_apostrophe_ = false;
 };
 
-// Literals alone are one string, as compilers join them; else the longest one is meant.
+// The longest literal is meant.
 std::string ParseString(std::string_view text, std::string& note) {
   LiteralFinder finder(text);
   Literal literal;
   Literal longest;
-  std::string joined;
-  std::size_t end = 0;
-  bool alone = true;
-  bool broken = false;
   while (finder.Next(literal)) {
-    const std::string_view between = Trim(text.substr(end, literal.begin - end));
-    alone = alone && (between.empty() || between == "+");
-    if (alone) joined += literal.bytes;
-    broken = broken || literal.broken;
-    end = literal.end;
     if (longest.end == 0 || literal.bytes.size() > longest.bytes.size()) longest = literal;
   }
   if (longest.end == 0) throw Error("no string in quotes");
-  const std::string_view after = Trim(text.substr(end));
-  alone = alone && (after.empty() || after == ";" || after == ",");
-  if (alone ? broken : longest.broken) {
+  if (longest.broken) {
     throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
   }
-  if (alone) return joined;
   if (text.substr(longest.end, 3) == "...") {
     throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
   }
-  note = Took("string", longest.bytes.size(), longest.begin);
+  const std::string_view after = Trim(text.substr(longest.end));
+  const bool alone = Trim(text.substr(0, longest.begin)).empty() &&
+                     (after.empty() || after == ";" || after == ",");
+  if (!alone) note = Took("string", longest.bytes.size(), longest.begin);
   return longest.bytes;
 }
 

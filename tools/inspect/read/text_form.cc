@@ -1,5 +1,8 @@
 #include "inspect/read/text_form.h"
 
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/text_format.h>
+
 #include <algorithm>
 
 #include "inspect/read/hex.h"
@@ -8,6 +11,24 @@ namespace virtual_modem::inspect {
 namespace {
 
 constexpr std::string_view kCutMark = "[... ";  // of texts that were cut to the length of a line
+
+// Deeper messages are refused, as the runtime refuses them in bytes.
+constexpr int kMaxDepth = 100;
+
+// Keeps the first error: the ones after it are mostly its consequences.
+class FirstError : public google::protobuf::io::ErrorCollector {
+ public:
+  void AddError(int line, google::protobuf::io::ColumnNumber column,
+                const std::string& message) override {
+    if (!text_.empty()) return;
+    text_ = "line " + std::to_string(line + 1) + ", column " + std::to_string(column + 1) + ": " +
+            message;
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
 
 class Scanner {
  public:
@@ -132,6 +153,18 @@ class Scanner {
 };
 
 }  // namespace
+
+std::string ParseText(const std::string& text, bool lenient, google::protobuf::Message& message) {
+  FirstError errors;
+  google::protobuf::TextFormat::Parser parser;
+  parser.RecordErrorsTo(&errors);
+  parser.AllowPartialMessage(true);
+  parser.AllowUnknownField(lenient);
+  parser.AllowFieldNumber(lenient);
+  parser.SetRecursionLimit(kMaxDepth);
+  parser.ParseFromString(text, &message);
+  return errors.text();
+}
 
 TextForm TakeTextForm(std::string_view text) { return Scanner(text).Scan(); }
 

@@ -1,8 +1,5 @@
 #include "inspect/read/text_log.h"
 
-#include <google/protobuf/io/tokenizer.h>
-#include <google/protobuf/text_format.h>
-
 #include <algorithm>
 #include <charconv>
 #include <ctime>
@@ -197,21 +194,10 @@ bool TextLogReader::ReadLine(Record& record) {
 
 bool TextLogReader::ReadText(const Header& header, std::string_view text, bool direct,
                              Record& record) {
-  class Silent : public google::protobuf::io::ErrorCollector {
-    void AddError(int, google::protobuf::io::ColumnNumber, const std::string&) override {}
-    void AddWarning(int, google::protobuf::io::ColumnNumber, const std::string&) override {}
-  };
   const TextForm form = TakeTextForm(text);
   if (form.fields == 0 && !form.cut) return false;
-  Silent silent;
-  google::protobuf::TextFormat::Parser parser;
-  parser.RecordErrorsTo(&silent);
-  parser.AllowPartialMessage(true);
-  parser.AllowUnknownField(true);
-  parser.AllowFieldNumber(true);
-  parser.SetRecursionLimit(kMaxDepth);
   const std::unique_ptr<Message> message(factory_.GetPrototype(header.type->type)->New());
-  if (!parser.ParseFromString(form.text, message.get())) return false;
+  if (!ParseText(form.text, true, *message).empty()) return false;
   // Of words that stand between, only a whole message tells that they are about it.
   if (!direct && (form.cut || !message->IsInitialized())) return false;
   bytes_ = message->SerializePartialAsString();

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <charconv>
+#include <memory>
 #include <sstream>
 #include <vector>
 
@@ -236,14 +237,12 @@ bool AppendJsonString(std::string_view text, std::string& json) {
   return is_utf8;
 }
 
-JsonReader::JsonReader(const Descriptor& type)
-    : resolver_(std::make_unique<LenientResolver>(type.file()->pool())),
-      url_(std::string(kUrlPrefix) + "/" + type.full_name()) {}
-
-std::string JsonReader::Parse(std::string_view json) const {
+std::string ParseJson(std::string_view json, const Descriptor& type) {
+  LenientResolver resolver(type.file()->pool());
   std::string bytes;
   const auto status = google::protobuf::util::JsonToBinaryString(
-      resolver_.get(), url_, google::protobuf::StringPiece(json.data(), json.size()), &bytes);
+      &resolver, std::string(kUrlPrefix) + "/" + type.full_name(),
+      google::protobuf::StringPiece(json.data(), json.size()), &bytes);
   if (!status.ok()) throw Error("JSON: " + OneLine(status.message().ToString()));
   return bytes;
 }

@@ -1,10 +1,7 @@
 // Messages as JSON and back, with the schema's own field names.
 #pragma once
 
-#include <google/protobuf/util/type_resolver.h>
-
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -26,18 +23,8 @@ void AppendJson(const Schema& schema, unsigned message, std::string_view bytes, 
 // character. False when bytes were not UTF-8, each of which becomes "?".
 bool AppendJsonString(std::string_view text, std::string& json);
 
-// The other direction, by the runtime's mapping.
-class JsonReader {
- public:
-  // For messages of the type's schema, which must outlive this.
-  explicit JsonReader(const Descriptor& type);
-
-  // The encoded form of the message, required fields present or not. Throws Error.
-  std::string Parse(std::string_view json) const;
-
- private:
-  std::unique_ptr<google::protobuf::util::TypeResolver> resolver_;
-  std::string url_;
-};
+// The other direction, by the runtime's mapping: the encoded form of a message of the type,
+// required fields present or not. Throws Error.
+std::string ParseJson(std::string_view json, const Descriptor& type);
 
 }  // namespace virtual_modem::inspect

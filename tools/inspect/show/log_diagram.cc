@@ -53,15 +53,7 @@ class Diagram : public LogView {
     if (glance.serial) text += " serial " + std::to_string(*glance.serial);
     if (!glance.error.empty()) text += " " + Escape(glance.error);
     pair_.clear();
-    if (pairs_ && glance.serial) {
-      Half half;
-      half.time = record.time;
-      half.type = record.name;
-      half.serial = *glance.serial;
-      half.direction = record.direction;
-      half.wanted = passes;
-      pairing_.Take(kind, std::move(half));
-    }
+    if (pairs_ && glance.serial) pairing_.Take(kind, MakeHalf(record, glance, passes));
     if (!passes) return;
     const char* arrow = kind == Kind::kRequest ? "->>" : (kind == Kind::kResponse ? "-->>" : "-)");
     const bool to_modem = record.direction == Direction::kToModem;

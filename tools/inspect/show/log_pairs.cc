@@ -22,14 +22,8 @@ class Pairs : public LogView {
 
   void Take(const Record& record, const Glance& glance, bool passes) override {
     if (record.type == nullptr || !glance.serial) return;
-    Half half;
-    half.time = record.time;
+    Half half = MakeHalf(record, glance, passes);
     half.time_text = json_ ? Clock::Json(record) : std::string(clock_.Local(record));
-    half.type = record.name;
-    half.error = glance.error;
-    half.serial = *glance.serial;
-    half.direction = record.direction;
-    half.wanted = passes;
     pairing_.Take(record.type->kind, std::move(half));
   }
 
