@@ -72,7 +72,7 @@ class Generator:
         if field.type == field.TYPE_MESSAGE:
             return self.sized(field.number, self.fields(field.message_type, complete))
         if field.type == field.TYPE_BYTES:
-            return self.sized(field.number, self.bytes())
+            return self.sized(field.number, self.string())
         return self.tag(field.number, VARINT) + self.scalar(field, complete)
 
     def scalar(self, field: FieldDescriptor, complete: bool = True) -> bytes:
@@ -85,9 +85,12 @@ class Generator:
                                 self.rng.getrandbits(32), self.rng.getrandbits(64)])
 
     def bytes(self) -> bytes:
+        return self.rng.randbytes(self.rng.choice([0, 1, 5, 20, 130]))
+
+    def string(self) -> bytes:
         """Half of them are UTF-8, with characters of one to four bytes."""
         if self.chance(0.5):
-            return self.rng.randbytes(self.rng.choice([0, 1, 5, 20, 130]))
+            return self.bytes()
         return "".join(self.rng.choices("5+\"\\\n\0\x7fé€😀", k=self.rng.choice([0, 1, 5, 40]))).encode()
 
     def tag(self, number: int, wire_type: int) -> bytes:
