@@ -239,5 +239,12 @@ TEST(Text, OfAnUnknownTypeShowsNothing) {
   EXPECT_EQ(MaskedBytes("Dia", "secret"), "");
 }
 
+TEST(MissingFields, AreNamedInTheOrderOfTheSchema) {
+  EXPECT_THAT(MissingFields(Dial()), ElementsAre("platformtype", "serial", "address", "clir"));
+  GetCurrentCallsResponse calls;
+  calls.add_calls();
+  EXPECT_EQ(MissingFields(calls)[3], "calls[0].state");
+}
+
 }  // namespace
 }  // namespace virtual_modem
