@@ -1,4 +1,4 @@
-# What scripts/package makes Debian packages of: the folder debian of the build tree.
+# What scripts/package builds Debian packages from: the folder debian of the build tree.
 #
 #   libvirtual-modem-protos       component runtime: the shared library and the descriptor set
 #   libvirtual-modem-text1        component text: the companion library

@@ -1,4 +1,4 @@
-# Android API 35, armeabi-v7a, without an NDK: Debian's clang-19 makes the code. The result is for
+# Android API 35, armeabi-v7a, without an NDK: Debian's clang-19 compiles the code. The result is for
 # scripts/check-android, which looks at its shape and size. It does not run here: there is no Android
 # loader. Parts of Debian stand in for the platform's; what the library takes from them compiles to the
 # same code:
@@ -6,7 +6,7 @@
 #   cmake/android/include ahead of them;
 # - libraries: stubs that hold nothing but names, cmake/android/stubs/*.ifs. They list everything that the
 #   two libraries take from the platform; a new name there fails the link.
-# Missing are the NDK's start files (about a hundred bytes) and _FORTIFY_SOURCE, which is made of the
+# Missing are the NDK's start files (about a hundred bytes) and _FORTIFY_SOURCE, which takes the
 # platform's headers.
 set(CMAKE_SYSTEM_NAME Linux) # CMake's own Android support insists on an NDK
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)

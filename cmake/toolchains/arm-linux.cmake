@@ -1,4 +1,4 @@
-# 32-bit ARM Linux: Debian's cross packages and the compiler and linker that make the Android build.
+# 32-bit ARM Linux: Debian's cross packages and the compiler and linker of the Android build.
 # What is built runs under qemu-arm.
 #
 # Instruction set and calling convention are those of armeabi-v7a: ARMv7-A, Thumb, floating-point

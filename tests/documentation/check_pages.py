@@ -13,7 +13,7 @@ import sys
 DEFAULTS = {"${PROJECT_IS_TOP_LEVEL}": "ON", "${where_possible}": "AUTO",
             "${CMAKE_INSTALL_DATADIR}/zsh/site-functions": "share/zsh/site-functions",
             '"$ENV{VIRTUAL_MODEM_WERROR}"': "OFF", "${_default}": "fetched"}
-# Whoever configures never sets these.
+# Nobody sets these.
 INNER = {f"VIRTUAL_MODEM_{name}" for name in
          ("CRAM", "BARE_PYTHON", "LIBCXX_INCLUDE", "LIBCXX_LIBRARY")}
 
