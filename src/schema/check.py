@@ -12,7 +12,6 @@ import re
 import sys
 
 import schema
-from schema import FieldProto
 
 MASKED, SHOWN = "subscriber_data.txt", "not_subscriber_data.txt"
 DECIDED = {"string", "bytes", "int32", "uint32", "int64", "uint64"}  # flags and codes name no one
@@ -95,17 +94,13 @@ class Check:
             if not message.kind:
                 self.say(unit.file, message.line, message.name,
                          f"its comment begins with no kind; let the first word be {kinds}")
-        for what, there in (("messages", [m for m in message.proto.nested_type
-                                          if not m.options.map_entry]),
+        for what, there in (("messages, groups or maps", message.proto.nested_type),
                             ("enumerations", message.proto.enum_type),
-                            ("extensions", message.proto.extension),
-                            ("extension ranges", message.proto.extension_range),
+                            ("extensions", message.proto.extension or message.proto.extension_range),
                             ("oneofs", message.proto.oneof_decl)):
             if there:
-                self.say(unit.file, message.line, message.name,
-                         f"declares {what} inside, which the tables do not hold; "
-                         + ("declare optional fields" if what == "oneofs" else
-                            "leave them out" if "extension" in what else "declare them beside it"))
+                self.say(unit.file, message.line, message.name, f"declares {what} inside, which the tables "
+                         "do not hold; declare messages and enumerations beside it, and optional fields")
         for field in message.fields:
             self.field(unit, message, field)
 
@@ -116,12 +111,7 @@ class Check:
             self.say(unit.file, field.line, name, wrong)
 
         self.comment(unit, field, "meaning, unit, range and sentinel", name)
-        is_map = any(m.options.map_entry and m.name == field.type for m in message.proto.nested_type)
-        if is_map:
-            say("is a map, which the tools do not show; make it a list of records")
-        elif field.proto.type == FieldProto.TYPE_GROUP:
-            say("is a group, which the tools do not show; make it a message")
-        elif field.is_scalar and field.type not in TYPES:
+        if field.is_scalar and field.type not in TYPES:
             say(f"its type {field.type} is one that the tools do not show; take one of "
                 + ", ".join(sorted(TYPES)))
         if field.proto.options.packed:

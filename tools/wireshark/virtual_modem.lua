@@ -250,25 +250,18 @@ local function escape(bytes)
 end
 
 -- Text that no terminal takes for a command: controls, also C1 and those of writing direction, and
--- bytes that are not UTF-8 are escaped.
+-- bytes that are not UTF-8, with the character before them, are escaped.
 local function printable(text)
-  return (text:gsub("[%z\1-\31\127]", escape):gsub("[\128-\255]+", function(run)
-    local out, at = {}, 1
-    while at <= #run do
-      local char = run:match("^[\194-\223][\128-\191]", at)
-        or run:match("^[\224-\239][\128-\191][\128-\191]", at)
-        or run:match("^[\240-\244][\128-\191][\128-\191][\128-\191]", at)
-        or run:sub(at, at)
-      at = at + #char
-      local refused = #char == 1
-        or char:find("^\194[\128-\159]") or char == "\216\156" -- C1; Arabic letter mark
-        or char:find("^\226\128[\142\143\168-\174]") or char:find("^\226\129[\166-\169]")
-        or char:find("^\224[\128-\159]") or char:find("^\237[\160-\191]") -- long form; surrogate
-        or char:find("^\240[\128-\143]") or char:find("^\244[\144-\191]") -- long form; too large
-        or char == "\239\191\190" or char == "\239\191\191" -- no characters, nor fit for XML
-      out[#out + 1] = refused and escape(char) or char
-    end
-    return table.concat(out)
+  return (text:gsub("[%z\1-\31\127]", escape):gsub("[\128-\255][\128-\191]*", function(char)
+    local whole = char:find("^[\194-\223].$") or char:find("^[\224-\239]..$")
+      or char:find("^[\240-\244]...$")
+    local refused = not whole
+      or char:find("^\194[\128-\159]") or char == "\216\156" -- C1; Arabic letter mark
+      or char:find("^\226\128[\142\143\168-\174]") or char:find("^\226\129[\166-\169]")
+      or char:find("^\224[\128-\159]") or char:find("^\237[\160-\191]") -- long form; surrogate
+      or char:find("^\240[\128-\143]") or char:find("^\244[\144-\191]") -- long form; too large
+      or char == "\239\191\190" or char == "\239\191\191" -- no characters, nor fit for XML
+    return refused and escape(char) or char
   end))
 end
 
