@@ -113,8 +113,8 @@ const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
   }
   // The type may have a package, with dots of its own.
   for (std::size_t dot = path.find('.'); dot != std::string::npos; dot = path.find('.', dot + 1)) {
-    const Descriptor* type = schema.FindMessage(path.substr(0, dot));
-    if (type != nullptr) return FindField(*type, path.substr(dot + 1));
+    const TypeInfo* type = schema.FindType(path.substr(0, dot));
+    if (type != nullptr) return FindField(*type->type, path.substr(dot + 1));
   }
   return nullptr;
 }
@@ -132,8 +132,8 @@ bool DescribeBareName(const Schema& schema, const std::string& name) {
 }
 
 bool DescribeName(const Schema& schema, const std::string& name) {
-  if (const Descriptor* message = schema.FindMessage(name)) {
-    PrintMessage(schema, *message);
+  if (const TypeInfo* message = schema.FindType(name)) {
+    PrintMessage(schema, *message->type);
   } else if (const EnumDescriptor* type = schema.FindEnum(name)) {
     PrintEnum(schema, *type);
   } else if (const FieldDescriptor* field = FindPath(schema, name)) {

@@ -180,7 +180,7 @@ Status DiffCommand(Schema& schema, const Options& options) {
     if (options.source.from != Encoding::kAuto) {
       throw UsageError("--from is for two messages of a type");
     }
-    if (access(left_path.c_str(), F_OK) != 0 && schema.FindMessage(left_path) != nullptr) {
+    if (access(left_path.c_str(), F_OK) != 0 && schema.FindType(left_path) != nullptr) {
       throw UsageError("two messages of type " + left_path + " are two files: " + left_path +
                        " LEFT RIGHT");
     }

@@ -23,19 +23,6 @@ namespace {
 
 using google::protobuf::TextFormat;
 
-std::string ToText(const std::string& bytes, Encoding encoding) {
-  std::string text;
-  switch (encoding) {
-    case Encoding::kHex:
-      return ToHex(bytes) + "\n";
-    case Encoding::kBase64:
-      google::protobuf::Base64Escape(bytes, &text);
-      return text + "\n";
-    default:
-      return bytes;
-  }
-}
-
 // The required fields of the type and below with values that can be encoded, the others as
 // comments; beside each its type.
 void AppendSkeleton(const Message& message, const std::string& indent, std::string& text) {
@@ -120,7 +107,9 @@ Status EncodeCommand(Schema& schema, const Options& options) {
   if (to == Encoding::kAuto) {
     to = isatty(STDOUT_FILENO) != 0 ? Encoding::kHex : Encoding::kBinary;
   }
-  std::cout << ToText(bytes, to);
+  if (to == Encoding::kHex) bytes = ToHex(bytes);
+  if (to == Encoding::kBase64) google::protobuf::Base64Escape(std::string(bytes), &bytes);
+  std::cout << bytes << (to == Encoding::kBinary ? "" : "\n");
   return kOk;
 }
 

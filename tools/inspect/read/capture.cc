@@ -37,14 +37,9 @@ std::size_t LinkHeader(pcap* capture, const std::string& name) {
               ", which does not carry the messages' datagrams");
 }
 
-struct Datagram {
-  std::uint16_t from_port = 0;
-  std::uint16_t to_port = 0;
-  std::string_view payload;
-};
-
-// The UDP datagram in an IPv4 packet; false if it holds none, or a fragment of one.
-bool ReadDatagram(std::string_view packet, Datagram& datagram) {
+// What a packet carries if it is a UDP datagram between the two sides, and which way it goes; false
+// for other packets and for fragments.
+bool ReadDatagram(std::string_view packet, Direction& direction, std::string_view& payload) {
   if (packet.size() < kIpHeaderBytes || Number(packet, 0, 1) >> 4U != 4) return false;
   const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
   constexpr std::uint32_t kUdp = 17;
@@ -53,42 +48,40 @@ bool ReadDatagram(std::string_view packet, Datagram& datagram) {
       Number(packet, 9, 1) != kUdp || (Number(packet, 6, 2) & kFragment) != 0) {
     return false;
   }
+  const std::uint32_t from = Number(packet, header, 2);
+  const std::uint32_t to = Number(packet, header + 2, 2);
   const std::size_t length = Number(packet, header + 4, 2);
-  if (length < kUdpHeaderBytes) return false;
-  datagram.from_port = static_cast<std::uint16_t>(Number(packet, header, 2));
-  datagram.to_port = static_cast<std::uint16_t>(Number(packet, header + 2, 2));
-  datagram.payload = packet.substr(header + kUdpHeaderBytes, length - kUdpHeaderBytes);
+  const bool to_modem = from == kTelephonyPort && to == kModemPort;
+  const bool to_telephony = from == kModemPort && to == kTelephonyPort;
+  if (length < kUdpHeaderBytes || (!to_modem && !to_telephony)) return false;
+  direction = to_modem ? Direction::kToModem : Direction::kToTelephony;
+  payload = packet.substr(header + kUdpHeaderBytes, length - kUdpHeaderBytes);
   return true;
 }
 
-// The frame that a datagram carries, of which lost bytes were not kept; false when it carries none.
-bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost, Record& record) {
-  const bool to_modem = datagram.from_port == kTelephonyPort && datagram.to_port == kModemPort;
-  const bool to_telephony = datagram.from_port == kModemPort && datagram.to_port == kTelephonyPort;
-  if (!to_modem && !to_telephony) return false;
-  record.direction = to_modem ? Direction::kToModem : Direction::kToTelephony;
+// Reads a frame, of which lost bytes were not kept. The record tells what is wrong with it.
+void ReadFrame(const Schema& schema, std::string_view frame, std::size_t lost, Record& record) {
   record.operation = 0;
   record.name = {};
   record.type = nullptr;
   record.bytes = {};
   record.problem.clear();
-  const std::string_view frame = datagram.payload;
   const std::string cut = "the capture keeps " + std::to_string(frame.size()) + " of the frame's " +
                           std::to_string(frame.size() + lost) + " bytes";
   // A bound of 0 has name and size told though the message is not all there.
   const FrameRead read = virtual_modem::ReadFrame(frame, 0);
   if (frame.size() < kFrameHeaderBytes || read.status == FrameStatus::kNotAFrame) {
     record.problem = frame.size() < kFrameHeaderBytes && lost > 0 ? cut : "not a frame";
-    return true;
+    return;
   }
   record.operation = Number(frame, 2, 1);
   if (read.status == FrameStatus::kBadType) {
     record.problem = "a frame without the name of a type";
-    return true;
+    return;
   }
   if (read.frame.type.empty()) {
     record.problem = lost > 0 ? cut : "a frame that ends within the name of its type";
-    return true;
+    return;
   }
   record.name = read.frame.type;
   const std::size_t name_size = record.name.size();
@@ -103,7 +96,6 @@ bool ReadFrame(const Schema& schema, const Datagram& datagram, std::size_t lost,
     record.problem = std::to_string(record.bytes.size() - size) + " bytes after the frame";
     record.bytes = record.bytes.substr(0, size);
   }
-  return true;
 }
 
 }  // namespace
@@ -172,12 +164,13 @@ bool CaptureReader::Next(Record& record) {
     ++number_;
     std::string_view packet(reinterpret_cast<const char*>(data), header->caplen);
     packet.remove_prefix(std::min(link_header_, packet.size()));
-    Datagram datagram;
     const std::size_t lost = header->len > header->caplen ? header->len - header->caplen : 0;
-    if (!ReadDatagram(packet, datagram) || !ReadFrame(schema_, datagram, lost, record)) {
+    std::string_view frame;
+    if (!ReadDatagram(packet, record.direction, frame)) {
       ++foreign_;
       continue;
     }
+    ReadFrame(schema_, frame, lost, record);
     record.number = number_;
     std::int64_t seconds = header->ts.tv_sec;
     // Seconds of pcap have 32 bits, which libpcap takes for signed ones.

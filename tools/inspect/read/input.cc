@@ -1,7 +1,5 @@
 #include "inspect/read/input.h"
 
-#include <google/protobuf/io/coded_stream.h>
-
 #include <iostream>
 
 #include "inspect/error.h"
@@ -69,18 +67,21 @@ void Note(const std::string& text) {
 std::string DisplayName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 bool DelimitedReader::Next() {
+  constexpr int kGiB = 1 << 30;
+  if (!in_ || in_->CurrentPosition() > kGiB) {  // it counts up to two
+    if (in_) begin_ += in_->CurrentPosition();
+    in_.emplace(&blocks_);
+  }
   const void* ahead = nullptr;
   int count = 0;
-  if (!blocks_.Next(&ahead, &count)) return false;
-  blocks_.BackUp(count);
-  google::protobuf::io::CodedInputStream in(&blocks_);
-  if (!in.ReadVarint64(&size_) || size_ > kMaxMessageBytes) {
-    throw Error(stream_.name() + ": no length of a message at byte " + std::to_string(taken_) +
+  if (!in_->GetDirectBufferPointer(&ahead, &count)) return false;
+  const std::int64_t start = begin_ + in_->CurrentPosition();
+  if (!in_->ReadVarint64(&size_) || size_ > kMaxMessageBytes) {
+    throw Error(stream_.name() + ": no length of a message at byte " + std::to_string(start) +
                 " (is this a stream of delimited messages?)");
   }
-  offset_ = taken_ + in.CurrentPosition();
-  in.ReadString(&bytes_, static_cast<int>(size_));  // or what there is of it
-  taken_ = offset_ + static_cast<std::int64_t>(bytes_.size());
+  offset_ = begin_ + in_->CurrentPosition();
+  in_->ReadString(&bytes_, static_cast<int>(size_));  // or what there is of it
   return true;
 }
 

@@ -1,6 +1,7 @@
 // Bytes of messages from files, whole or message by message.
 #pragma once
 
+#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
 #include <cstddef>
@@ -69,7 +70,8 @@ class DelimitedReader : google::protobuf::io::CopyingInputStream {
 
   ByteStream& stream_;
   google::protobuf::io::CopyingInputStreamAdaptor blocks_;
-  std::int64_t taken_ = 0;
+  std::optional<google::protobuf::io::CodedInputStream> in_;
+  std::int64_t begin_ = 0;  // where that began
   std::string bytes_;
   std::int64_t offset_ = 0;
   std::uint64_t size_ = 0;

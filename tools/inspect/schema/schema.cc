@@ -103,24 +103,15 @@ void Schema::ReadSubscriberData(const std::string& path) {
     if (line.empty()) continue;
     const FieldDescriptor* field = pool_.FindFieldByName(line);
     if (field == nullptr) {
-      throw Error(std::string(path)
-                      .append(" line ")
-                      .append(std::to_string(number))
-                      .append(": no field is named ")
-                      .append(line));
+      throw Error(path + " line " + std::to_string(number) + ": no field is named " + line);
     }
     subscriber_data_.insert(field);
   }
 }
 
-const Descriptor* Schema::FindMessage(std::string_view name) const {
-  const TypeInfo* found = FindType(name);
-  return found == nullptr ? nullptr : found->type;
-}
-
 const Descriptor& Schema::GetMessage(std::string_view name) const {
-  const Descriptor* type = FindMessage(name);
-  if (type != nullptr) return *type;
+  const TypeInfo* found = FindType(name);
+  if (found != nullptr) return *found->type;
   std::vector<std::string> names;
   for (const Descriptor* each : messages_) names.push_back(each->name());
   throw Error("there is no message " + std::string(name) + DidYouMean(name, names));

@@ -56,10 +56,9 @@ class Schema {
 
   // A message by its full name or, where that is unique, without its package; null when there is
   // none.
-  const Descriptor* FindMessage(std::string_view name) const;
+  const TypeInfo* FindType(std::string_view name) const;
   // The same, but throws Error with the nearest names.
   const Descriptor& GetMessage(std::string_view name) const;
-  const TypeInfo* FindType(std::string_view name) const;
   const EnumDescriptor* FindEnum(std::string_view name) const;
 
   std::unique_ptr<Message> NewMessage(const Descriptor& type);
