@@ -37,7 +37,7 @@ A capture, in which time, direction, type and operation stay:
   > done
             1     123456
             1  123456789
-  $ echo '1.123456789 < Hangup 080010051801' | make nano | inspect mask one.pcap - - | head -c 4 | xxd -p
+  $ echo '1.123456789 < Hangup 080010051801' | make nano | inspect mask one.pcap - one.pcap - | head -c 4 | xxd -p
   4d3cb2a1
 
 One message, in the form that it came in:
