@@ -14,7 +14,7 @@ What a receiver would not take as meant is refused, and nothing is written:
   $ echo 'platformtype: UNKNOW' | inspect encode Hangup >out; wc -c <out
   # missing required serial
   # missing required gsmindex
-  virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 2); --partial writes it all the same
+  virtual-modem-inspect: standard input: not a valid Hangup (required fields missing: 2); --partial writes it anyway
   0
   $ for partial in '' --partial; do echo '{"platformtype": 9, "serial": 1, "gsmindex": 2}' | inspect encode --json $partial --to hex Hangup 2>/dev/null; done
   080910011802

@@ -31,7 +31,7 @@ Every form that the common tools write is found out; these print what is not:
   $ cat notes
   $ inspect decode IccCardStatusResponse --hex "$(cat card.hex)" | cmp - card.txt
   $ each <<<"xxd -i card.bin"; cut -d: -f3 notes
-   took the list of 105 bytes at column 28 and left out what is around
+   took the list of 105 bytes at column 28 and ignored the rest
   $ printf '"\\10\\0\\20\\3\\32\\r+86101\\t\\"\\\\4567 \\0";' | inspect decode Dial
   platformtype: UNKNOW
   serial: 3
@@ -61,7 +61,7 @@ lines, long offsets, a last line that tells the length, other digits, prefixes i
   gsmindex: 21
   gsmindex: 1
   gsmindex: 6
-  virtual-modem-inspect: standard input: hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
+  virtual-modem-inspect: standard input: hex whose bytes are unclear: several bytes after each 0x, in an unknown order
   gsmindex: 9
   gsmindex: 12
   gsmindex: 13
@@ -81,15 +81,15 @@ Within other text, what was taken is said:
   > write(3, "\\10\\0\\20*\\30\\1", 6) = 6
   > data='\\x08\\x00\\x10*\\x18\\x01' of 'x'
   > TEXTS
-  gsmindex: 1  took the 6 bytes of hex at line 1, columns 50 to 61, and left out what is around
-  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 33, and left out what is around
-  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 41, and left out what is around
-  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 28, and left out what is around
-  gsmindex: 1  took the 6 bytes of hex at line 2, columns 9 to 20, and left out what is around
-  gsmindex: 1  took the list of 6 bytes at column 6 and left out what is around
-  gsmindex: 1  took the string of 6 bytes at column 8 and left out what is around
-  gsmindex: 1  took the string of 6 bytes at column 10 and left out what is around
-  gsmindex: 1  took the string of 6 bytes at column 6 and left out what is around
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 50 to 61, and ignored the rest
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 33, and ignored the rest
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 8 to 41, and ignored the rest
+  gsmindex: 1  took the 6 bytes of hex at line 1, columns 17 to 28, and ignored the rest
+  gsmindex: 1  took the 6 bytes of hex at line 2, columns 9 to 20, and ignored the rest
+  gsmindex: 1  took the list of 6 bytes at column 6 and ignored the rest
+  gsmindex: 1  took the string of 6 bytes at column 8 and ignored the rest
+  gsmindex: 1  took the string of 6 bytes at column 10 and ignored the rest
+  gsmindex: 1  took the string of 6 bytes at column 6 and ignored the rest
 
 What cannot be told for sure is refused, with the way out:
 
@@ -112,13 +112,13 @@ What cannot be told for sure is refused, with the way out:
   two runs of hex of 8 bytes in one line; give the one that is meant (--hex)
   lines 1 and 2 both have hex; give the bytes of one message (--hex), or read all lines with the command log
   a list whose numbers can be decimal or hex: say --from array or --from hex
-  the string was cut where "..." stands (strace -s 65536 shows all of it)
-  hex that does not say its bytes: several bytes after each 0x, in an order that the text does not tell
-  hex that does not say its bytes: line 1: numbers of 4 bytes, in an order that the dump does not tell (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
+  the string was cut where "..." stands (strace -s 65536 shows it whole)
+  hex whose bytes are unclear: several bytes after each 0x, in an unknown order
+  hex whose bytes are unclear: line 1: numbers of 4 bytes, in an order that the dump does not show (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
   text that is neither hex (line 1, column 1) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
-  hex that does not say its bytes: line 1: numbers of 2 bytes, in an order that the dump does not tell (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
-  hex that does not say its bytes: line 2: no offset, as the lines before it have
-  hex that does not say its bytes: line 2: the offset 0008 does not follow the 4 bytes before it
+  hex whose bytes are unclear: line 1: numbers of 2 bytes, in an order that the dump does not show (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
+  hex whose bytes are unclear: line 2: no offset, as the lines before it have
+  hex whose bytes are unclear: line 2: the offset 0008 does not follow the 4 bytes before it
   a list of numbers in which -129 is no byte
   text that is neither hex (line 1, column 3) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
   $ for form in string array log hex base64; do echo '!' | inspect decode --from $form Hangup; done
@@ -142,13 +142,13 @@ What another command reads is told so:
   $ echo '1 > Hangup 080010051801' | "$TESTDIR/make_capture.py" >hangup.pcap
   $ gzip <hangup.pcap >hangup.pcap.gz
   $ inspect decode Hangup hangup.pcap; inspect identify hangup.pcap.gz
-  virtual-modem-inspect: hangup.pcap: a capture, whose messages the command log shows
-  virtual-modem-inspect: hangup.pcap.gz: a capture, whose messages the command log shows
+  virtual-modem-inspect: hangup.pcap: a capture; use the command log
+  virtual-modem-inspect: hangup.pcap.gz: a capture; use the command log
   [1]
   $ for text in 'serial: 1' "$(cat card.txt)" '{"platformtype": "QCOM", "serial": 1, "gsmindex": [1, 2, 3]}'; do inspect decode Hangup <<<"$text"; done
-  virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes
-  virtual-modem-inspect: standard input: a message in the text format, not its bytes, which the command encode writes
-  virtual-modem-inspect: standard input: a message in JSON, not its bytes, which the command encode --json writes
+  virtual-modem-inspect: standard input: a message in the text format; the command encode turns it into bytes
+  virtual-modem-inspect: standard input: a message in the text format; the command encode turns it into bytes
+  virtual-modem-inspect: standard input: a message in JSON; the command encode --json turns it into bytes
   [1]
 
 Text that happens to be a message has to be told to be one:

@@ -63,7 +63,7 @@ frame of a recording no string and no list of numbers:
 
   $ echo 080010011a063535313132322000 | inspect decode --redact EmergencyNumber
   # not shown, as it does not fit the type: required fields missing: 3, wrong wire types: 2
-  virtual-modem-inspect: standard input: not shown, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it all the same, and shows what is another type's
+  virtual-modem-inspect: standard input: not shown, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it anyway, but data of another type may then show
   [1]
   $ (printf '\x0e'; echo 080010011a063535313132322000 | xxd -r -p; inspect encode --delimited Hangup <(echo 'platformtype: QCOM serial: 5551122 gsmindex: 1')) >stream
   $ inspect decode --redact --delimited Hangup stream
@@ -77,7 +77,7 @@ frame of a recording no string and no list of numbers:
   [1]
   $ echo 0801 1005 1801 4801 | inspect decode --redact Hangup
   # not shown, as it does not fit the type: unknown fields: 1
-  virtual-modem-inspect: standard input: not shown, as it does not fit Hangup (unknown fields: 1); --trust-type masks it all the same, and shows what is another type's
+  virtual-modem-inspect: standard input: not shown, as it does not fit Hangup (unknown fields: 1); --trust-type masks it anyway, but data of another type may then show
   [1]
   $ echo '1 < CellIdentityOperatorNames 0a063535313132321005' | make | inspect mask - - | inspect log | cut -c 1-82
   01-01 00:00:01.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" 2: 0 
@@ -88,7 +88,7 @@ Nothing is left half done; what a file was stays what it was:
 
   $ echo kept >kept
   $ echo 080010011a063535313132322000 | inspect mask --type EmergencyNumber - kept
-  virtual-modem-inspect: standard input: not masked, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it all the same, and what is another type's stays
+  virtual-modem-inspect: standard input: not masked, as it does not fit EmergencyNumber (required fields missing: 3, wrong wire types: 2); --trust-type masks it anyway, but data of another type may then stay
   [1]
   $ inspect mask card.bin kept
   virtual-modem-inspect: card.bin: not a capture; one message needs --type

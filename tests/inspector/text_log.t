@@ -13,10 +13,10 @@
   11-21 18:07:01.123 > Dial #3 4 B platformtype: QCOM serial: 3 # missing required address; missing required clir
   11-21 18:07:01.124 > Dial #3 11 B platformtype: QCOM serial: 3 address: "112" clir: CLIR_DEFAULT
   11-21 18:07:01.250 < NoResultResponse #3 6 B platformtype: QCOM serial: 3 error: RADIO_E_SUCCESS
-  2026-11-21T18:07:02,5 < IccidChangedInd - 0 B  # the log holds the beginning only; missing required platformtype
+  2026-11-21T18:07:02,5 < IccidChangedInd - 0 B  # the log has only the beginning; missing required platformtype
   - > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
   - > Hangup - 0 B  # the longest run of hex, at column 5, has 11 digits: half a byte is missing; missing required platformtype; missing required serial; missing required gsmindex
-  - < GetCurrentCallsResponse #4 12 B platformtype: QCOM serial: 4 error: RADIO_E_SUCCESS calls { state: RADIO_CALL_ACTIVE index: 1 } # the log holds the beginning only; missing required calls[0].toa; missing required calls[0].ismpty; missing required calls[0].ismt; missing required calls[0].als; missing required calls[0].isvoice; missing required calls[0].isvoiceprivacy; missing required calls[0].number; missing required calls[0].numberpresentation; missing required calls[0].name; missing required calls[0].namepresentation
+  - < GetCurrentCallsResponse #4 12 B platformtype: QCOM serial: 4 error: RADIO_E_SUCCESS calls { state: RADIO_CALL_ACTIVE index: 1 } # the log has only the beginning; missing required calls[0].toa; missing required calls[0].ismpty; missing required calls[0].ismt; missing required calls[0].als; missing required calls[0].isvoice; missing required calls[0].isvoiceprivacy; missing required calls[0].number; missing required calls[0].numberpresentation; missing required calls[0].name; missing required calls[0].namepresentation
   virtual-modem-inspect: modem.log: passed over lines without the type and the content of a message: 1
   $ printf 'nothing of that kind' | inspect log
   virtual-modem-inspect: standard input: no message in it; lines without the type and the content of a message: 1
@@ -39,7 +39,7 @@ Times and names wherever they stand, texts that were cut anywhere, lines of any 
   2026-02-30 18:07:01 > Hangup #42 6 B platformtype: UNKNOW serial: 42 gsmindex: 1
   - > virtualdata.proto.SlaveDeactivateDataCallRequest - 6 B value1: 0 value2: 1 value3: 2
   - > Hangup #7 6 B platformtype: QCOM serial: 7 gsmindex: 1
-  - > Dial #8 17 B platformtype: QCOM serial: 8 address: "a\"} { 1" uusinfo { uustype: TYPE1_REQUIRED } # the log holds the beginning only; missing required clir
+  - > Dial #8 17 B platformtype: QCOM serial: 8 address: "a\"} { 1" uusinfo { uustype: TYPE1_REQUIRED } # the log has only the beginning; missing required clir
   virtual-modem-inspect: standard input: passed over lines without the type and the content of a message: 2
 
 What this program, the client and the demonstration write, and logcat in its formats:
@@ -67,7 +67,7 @@ What this program, the client and the demonstration write, and logcat in its for
   - > Dial #1 11 B platformtype: QCOM serial: 1 address: "XXX" clir: CLIR_DEFAULT
   - < Hangup op 200 - 2 B platformtype: QCOM # missing required serial; missing required gsmindex
   - < NoResultIndication op 4 - 0 B  # missing required platformtype
-  - < RadioCallRing - 2 B platformtype: QCOM # the log holds the beginning only; missing required isgsm
+  - < RadioCallRing - 2 B platformtype: QCOM # the log has only the beginning; missing required isgsm
   18.97 > NoParmRequest #2 4 B platformtype: QCOM serial: 2
   19.03 < NoParmRequest #3 2 B serial: 3 # missing required platformtype
   - > Hangup #4 6 B platformtype: QCOM serial: 4 gsmindex: 1

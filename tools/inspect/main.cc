@@ -124,7 +124,7 @@ class CommandLine {
   CLI::Option* AddFrom(CLI::App* command) {
     return AddEncoding(command, "--from", options_.source.from,
                        {"array", "auto", "base64", "binary", "hex", "log", "string"},
-                       "Form of the input; auto finds out");
+                       "Form of the input; auto detects it");
   }
   void AddSource(CLI::App* command) {
     AddFile(command);
@@ -139,7 +139,7 @@ class CommandLine {
   CLI::Option* AddTrust(CLI::App* command) {
     return command->add_flag(
         "--trust-type", options_.trust_type,
-        "Mask bytes that do not fit the type all the same: what is another type's shows");
+        "Mask bytes that do not fit the type too; data of another type may then show");
   }
   void AddMasking(CLI::App* command) {
     CLI::Option* mask = command->add_flag(
@@ -168,7 +168,7 @@ class CommandLine {
   }
 
   void AddLog() {
-    CLI::App* command = Add("log", "Show a capture or a log, a line each message", LogCommand);
+    CLI::App* command = Add("log", "Show a capture or a log, one line per message", LogCommand);
     AddWords(command, "file", "Captures or logs, the oldest first; - or nothing is standard input",
              "FILE");
     AddFilter(command, "type", "TYPE", options_.types);
@@ -181,13 +181,14 @@ class CommandLine {
                      "Only messages with the value in that field; FIELD~TEXT for a part of it")
         ->type_name("FIELD=VALUE");
     command->add_flag("--incomplete", options_.incomplete,
-                      "Only messages that lack something or break off");
+                      "Only messages that are incomplete or malformed");
     command->add_flag("--unknown", options_.unknown,
                       "Only messages with unknown fields or undeclared numbers");
     CLI::Option* pairs =
         command->add_flag("--pairs", options_.pairs, "Requests with their responses, by serial");
     CLI::Option* count =
-        command->add_flag("--count", options_.count, "How many there are of each type and result")
+        command
+            ->add_flag("--count", options_.count, "The number of messages of each type and result")
             ->excludes(pairs);
     CLI::Option* json = command->add_flag("--json", options_.json, "JSON, one object a line");
     command

@@ -93,7 +93,7 @@ Status DecodeCommand(Schema& schema, const Options& options) {
               " (" + findings.Summary() + ")" +
               (printer.shown()
                    ? ""
-                   : "; --trust-type masks it all the same, and shows what is another type's"));
+                   : "; --trust-type masks it anyway, but data of another type may then show"));
 }
 
 }  // namespace virtual_modem::inspect

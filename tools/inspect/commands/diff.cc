@@ -73,8 +73,7 @@ std::unique_ptr<Message> Read(Schema& schema, const std::string& type, const std
   if (malformed || (options.mask && !options.trust_type && findings.misfit())) {
     throw Error(DisplayName(path) + ": not " +
                 (malformed ? "a valid " : "shown, as it does not fit ") + type + " (" +
-                findings.Summary() + ")" +
-                (malformed ? "" : "; --trust-type compares it all the same"));
+                findings.Summary() + ")" + (malformed ? "" : "; --trust-type compares it anyway"));
   }
   return message;
 }

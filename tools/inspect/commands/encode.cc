@@ -94,7 +94,7 @@ Status EncodeCommand(Schema& schema, const Options& options) {
   std::cerr << findings.Lines();
   if (!findings.empty() && !options.partial) {
     throw Error(name + ": not a valid " + options.type + " (" + findings.Summary() +
-                "); --partial writes it all the same");
+                "); --partial writes it anyway");
   }
 
   if (bytes.size() > kMaxMessageBytes) throw Error(name + ": the message is over 16 MiB");

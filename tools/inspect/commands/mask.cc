@@ -70,7 +70,7 @@ Status MaskMessage(Schema& schema, const Options& options) {
   if (findings.misfit() && !options.trust_type) {
     throw Error(DisplayName(source) + ": not masked, as it does not fit " + options.type + " (" +
                 findings.Summary() +
-                "); --trust-type masks it all the same, and what is another type's stays");
+                "); --trust-type masks it anyway, but data of another type may then stay");
   }
   std::string masked;
   text::AppendMasked(schema.tables(), index, bytes, text::Show::kMasked, masked);

@@ -47,7 +47,7 @@ class PlainHex {
       result = HexResult::kBroken;
     }
     if (result == HexResult::kRead && words_ > 1) {
-      why = "several bytes after each 0x, in an order that the text does not tell";
+      why = "several bytes after each 0x, in an unknown order";
       return HexResult::kBroken;
     }
     // Nothing but separators is not hex; nothing at all is the empty message.
@@ -198,7 +198,7 @@ class Dump {
     // with -e.
     if (size != 2 && (!colon || prefixed || size == 8 || size == 16)) {
       return "numbers of " + std::to_string(size / 2) +
-             " bytes, in an order that the dump does not tell (xxd without -e and -g, "
+             " bytes, in an order that the dump does not show (xxd without -e and -g, "
              "hexdump -C and od -tx1 write bytes)";
     }
     AppendBytes(group, bytes_);

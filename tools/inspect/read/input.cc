@@ -57,7 +57,7 @@ std::string ReadBytes(const Source& source, bool* as_is) {
 
 void RefuseCapture(ByteStream& stream) {
   if (FormOf(stream) == CaptureForm::kNoCapture) return;
-  throw Error(stream.name() + ": a capture, whose messages the command log shows");
+  throw Error(stream.name() + ": a capture; use the command log");
 }
 
 void Note(const std::string& text) {

@@ -29,7 +29,7 @@ bool IsText(std::string_view bytes) {
 
 std::string Took(const std::string& what, std::size_t bytes, std::size_t at) {
   return "took the " + what + " of " + std::to_string(bytes) + " bytes at column " +
-         std::to_string(at + 1) + " and left out what is around";
+         std::to_string(at + 1) + " and ignored the rest";
 }
 
 // ---- Base64 -------------------------------------------------------------------------------------
@@ -138,7 +138,7 @@ std::string ParseString(std::string_view text, std::string& note) {
     throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");
   }
   if (text.substr(longest.end, 3) == "...") {
-    throw Error("the string was cut where \"...\" stands (strace -s 65536 shows all of it)");
+    throw Error("the string was cut where \"...\" stands (strace -s 65536 shows it whole)");
   }
   const std::string_view after = Trim(text.substr(longest.end));
   const bool alone = Trim(text.substr(0, longest.begin)).empty() &&
@@ -275,7 +275,7 @@ std::optional<std::string> ParseLog(std::string_view text, std::string& note) {
     found_at = number;
     note = "took the " + std::to_string(bytes.size()) + " bytes of hex at line " +
            std::to_string(number) + ", columns " + std::to_string(begin + 1) + " to " +
-           std::to_string(end) + ", and left out what is around";
+           std::to_string(end) + ", and ignored the rest";
   }
   return found;
 }
@@ -291,7 +291,7 @@ bool IsJson(std::string_view text) {
 }
 
 [[noreturn]] void RefuseMessageText(const std::string& form, const std::string& command) {
-  throw Error("a message in " + form + ", not its bytes, which the command " + command + " writes");
+  throw Error("a message in " + form + "; the command " + command + " turns it into bytes");
 }
 
 std::string ParseAny(std::string_view text, std::string& note) {
@@ -300,7 +300,7 @@ std::string ParseAny(std::string_view text, std::string& note) {
   std::string why_not_hex;
   const HexResult hex = ParseHex(text, bytes, why_not_hex);
   const auto refuse_broken = [&] {
-    if (hex == HexResult::kBroken) throw Error("hex that does not say its bytes: " + why_not_hex);
+    if (hex == HexResult::kBroken) throw Error("hex whose bytes are unclear: " + why_not_hex);
   };
   if (IsDump(text)) {
     refuse_broken();

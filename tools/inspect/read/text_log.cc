@@ -69,7 +69,7 @@ bool IsField(const Descriptor& type, std::string_view word, std::string_view res
   return rest.substr(0, 2) == ": " && std::all_of(word.begin(), word.end(), IsDigit);
 }
 
-constexpr const char* kBeginningOnly = "the log holds the beginning only";
+constexpr const char* kBeginningOnly = "the log has only the beginning";
 
 // Why a message is not whole, as the comment after its text says it.
 std::string Problem(std::string_view comment) {

@@ -24,7 +24,7 @@ std::string Remark(const Record& record);
 
 // A line of text or a JSON object for each message.
 std::unique_ptr<LogView> MakeLines(Schema& schema, bool json, bool mask, Output& out);
-// How many there are of each type and result.
+// The number of messages of each type and result.
 std::unique_ptr<LogView> MakeCounts(bool json, Output& out);
 // Requests with their responses.
 std::unique_ptr<LogView> MakePairs(bool json, Output& out);
