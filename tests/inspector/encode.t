@@ -37,10 +37,10 @@ So is what cannot be read, in one line whatever it holds:
 A message to begin with, for every type:
 
   $ inspect encode --skeleton Dial
-  platformtype: UNKNOW  # PlatformType
+  platformtype: UNKNOW  # UNKNOW, QCOM, MTK
   serial: 0  # int32
   address: ""  # string
-  clir: CLIR_DEFAULT  # Clir
+  clir: CLIR_DEFAULT  # CLIR_DEFAULT, CLIR_INVOCATION, CLIR_SUPPRESSION
   # uusinfo: repeated UusInfo
   $ for type in IccCardStatusResponse GetCurrentCallsResponse QImsCall virtualdata.proto.SlaveMasterShareDataChange; do
   >   inspect encode --skeleton $type | inspect encode $type >/dev/null || echo $type

@@ -23,15 +23,27 @@ namespace {
 
 using google::protobuf::TextFormat;
 
+// The values of an enumeration if they are few enough to choose from, else the type.
+std::string Choice(const FieldDescriptor& field) {
+  constexpr int kMaxValues = 8;
+  const auto* type = field.enum_type();
+  if (type == nullptr || type->value_count() > kMaxValues) return TypeOf(field);
+  std::string values;
+  for (int i = 0; i < type->value_count(); ++i) {
+    values += (i == 0 ? "" : ", ") + type->value(i)->name();
+  }
+  return values;
+}
+
 // The required fields of the type and below with values that can be encoded, the others as
-// comments; beside each its type.
+// comments; beside each its type or choice.
 void AppendSkeleton(const Message& message, const std::string& indent, std::string& text) {
   const Descriptor& type = *message.GetDescriptor();
   for (int i = 0; i < type.field_count(); ++i) {
     const FieldDescriptor& field = *type.field(i);
     text.append(indent).append(field.is_required() ? "" : "# ").append(field.name());
     if (!field.is_required()) {
-      text.append(": ").append(LabelOf(field)).append(" ").append(TypeOf(field));
+      text.append(": ").append(LabelOf(field)).append(" ").append(Choice(field));
     } else if (field.message_type() != nullptr) {
       text.append(" {\n");
       AppendSkeleton(message.GetReflection()->GetMessage(message, &field), indent + "  ", text);
@@ -39,7 +51,7 @@ void AppendSkeleton(const Message& message, const std::string& indent, std::stri
     } else {
       std::string value;
       TextFormat::PrintFieldValueToString(message, &field, -1, &value);
-      text.append(": ").append(value).append("  # ").append(TypeOf(field));
+      text.append(": ").append(value).append("  # ").append(Choice(field));
     }
     text.append("\n");
   }
