@@ -91,6 +91,18 @@ class AndroidBp(unittest.TestCase):
                             *(f"-I{folder}" for folder in headers(name))],
                            cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
 
+    def test_modules_stand_where_the_runtime_with_the_release_in_its_name_does(self):
+        runtime = "libprotobuf-cpp-lite"
+        for name, module in MODULES.items():
+            if module["kind"] in ("cc_library_shared", "cc_binary"):
+                self.assertEqual((module["vendor"], module["compile_multilib"]), (True, "32"), name)
+                self.assertIn(runtime, module["shared_libs"])
+        library = MODULES["lib-virtual-modem-protos"]
+        # Without the one the full runtime is wanted, without the others headers land in other folders.
+        self.assertEqual(library["proto"], {"type": "lite", "canonical_path_from_root": False,
+                                            "export_proto_headers": True})
+        self.assertIn(runtime, library["export_shared_lib_headers"])
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])
