@@ -17,6 +17,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace virtual_modem {
@@ -74,7 +75,8 @@ class Lines {
       if (index > 0 || HasAfter(line, depth, name) || other.HasAfter(line, depth, name)) {
         here += '[' + std::to_string(index) + ']';
       }
-      path = here + (line == end ? "" : "." + path);
+      if (line != end) here += '.' + path;
+      path = std::move(here);
     }
     return path;
   }

@@ -165,7 +165,7 @@ class Dump {
     line = line.substr(0, line.find(offset.colon ? "  " : "   "));
     while (!line.empty()) {
       const std::size_t end = std::min(line.find_first_of(kBlank), line.size());
-      const std::string problem = ReadGroup(line.substr(0, end), offset.colon);
+      std::string problem = ReadGroup(line.substr(0, end), offset.colon);
       if (!problem.empty()) return problem;
       line = TrimLeft(line.substr(end));
     }

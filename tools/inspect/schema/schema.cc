@@ -103,7 +103,8 @@ void Schema::ReadSubscriberData(const std::string& path) {
     if (line.empty()) continue;
     const FieldDescriptor* field = pool_.FindFieldByName(line);
     if (field == nullptr) {
-      throw Error(path + " line " + std::to_string(number) + ": no field is named " + line);
+      line.insert(0, path + " line " + std::to_string(number) + ": no field is named ");
+      throw Error(line);
     }
     subscriber_data_.insert(field);
   }
