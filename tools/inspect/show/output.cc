@@ -1,6 +1,5 @@
 #include "inspect/show/output.h"
 
-#include <array>
 #include <charconv>
 #include <cstring>
 #include <iostream>
@@ -23,9 +22,11 @@ Output& Output::Append(std::string_view text) {
 }
 
 Output& Output::Append(std::int64_t number) {
-  std::array<char, 20> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  return Append({digits.data(), static_cast<std::size_t>(end - digits.data())});
+  constexpr std::size_t kMostDigits = 20;
+  if (buffer_.size() - used_ < kMostDigits) MakeRoom(kMostDigits);
+  char* begin = buffer_.data() + used_;
+  used_ += static_cast<std::size_t>(std::to_chars(begin, begin + kMostDigits, number).ptr - begin);
+  return *this;
 }
 
 void Output::AppendError(std::string_view text) {
