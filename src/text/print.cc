@@ -54,7 +54,7 @@ bool ArePlain(std::string_view bytes) {
   return !NeedEscape(last);
 }
 
-char* WriteNumber(std::uint32_t number, char* to) {
+inline char* WriteNumber(std::uint32_t number, char* to) {
   if (number < 10) {
     *to = static_cast<char>('0' + number);
     return to + 1;
@@ -62,7 +62,7 @@ char* WriteNumber(std::uint32_t number, char* to) {
   return std::to_chars(to, to + kMaxDigits, number).ptr;
 }
 
-char* WriteNumber(std::int32_t number, char* to) {
+inline char* WriteNumber(std::int32_t number, char* to) {
   if (number < 0) *to++ = '-';
   const auto bits = static_cast<std::uint32_t>(number);
   return WriteNumber(number < 0 ? 0 - bits : bits, to);
