@@ -51,8 +51,7 @@ void Modem::Decline(const MessageLite& message, Radio_Errno error) {
 
 namespace {
 
-// ---- What never changes
-// ----------------------------------------------------------------------------
+// ---- What never changes -------------------------------------------------------------------------
 
 constexpr const char* kPlmn = "00101";  // the test network of TS 36.508
 
@@ -169,8 +168,7 @@ void Modem::operator()(const NoParmRequest& request) {
   }
 }
 
-// ---- Calls
-// -----------------------------------------------------------------------------------------
+// ---- Calls --------------------------------------------------------------------------------------
 
 namespace {
 
@@ -302,11 +300,11 @@ void Modem::SendImsCalls() {
   endpoint_.Send(ims_calls_);
 }
 
-// ---- Short messages
-// -------------------------------------------------------------------------------- Agreed between
-// this example's sides, where the schema leaves it open: an ImsSmsMessage is answered by the
-// response of its format, and a CDMA message comes in as a CdmaSmsMessage of its own, with the
-// address it is from.
+// ---- Short messages -----------------------------------------------------------------------------
+
+// Agreed between this example's sides, where the schema leaves it open: an ImsSmsMessage is
+// answered by the response of its format, and a CDMA message comes in as a CdmaSmsMessage of its
+// own, with the address it is from.
 
 void Modem::EndSms(std::int32_t serial, Radio_Errno error, bool cdma) {
   const auto respond = [&](auto response) {
@@ -341,10 +339,10 @@ void Modem::operator()(const ImsSmsMessage& request) {
 
 void Modem::operator()(const CdmaSmsAck& request) { Result(request.serial(), RADIO_E_SUCCESS); }
 
-// ---- Data sharing
-// ---------------------------------------------------------------------------------- The modem side
-// plays the slave, the device that uses the other's connection. What the numbered fields mean here
-// is said in telephony.cc.
+// ---- Data sharing -------------------------------------------------------------------------------
+
+// The modem side plays the slave, the device that uses the other's connection. What the numbered
+// fields mean here is said in telephony.cc.
 
 void Modem::operator()(const share::MasterSlaveShareConfirmReq& request) {
   share::MasterSlaveShareConfirmRsp response;

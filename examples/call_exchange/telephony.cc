@@ -37,8 +37,7 @@ namespace share = ::virtualdata::proto;
 constexpr const char* kNumber = "+861012345678";
 constexpr const char* kSecondNumber = "+861087654321";
 
-// ---- A call from dialing to its end, and messages that cannot be used or are not wholly known
-// -------
+// ---- A call, and messages that cannot be used or are not wholly known ---------------------------
 
 Dial DialTo(const std::string& number) {
   Dial dial;
@@ -96,8 +95,7 @@ void PlayCall(Telephony& telephony) {
   MeetNewerPeer(telephony);
 }
 
-// ---- What the telephony side asks for when it starts
-// -------------------------------------------------
+// ---- What the telephony side asks for when it starts --------------------------------------------
 
 void PlayStatus(Telephony& telephony) {
   telephony.Ask<IccCardStatusResponse>(Operation::kCardStatus);
