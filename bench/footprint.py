@@ -14,7 +14,7 @@ import sys
 import tempfile
 import time
 
-LOADS = 3  # of each library
+LOADS = 25  # of each library
 
 
 def run(*command) -> str:
