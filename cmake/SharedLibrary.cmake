@@ -3,7 +3,7 @@
 #
 # What each flag is worth is the median of scripts/bench and scripts/footprint with and without it,
 # on x86-64 with g++ 12: time of encode and decode over the four messages of docs/performance.md,
-# dlopen with all symbols bound, stripped size. That page also lists rejected options.
+# dlopen with all symbols bound, stripped size. bench/README.md lists rejected options.
 include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 
