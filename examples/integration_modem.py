@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """A modem for integration_client to talk to, with the faults that a client must bear.
 
-Usage: integration_modem.py DESCRIPTOR_SET CLIENT [ARGUMENT...]
+Usage: integration_modem.py CLIENT [ARGUMENT...]
 
-Starts CLIENT with the path of a socket and the arguments, and ends with its status.
+Starts CLIENT with the path of a socket and the arguments, and ends with its status. The Python package
+virtual_modem is on the module path.
 """
 import pathlib
 import socket
@@ -11,31 +12,17 @@ import subprocess
 import sys
 import tempfile
 
-from google.protobuf import descriptor_pb2, descriptor_pool, message_factory
+import virtual_modem
 
 CURRENT_CALLS, CALL_STATE_CHANGED, LAST_CALL_FAIL_CAUSE = 3, 4, 5
 PATIENCE = 30  # seconds for what the client has to do
 
 
-class Types:
-    """Classes of the messages by name, out of the descriptor set."""
-
-    def __init__(self, descriptor_set):
-        self.pool = descriptor_pool.DescriptorPool()
-        with open(descriptor_set, "rb") as stream:
-            for file in descriptor_pb2.FileDescriptorSet.FromString(stream.read()).file:
-                self.pool.Add(file)
-        self.factory = message_factory.MessageFactory(self.pool)
-
-    def __getitem__(self, name):
-        return self.factory.GetPrototype(self.pool.FindMessageTypeByName(name))
-
-
 class Modem:
     """The modem's end of one connection: packets as the client's WriteFrame() makes them."""
 
-    def __init__(self, types, link):
-        self.types, self.link = types, link
+    def __init__(self, link):
+        self.link = link
 
     def receive(self, name, operation=0):
         """The next message, which must be of this type and operation."""
@@ -44,10 +31,10 @@ class Modem:
         got = packet[8:at].decode(), packet[2]
         assert got == (name, operation), f"{got} instead of {(name, operation)}"
         assert int.from_bytes(packet[4:8], "big") == len(packet) - at
-        return self.types[name].FromString(packet[at:])
+        return virtual_modem.TYPES[name].FromString(packet[at:])
 
     def send(self, name, operation=0, partial=False, **fields):
-        message = self.types[name](platformtype=1, **fields)
+        message = virtual_modem.TYPES[name](platformtype=1, **fields)
         self.send_bytes(name, operation,
                         message.SerializePartialToString() if partial
                         else message.SerializeToString())
@@ -97,9 +84,8 @@ def play(modem):
                serial=modem.receive("NoParmRequest", LAST_CALL_FAIL_CAUSE).serial)
 
 
-def run(descriptor_set, command, script=play, **options):
+def run(command, script=play, **options):
     """Starts the client against the script; the finished process."""
-    types = Types(descriptor_set)
     with tempfile.TemporaryDirectory() as scratch, \
             socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as listener:
         path = str(pathlib.Path(scratch, "modem"))
@@ -110,12 +96,12 @@ def run(descriptor_set, command, script=play, **options):
             link, _ = listener.accept()
             with link:
                 link.settimeout(PATIENCE)
-                script(Modem(types, link))
+                script(Modem(link))
             output, errors = client.communicate()
     return subprocess.CompletedProcess(command, client.returncode, output, errors)
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 4:
+    if len(sys.argv) < 2:
         sys.exit(__doc__)
-    sys.exit(run(sys.argv[1], sys.argv[2:]).returncode)
+    sys.exit(run(sys.argv[1:]).returncode)

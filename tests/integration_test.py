@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The client of docs/integration.md against its modem, and the page against the client.
 
-Usage: integration_test.py DESCRIPTOR_SET CLIENT [INSPECTOR]
+Usage: integration_test.py CLIENT [INSPECTOR]
 """
 import pathlib
 import re
@@ -14,14 +14,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "examples"))
 import integration_modem as modem  # pylint: disable=wrong-import-position
 
-DESCRIPTOR_SET, CLIENT, *INSPECTOR = sys.argv[1:]
+CLIENT, *INSPECTOR = sys.argv[1:]
 PAGE = (ROOT / "docs/integration.md").read_text(encoding="utf-8")
 NUMBER = "+861012345678"
 
 
 def run(*arguments, script=modem.play):
-    return modem.run(DESCRIPTOR_SET, [CLIENT, *arguments], script,
-                     stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    return modem.run([CLIENT, *arguments], script, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 
 class Client(unittest.TestCase):

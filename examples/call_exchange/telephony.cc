@@ -102,8 +102,9 @@ void PlayStatus(Telephony& telephony) {
   telephony.Ask<GetSignalStrengthResponse>(Operation::kSignalStrength);
 }
 
-// ---- A short message over GSM; one over IMS in CDMA form, whose answer comes in and is
-// acknowledged --
+// ---- Short messages -----------------------------------------------------------------------------
+
+// One over GSM; one over IMS in CDMA form, whose reply comes in and is acknowledged.
 
 void SendOverGsm(Telephony& telephony) {
   SendGSMSms sms;
@@ -148,8 +149,7 @@ void PlaySms(Telephony& telephony) {
   telephony.Ask<NoResultResponse>(ack);
 }
 
-// ---- An IMS call that moves from LTE to Wi-Fi, and its merge with a second one into a conference
-// -----
+// ---- An IMS call that moves from LTE to Wi-Fi, then merges with a second one --------------------
 
 int DialIms(Telephony& telephony, const std::string& number) {
   telephony.Ask<NoResultResponse>(DialTo(number), Operation::kImsCall);
@@ -192,10 +192,11 @@ void PlayIms(Telephony& telephony) {
   }
 }
 
-// ---- A master, played by this side, shares its data connection with a slave until it takes it
-// back --- The fields are numbered, not named: two devices agree on their meaning. Agreed here:
-// value1 is the share; the three lists are addresses, DNS servers and gateways; the rest is said
-// where it is set.
+// ---- Data sharing -------------------------------------------------------------------------------
+
+// This side plays the master, which shares its data connection with a slave until it takes it back.
+// The fields are numbered, not named: two devices agree on their meaning. Agreed here: value1 is the
+// share; the three lists are addresses, DNS servers and gateways; the rest is said where it is set.
 
 constexpr int kShare = 1;
 constexpr int kDataCall = 1;
