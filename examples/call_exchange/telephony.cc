@@ -195,8 +195,9 @@ void PlayIms(Telephony& telephony) {
 // ---- Data sharing -------------------------------------------------------------------------------
 
 // This side plays the master, which shares its data connection with a slave until it takes it back.
-// The fields are numbered, not named: two devices agree on their meaning. Agreed here: value1 is the
-// share; the three lists are addresses, DNS servers and gateways; the rest is said where it is set.
+// The fields are numbered, not named: two devices agree on their meaning. Agreed here: value1 is
+// the share; the three lists are addresses, DNS servers and gateways; the rest is said where it is
+// set.
 
 constexpr int kShare = 1;
 constexpr int kDataCall = 1;
