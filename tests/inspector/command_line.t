@@ -18,7 +18,7 @@
   virtual-modem-inspect: --to excludes --capture (see --help)
   virtual-modem-inspect: diff takes [TYPE] LEFT RIGHT (see --help)
   virtual-modem-inspect: --trust-type requires --redact (see --help)
-  virtual-modem-inspect: two messages of type Hangup are two files: Hangup LEFT RIGHT (see --help)
+  virtual-modem-inspect: to compare two messages of type Hangup, name two files: Hangup LEFT RIGHT (see --help)
   virtual-modem-inspect: only one side can be read from - (see --help)
   virtual-modem-inspect: --from is for two messages of a type (see --help)
   [2]

@@ -43,7 +43,7 @@ What there is none of:
   >   inspect describe -- "$what"
   > done
   virtual-modem-inspect: nothing is called RADIO_E_SIM_BUZY; did you mean RADIO_E_SIM_BUSY, RADIO_E_SIM_FULL or RADIO_E_SIM_PUK2?
-  virtual-modem-inspect: 123456 is a value of none of the 53 enumerations
+  virtual-modem-inspect: 123456 is not a value of any of the 53 enumerations
   virtual-modem-inspect: nothing is called 99999999999
   virtual-modem-inspect: nothing is called Dial.; did you mean Dial, Dial.address or Dial.clir?
   virtual-modem-inspect: nothing is called Dial.clr; did you mean Dial.clir?
@@ -52,9 +52,9 @@ What there is none of:
   virtual-modem-inspect: nothing is called Dial[.clir; did you mean Dial.clir?
   virtual-modem-inspect: nothing is called 0x-1
   virtual-modem-inspect: nothing is called 2147483648
-  virtual-modem-inspect: -2147483648 is a value of none of the 53 enumerations
+  virtual-modem-inspect: -2147483648 is not a value of any of the 53 enumerations
   virtual-modem-inspect: nothing is called fa80
-  virtual-modem-inspect: BUZY is a value of none of the 4 enumerations that cause can be; did you mean BUSY?
+  virtual-modem-inspect: BUZY is not a value of any of the 4 enumerations that cause can be; did you mean BUSY?
   virtual-modem-inspect: nothing is called rat.x
   [1]
 

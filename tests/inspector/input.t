@@ -119,11 +119,11 @@ What cannot be told for sure is refused, with the way out:
   hex whose bytes are unclear: line 1: numbers of 2 bytes, in an order that the dump does not show (xxd without -e and -g, hexdump -C and od -tx1 write bytes)
   hex whose bytes are unclear: line 2: no offset, as the lines before it have
   hex whose bytes are unclear: line 2: the offset 0008 does not follow the 4 bytes before it
-  a list of numbers in which -129 is no byte
+  a list of numbers in which -129 is not a byte
   text that is neither hex (line 1, column 3) nor base64, a string with escapes, a list of numbers or a line with 4 bytes of hex; if it is the message itself, say --from binary
   $ for form in string array log hex base64; do echo '!' | inspect decode --from $form Hangup; done
   virtual-modem-inspect: standard input: no string in quotes
-  virtual-modem-inspect: standard input: not a list of the numbers of bytes in brackets or braces
+  virtual-modem-inspect: standard input: not a list of bytes, as numbers in brackets or braces
   virtual-modem-inspect: standard input: no line has 4 bytes of hex
   virtual-modem-inspect: standard input: not hex: line 1, column 1
   virtual-modem-inspect: standard input: not base64

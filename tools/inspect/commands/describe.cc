@@ -182,7 +182,7 @@ bool DescribePair(const Schema& schema, const std::string& name, const std::stri
   }
   throw Error(value +
               (types.size() == 1 ? " is not a value of " + types.front()->full_name()
-                                 : " is a value of none of the " + std::to_string(types.size()) +
+                                 : " is not a value of any of the " + std::to_string(types.size()) +
                                        " enumerations that " + name + " can be") +
               (ParseNumber(value) ? "" : DidYouMean(value, names)));
 }
@@ -227,7 +227,7 @@ Status DescribeCommand(Schema& schema, const Options& options) {
   }
   if (DescribeName(schema, what)) return kOk;
   if (ParseNumber(what)) {
-    throw Error(what + " is a value of none of the " + std::to_string(schema.enums().size()) +
+    throw Error(what + " is not a value of any of the " + std::to_string(schema.enums().size()) +
                 " enumerations");
   }
   constexpr std::string_view kBetween = " =:,;";

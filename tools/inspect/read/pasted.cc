@@ -168,7 +168,7 @@ std::optional<std::string> ReadNumbers(std::string_view list, bool& clear) {
       return std::nullopt;
     }
     if (value < -128 || value > 255) {
-      throw Error("a list of numbers in which " + std::string(number) + " is no byte");
+      throw Error("a list of numbers in which " + std::string(number) + " is not a byte");
     }
     clear = clear || number.size() != 2;
     bytes.push_back(static_cast<char>(value));
@@ -390,7 +390,7 @@ std::string ParsePasted(std::string_view text, Encoding encoding, std::string& n
     case Encoding::kArray: {
       bool clear = false;
       if (const auto array = ParseArray(text, clear, note)) return *array;
-      throw Error("not a list of the numbers of bytes in brackets or braces");
+      throw Error("not a list of bytes, as numbers in brackets or braces");
     }
     case Encoding::kLog:
       if (const auto run = ParseLog(text, note)) return *run;
