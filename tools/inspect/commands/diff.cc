@@ -180,8 +180,8 @@ Status DiffCommand(Schema& schema, const Options& options) {
       throw UsageError("--from is for two messages of a type");
     }
     if (access(left_path.c_str(), F_OK) != 0 && schema.FindType(left_path) != nullptr) {
-      throw UsageError("to compare two messages of type " + left_path + ", name two files: " +
-                       left_path + " LEFT RIGHT");
+      throw UsageError("to compare two messages of type " + left_path +
+                       ", name two files: " + left_path + " LEFT RIGHT");
     }
     return DiffRecordings(schema, left_path, right_path, options);
   }
