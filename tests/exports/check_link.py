@@ -6,7 +6,7 @@ Usage: check_link.py LIBRARY SONAME [--packed] [--no-stubs] [--nothing-at-start]
 
 The options name what holds of some builds or libraries only: relocations are packed, no call goes
 through a stub, no static initializer runs, no destructor is left for the end of the process, no
-exception passes through.
+exception passes through, as one does else.
 """
 import argparse
 import re
@@ -68,8 +68,10 @@ def main() -> None:
         expect(size is None or int(size[1]) <= 8, "static initializers run")
     if options.nothing_at_exit:
         expect("__cxa_atexit" not in undefined, "something is left to do at exit")
-    if options.no_exceptions:
-        expect("__gxx_personality_v0" not in undefined, "exceptions pass through it")
+    expect(options.no_exceptions == ("__gxx_personality_v0" not in undefined),
+           "exceptions pass through it" if options.no_exceptions else "exceptions leak or end the process")
+    # The first to ask for the names of an enumeration may be several threads.
+    expect(not own or "__cxa_guard_acquire" in undefined, "statics are initialized without a lock")
     print("\n".join(faults) or f"{len(slots)} addresses of other libraries, all bound at load")
     sys.exit(1 if faults else 0)
 
