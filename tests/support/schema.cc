@@ -12,27 +12,28 @@ struct FieldRow {
   FieldSchema field;
 };
 
-struct ValueRow {
-  std::string_view enumeration;
-  EnumValue value;
+struct SampleRow {
+  std::string_view message;
+  std::string_view MessageSchema::*kind;
+  std::string_view bytes;
 };
 
 #define FIELD(message, number, name, label, kind, type, subscriber_data) \
   {message, {number, name, Label::label, Kind::kind, type, subscriber_data}},
-#define VALUE(enumeration, name, number)
+#define SAMPLE(message, kind, size, bytes)
 constexpr FieldRow kFields[] = {
 #include "schema_table.inc"
 };
 #undef FIELD
-#undef VALUE
+#undef SAMPLE
 
 #define FIELD(message, number, name, label, kind, type, subscriber_data)
-#define VALUE(enumeration, name, number) {enumeration, {name, number}},
-constexpr ValueRow kValues[] = {
+#define SAMPLE(message, kind, size, bytes) {message, &MessageSchema::kind, {bytes, size}},
+constexpr SampleRow kSamples[] = {
 #include "schema_table.inc"
 };
 #undef FIELD
-#undef VALUE
+#undef SAMPLE
 
 }  // namespace
 
@@ -41,18 +42,10 @@ const MessageSchema& SchemaOf(std::string_view message) {
     std::map<std::string_view, MessageSchema> all;
     for (const MessageType& type : AllMessageTypes()) all[type.name].name = type.name;
     for (const FieldRow& row : kFields) all[row.message].fields.push_back(row.field);
+    for (const SampleRow& row : kSamples) all[row.message].*row.kind = row.bytes;
     return all;
   }();
   return messages.at(message);
-}
-
-const EnumSchema& SchemaOfEnum(std::string_view enumeration) {
-  static const auto enums = [] {
-    std::map<std::string_view, EnumSchema> all;
-    for (const ValueRow& row : kValues) all[row.enumeration].values.push_back(row.value);
-    return all;
-  }();
-  return enums.at(enumeration);
 }
 
 }  // namespace virtual_modem::testing

@@ -1,5 +1,5 @@
-// What the schema says of every message and enumeration, as data read from the descriptor set by
-// the full runtime in another process: the expectations of the tests.
+// What the schema says of every message, as data read from the descriptor set by the full runtime
+// in another process, and its golden samples: the expectations of the tests.
 #pragma once
 
 #include <cstdint>
@@ -32,19 +32,11 @@ struct FieldSchema {
 struct MessageSchema {
   std::string_view name;            // full name
   std::vector<FieldSchema> fields;  // in number order
+  std::string_view minimal;         // golden bytes: required fields alone
+  std::string_view full;            // ... and of every field
 };
 
-struct EnumValue {
-  std::string_view name;
-  int number;
-};
-
-struct EnumSchema {
-  std::vector<EnumValue> values;  // in number order
-};
-
-// The message of that full name and the enumeration of that name; abort when there is none.
+// The message of that full name; aborts when there is none.
 const MessageSchema& SchemaOf(std::string_view message);
-const EnumSchema& SchemaOfEnum(std::string_view enumeration);
 
 }  // namespace virtual_modem::testing

@@ -24,19 +24,4 @@ std::string GroupField(int field, std::string_view content) {
   return Tag(field, kStart) + std::string(content) + Tag(field, kEnd);
 }
 
-std::string Fixed32Field(int field) { return Tag(field, kFixed32) + "\1\2\3\4"; }
-std::string Fixed64Field(int field) { return Tag(field, kFixed64) + "\1\2\3\4\5\6\7\10"; }
-
-std::string Hex(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string out;
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!out.empty()) out += ' ';
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 0xf];
-  }
-  return out;
-}
-
 }  // namespace virtual_modem::testing::wire

@@ -20,15 +20,9 @@ enum Type : std::uint8_t {
 std::string Varint(std::uint64_t value);
 std::string Tag(int field, Type type);
 
-// Whole fields. Negative numbers take ten bytes, as in int32 and enumerations; the fixed ones hold
-// some bytes or other.
+// Whole fields. Negative numbers take ten bytes, as in int32 and enumerations.
 std::string VarintField(int field, std::int64_t value);
 std::string BytesField(int field, std::string_view bytes);
 std::string GroupField(int field, std::string_view content);
-std::string Fixed32Field(int field);
-std::string Fixed64Field(int field);
-
-// Two digits a byte, a space between bytes.
-std::string Hex(std::string_view bytes);
 
 }  // namespace virtual_modem::testing::wire
