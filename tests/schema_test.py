@@ -61,7 +61,7 @@ message Order {}
 # What a contributor may add to it by mistake, the line that is named, and what is said of it.
 MISTAKES = [
     ("// Sent to no end.\nmessage Unkind {}", "message Unkind",
-     "Unkind: its comment begins with no kind; let the first word be Request, "),
+     "Unkind: its comment does not name its kind; begin it with Request, "),
     ("message Silent {}", "message Silent", "Silent: has no comment; say its kind first ("),
     ("enum Still {\n  STILL = 0;  // It is.\n}", "enum Still",
      "Still: has no comment; say what the enumeration tells"),
@@ -70,7 +70,7 @@ MISTAKES = [
     ("// Request. Answered by a Replay.\nmessage Typo {}", "message Typo",
      "Typo: is answered by Replay, which is no message; correct the name"),
     ("// Request to wait.\nmessage Wait {}", "message Wait",
-     "Wait: tells neither its answer nor that the sides agree on it; write 'answered by NAME'"),
+     "Wait: its comment names no answer; write 'answered by NAME' or 'the sides agree on it'"),
     ("// Response to Order.\nmessage Late {}", "message Late",
      "Late: answers Order, whose comment does not say so; write 'answered by Late' there"),
     ("// Record.\nmessage Open {\n  optional int32 open = 1;  // It is.\n}", "int32 open",
@@ -94,9 +94,9 @@ LISTS = {"subscriber_data.txt": "# One a line\na.b.Ask.text # why\na.b.Ask.txt\n
          "not_subscriber_data.txt": "a.b.Ask.moments\na.b.Reply.text\na.b.Ask.kind\na.b.Ask.text\n"}
 LIST_FAULTS = [
     "subscriber_data.txt:3: a.b.Ask.txt: the schema has no such field; correct or delete it",
-    "subscriber_data.txt:4: a.b.Ask.text: stands in subscriber_data.txt:2 already; keep one line",
+    "subscriber_data.txt:4: a.b.Ask.text: is in subscriber_data.txt:2 already; keep one line",
     "not_subscriber_data.txt:3: a.b.Ask.kind: Kind names no one; delete the line",
-    "not_subscriber_data.txt:4: a.b.Ask.text: stands in subscriber_data.txt:2 already; keep one line",
+    "not_subscriber_data.txt:4: a.b.Ask.text: is in subscriber_data.txt:2 already; keep one line",
 ]
 # Breaks of what was released: what is replaced in which unit, and what is said of it.
 BREAKS = [

@@ -57,7 +57,7 @@ class Check:
             self.say(unit.file, line, name, wrong)
 
         if not unit.file.startswith("virtual_modem/"):
-            say("stands outside of virtual_modem/; import units of that folder only")
+            say("is outside virtual_modem/; import units of that folder only")
             return
         if unit.proto.syntax not in ("", "proto2"):
             say(f"its syntax is {unit.proto.syntax}; make it proto2, as the other units are")
@@ -93,7 +93,7 @@ class Check:
         if self.comment(unit, message, f"its kind first ({kinds}), who sends it and what answers it"):
             if not message.kind:
                 self.say(unit.file, message.line, message.name,
-                         f"its comment begins with no kind; let the first word be {kinds}")
+                         f"its comment does not name its kind; begin it with {kinds}")
         for what, there in (("messages, groups or maps", message.proto.nested_type),
                             ("enumerations", message.proto.enum_type),
                             ("extensions", message.proto.extension or message.proto.extension_range),
@@ -119,8 +119,8 @@ class Check:
         if field.default is not None and field.type == "bytes":
             say("bytes take no default here; leave it out")
         if not re.fullmatch("[a-z][a-z0-9]*", field.name) or field.name in CPP_WORDS:
-            say("name fields in lower-case letters and digits, without separators, and not as C++ "
-                "names something of its own")
+            say("name fields in lower-case letters and digits, without separators, and not by a word "
+                "of C++")
         if len(field.name) > LONGEST_NAME:
             say(f"its name has over {LONGEST_NAME} letters, which the tables do not hold; shorten it")
 
@@ -147,8 +147,7 @@ class Check:
                     say(f"is answered by {name}, whose comment does not say so; name {message.name} "
                         f"in the comment of {name}")
             if message.kind == "request" and not named and not AGREED.search(message.words):
-                say("tells neither its answer nor that the sides agree on it; write 'answered by "
-                    "NAME' or 'the sides agree on it'")
+                say("its comment names no answer; write 'answered by NAME' or 'the sides agree on it'")
             if message.kind == "response":
                 for name in schema.ANSWERS.findall(message.words):
                     if name in by_name and name not in message.answers:
@@ -162,7 +161,7 @@ class Check:
             file = f"virtual_modem/{list_name}"
             for line, name in schema.read_list(self.folder / file):
                 if name in places:
-                    self.say(file, line, name, f"stands in {places[name]} already; keep one line")
+                    self.say(file, line, name, f"is in {places[name]} already; keep one line")
                 elif name not in fields:
                     self.say(file, line, name, "the schema has no such field; correct or delete it")
                 elif fields[name][1].type not in DECIDED:

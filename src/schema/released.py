@@ -110,8 +110,8 @@ def main() -> None:
     parser.add_argument("--released", type=pathlib.Path, default=ROOT / "proto" / "released.txt",
                         help="what was promised (default: proto/released.txt)")
     parser.add_argument("--accept", action="store_true",
-                        help="write that file anew, breaks included: for a release, or a break meant "
-                        "as one")
+                        help="write that file anew, breaks included: for a release, or after an "
+                        "intended break")
     options = parser.parse_args()
 
     protos = sorted(str(path.relative_to(options.proto)) for path in options.proto.rglob("*.proto"))
