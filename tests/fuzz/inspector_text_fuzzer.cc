@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,7 @@
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/read/pasted.h"
-#include "inspect/read/text_log.h"
+#include "inspect/read/recording.h"
 #include "work.h"
 
 namespace virtual_modem::inspect {
@@ -26,10 +27,10 @@ void Read(Schema& schema, unsigned type, unsigned reader, std::string_view text)
     ParsePasted(text, static_cast<Encoding>(reader - 2), note);
   } else {
     ByteStream stream(text, "log");
-    TextLogReader log(schema, stream);
+    const std::unique_ptr<Traffic> log = ReadLog(schema, stream);
     Record record;
     std::int64_t last = 0;
-    while (log.Next(record)) {
+    while (log->Next(record)) {
       FUZZ_CHECK(record.number > last, "every line once");
       FUZZ_CHECK(record.time >= kNoTime && !record.time_text.empty(), "time");
       last = record.number;

@@ -12,7 +12,7 @@
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
-#include "inspect/read/capture.h"
+#include "inspect/read/recording.h"
 #include "inspect/read/hex.h"
 #include "inspect/read/text_form.h"
 #include "inspect/show/file_to_write.h"

@@ -30,15 +30,13 @@ Status MaskCaptures(Schema& schema, const Options& options) {
   const std::vector<std::string> from(options.words.begin(), options.words.end() - 1);
   const std::string& to = options.words.back();
   Recording recording(schema, from);
-  const CaptureForm form = recording.Form();
-  if (form == CaptureForm::kNoCapture) {
+  const auto resolution = recording.Resolution();
+  if (!resolution) {
     throw Error(DisplayName(from.front()) + ": not a capture; one message needs --type");
   }
-  const auto resolution = form == CaptureForm::kNanoseconds ? capture::Resolution::kNanoseconds
-                                                            : capture::Resolution::kMicroseconds;
   FileToWrite file(to);
   std::string out;
-  capture::AppendFileHeader(resolution, out);
+  capture::AppendFileHeader(*resolution, out);
   Record record;
   std::int64_t emptied = 0;
   while (recording.Next(record)) {
@@ -46,7 +44,7 @@ Status MaskCaptures(Schema& schema, const Options& options) {
     if (record.name.empty()) continue;  // whatever it is, it names no type
     file.Write(out);
     out.clear();
-    AppendRecord(record, MaskedFrame(schema, record), resolution, to, out);
+    AppendRecord(record, MaskedFrame(schema, record), *resolution, to, out);
   }
   file.Write(out);
   file.Keep();

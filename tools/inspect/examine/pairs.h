@@ -10,7 +10,7 @@
 #include <unordered_map>
 
 #include "inspect/examine/glance.h"
-#include "inspect/read/traffic.h"
+#include "inspect/read/recording.h"
 
 namespace virtual_modem::inspect {
 

@@ -1,13 +1,13 @@
-#include "inspect/read/capture.h"
-
 #include <pcap/pcap.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <memory>
 
 #include "inspect/error.h"
+#include "inspect/read/recording.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -98,94 +98,101 @@ void ReadFrame(const Schema& schema, std::string_view frame, std::size_t lost, R
   }
 }
 
+class CaptureReader : public Traffic {
+ public:
+  CaptureReader(const Schema& schema, ByteStream& stream) : schema_(schema), stream_(stream) {
+    cookie_io_functions_t functions{};
+    functions.read = ReadCookie;
+    std::FILE* file = fopencookie(this, "rb", functions);
+    if (file == nullptr) throw Error(stream.name() + ": " + std::strerror(errno));
+    std::setvbuf(file, nullptr, _IOFBF, 1U << 17U);
+    char why[PCAP_ERRBUF_SIZE] = "";
+    capture_.reset(pcap_fopen_offline_with_tstamp_precision(file, PCAP_TSTAMP_PRECISION_NANO, why));
+    if (capture_ == nullptr) {
+      std::fclose(file);
+      Fail(why);
+    }
+    link_header_ = LinkHeader(capture_.get(), stream.name());
+  }
+
+  bool Next(Record& record) override {
+    for (;;) {
+      pcap_pkthdr* header = nullptr;
+      const u_char* data = nullptr;
+      const int result = pcap_next_ex(capture_.get(), &header, &data);
+      if (result == PCAP_ERROR_BREAK && stream_error_.empty()) return false;
+      if (result != 1) {
+        Fail("broken after packet " + std::to_string(number_) + ": " + pcap_geterr(capture_.get()));
+      }
+      ++number_;
+      std::string_view packet(reinterpret_cast<const char*>(data), header->caplen);
+      packet.remove_prefix(std::min(link_header_, packet.size()));
+      const std::size_t lost = header->len > header->caplen ? header->len - header->caplen : 0;
+      std::string_view frame;
+      if (!ReadDatagram(packet, record.direction, frame)) {
+        ++foreign_;
+        continue;
+      }
+      ReadFrame(schema_, frame, lost, record);
+      record.number = number_;
+      std::int64_t seconds = header->ts.tv_sec;
+      // Seconds of pcap have 32 bits, which libpcap takes for signed ones.
+      if (pcap_major_version(capture_.get()) == PCAP_VERSION_MAJOR) {
+        seconds = static_cast<std::uint32_t>(seconds);
+      }
+      record.time = NanosecondsSince1970(seconds, header->ts.tv_usec);
+      record.time_text = record.time == kNoTime ? "-" : "";
+      return true;
+    }
+  }
+
+  std::string PassedOver() const override {
+    if (foreign_ == 0) return "";
+    return "packets between other ports: " + std::to_string(foreign_);
+  }
+
+ private:
+  // Called from C, through which nothing may be thrown.
+  static ssize_t ReadCookie(void* cookie, char* to, std::size_t size) {
+    auto& reader = *static_cast<CaptureReader*>(cookie);
+    try {
+      return static_cast<ssize_t>(reader.stream_.Read(to, size));
+    } catch (const std::exception& error) {
+      reader.stream_error_ = error.what();
+      errno = EIO;
+      return -1;
+    }
+  }
+
+  [[noreturn]] void Fail(const std::string& why) const {
+    throw Error(stream_error_.empty() ? stream_.name() + ": " + why : stream_error_);
+  }
+
+  const Schema& schema_;
+  ByteStream& stream_;
+  std::string stream_error_;
+  std::unique_ptr<pcap, decltype(&pcap_close)> capture_{nullptr, pcap_close};
+  std::size_t link_header_ = 0;
+  std::int64_t number_ = 0;
+  std::int64_t foreign_ = 0;
+};
+
 }  // namespace
 
-CaptureForm FormOf(ByteStream& stream) {
+std::optional<capture::Resolution> ResolutionOf(ByteStream& stream) {
   const std::string_view begin = stream.Peek(4);
   for (const std::string_view magic : {"\xA1\xB2\xC3\xD4", "\xD4\xC3\xB2\xA1"}) {
-    if (begin == magic) return CaptureForm::kMicroseconds;
+    if (begin == magic) return capture::Resolution::kMicroseconds;
   }
   for (const std::string_view magic :
        {"\xA1\xB2\x3C\x4D", "\x4D\x3C\xB2\xA1", "\x0A\x0D\x0D\x0A"}) {  // the last is pcapng's
-    if (begin == magic) return CaptureForm::kNanoseconds;
+    if (begin == magic) return capture::Resolution::kNanoseconds;
   }
-  return CaptureForm::kNoCapture;
+  return std::nullopt;
 }
 
-CaptureReader::CaptureReader(const Schema& schema, ByteStream& stream)
-    : schema_(schema), stream_(stream) {
-  cookie_io_functions_t functions{};
-  functions.read = ReadCookie;
-  std::FILE* file = fopencookie(this, "rb", functions);
-  if (file == nullptr) throw Error(stream.name() + ": " + std::strerror(errno));
-  std::setvbuf(file, nullptr, _IOFBF, 1U << 17U);
-  char why[PCAP_ERRBUF_SIZE] = "";
-  capture_ = pcap_fopen_offline_with_tstamp_precision(file, PCAP_TSTAMP_PRECISION_NANO, why);
-  if (capture_ == nullptr) {
-    std::fclose(file);
-    throw Error(stream_error_.empty() ? stream.name() + ": " + why : stream_error_);
-  }
-  try {
-    link_header_ = LinkHeader(capture_, stream.name());
-  } catch (const Error&) {
-    pcap_close(capture_);
-    throw;
-  }
-}
-
-CaptureReader::~CaptureReader() { pcap_close(capture_); }
-
-// Called from C, through which nothing may be thrown.
-ssize_t CaptureReader::ReadCookie(void* cookie, char* to, std::size_t size) {
-  auto& reader = *static_cast<CaptureReader*>(cookie);
-  try {
-    return static_cast<ssize_t>(reader.stream_.Read(to, size));
-  } catch (const std::exception& error) {
-    reader.stream_error_ = error.what();
-    errno = EIO;
-    return -1;
-  }
-}
-
-bool CaptureReader::Next(Record& record) {
-  for (;;) {
-    pcap_pkthdr* header = nullptr;
-    const u_char* data = nullptr;
-    const int result = pcap_next_ex(capture_, &header, &data);
-    if (result == PCAP_ERROR_BREAK) {
-      if (!stream_error_.empty()) throw Error(stream_error_);
-      return false;
-    }
-    if (result != 1) {
-      throw Error(stream_error_.empty() ? stream_.name() + ": broken after packet " +
-                                              std::to_string(number_) + ": " + pcap_geterr(capture_)
-                                        : stream_error_);
-    }
-    ++number_;
-    std::string_view packet(reinterpret_cast<const char*>(data), header->caplen);
-    packet.remove_prefix(std::min(link_header_, packet.size()));
-    const std::size_t lost = header->len > header->caplen ? header->len - header->caplen : 0;
-    std::string_view frame;
-    if (!ReadDatagram(packet, record.direction, frame)) {
-      ++foreign_;
-      continue;
-    }
-    ReadFrame(schema_, frame, lost, record);
-    record.number = number_;
-    std::int64_t seconds = header->ts.tv_sec;
-    // Seconds of pcap have 32 bits, which libpcap takes for signed ones.
-    if (pcap_major_version(capture_) == PCAP_VERSION_MAJOR) {
-      seconds = static_cast<std::uint32_t>(seconds);
-    }
-    record.time = NanosecondsSince1970(seconds, header->ts.tv_usec);
-    record.time_text = record.time == kNoTime ? "-" : "";
-    return true;
-  }
-}
-
-std::string CaptureReader::PassedOver() const {
-  if (foreign_ == 0) return "";
-  return "packets between other ports: " + std::to_string(foreign_);
+std::unique_ptr<Traffic> ReadCapture(const Schema& schema, ByteStream& stream) {
+  return std::make_unique<CaptureReader>(schema, stream);
 }
 
 void AppendRecord(const Record& record, std::string_view bytes, capture::Resolution resolution,

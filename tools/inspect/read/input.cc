@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "inspect/error.h"
-#include "inspect/read/capture.h"
+#include "inspect/read/recording.h"
 #include "inspect/show/terminal.h"
 
 namespace virtual_modem::inspect {
@@ -56,7 +56,7 @@ std::string ReadBytes(const Source& source, bool* as_is) {
 }
 
 void RefuseCapture(ByteStream& stream) {
-  if (FormOf(stream) == CaptureForm::kNoCapture) return;
+  if (!ResolutionOf(stream)) return;
   throw Error(stream.name() + ": a capture; use the command log");
 }
 

@@ -5,7 +5,6 @@
 
 #include "inspect/error.h"
 #include "inspect/read/input.h"
-#include "inspect/read/text_log.h"
 
 namespace virtual_modem::inspect {
 
@@ -24,11 +23,7 @@ bool Recording::Next(Record& record) {
   for (; at_ < streams_.size(); ++at_) {
     ByteStream& stream = *streams_[at_];
     if (!traffic_) {
-      if (FormOf(stream) == CaptureForm::kNoCapture) {
-        traffic_ = std::make_unique<TextLogReader>(schema_, stream);
-      } else {
-        traffic_ = std::make_unique<CaptureReader>(schema_, stream);
-      }
+      traffic_ = ResolutionOf(stream) ? ReadCapture(schema_, stream) : ReadLog(schema_, stream);
     }
     if (traffic_->Next(record)) {
       ++messages_;
@@ -42,12 +37,12 @@ bool Recording::Next(Record& record) {
   return false;
 }
 
-CaptureForm Recording::Form() {
-  CaptureForm finest = CaptureForm::kMicroseconds;
+std::optional<capture::Resolution> Recording::Resolution() {
+  auto finest = capture::Resolution::kMicroseconds;
   for (const auto& stream : streams_) {
-    const CaptureForm form = FormOf(*stream);
-    if (form == CaptureForm::kNoCapture) return form;
-    finest = std::max(finest, form);
+    const auto resolution = ResolutionOf(*stream);
+    if (!resolution) return std::nullopt;
+    finest = std::max(finest, *resolution);
   }
   return finest;
 }

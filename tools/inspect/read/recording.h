@@ -1,15 +1,66 @@
-// Captures and logs, one after another as one recording.
+// Messages with their time, direction and type: what captures and logs hold, one after another as
+// one recording.
 #pragma once
+
+#include <virtual_modem/frame.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "inspect/read/capture.h"
+#include "capture/file.h"
+#include "inspect/read/byte_stream.h"
+#include "inspect/schema/schema.h"
 
 namespace virtual_modem::inspect {
+
+constexpr std::int64_t kNoTime = -1;
+
+// kNoTime for what nanoseconds in 64 bits cannot count.
+constexpr std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  if (seconds < 0 || seconds >= INT64_MAX / kSecond) return kNoTime;
+  return seconds * kSecond + nanoseconds;
+}
+
+// One message. What it refers to is valid until the next one is read.
+struct Record {
+  std::int64_t number = 0;     // of the packet or line, from 1
+  std::int64_t time = 0;       // nanoseconds since 1970, or as far as a log tells, or kNoTime
+  std::string_view time_text;  // as a log writes it, "-" for kNoTime; empty in captures
+  Direction direction = Direction::kToModem;
+  unsigned operation = 0;  // of the frame, 0 when the log does not tell
+  std::string_view name;   // of the type; not to be trusted when type is null
+  const TypeInfo* type = nullptr;
+  std::string_view bytes;
+  std::string problem;  // why the message is not whole, empty when it is
+};
+
+// The messages of one file.
+class Traffic {
+ public:
+  virtual ~Traffic() = default;
+  // False at the end. Throws Error.
+  virtual bool Next(Record& record) = 0;
+  // What was passed over, and how much of it; empty for nothing.
+  virtual std::string PassedOver() const = 0;
+};
+
+// The resolution of the times in a capture, by its first bytes; nothing when it is none.
+std::optional<capture::Resolution> ResolutionOf(ByteStream& stream);
+
+// A capture of the messages' frames, read by libpcap; docs/captures.md describes the format. Schema
+// and stream must outlive what is returned.
+std::unique_ptr<Traffic> ReadCapture(const Schema& schema, ByteStream& stream);
+
+// A log with one message a line: the name of its type, then its bytes in hex or its text. Such
+// lines are written by this program, by callers of ToText() and by people, with anything around.
+std::unique_ptr<Traffic> ReadLog(const Schema& schema, ByteStream& stream);
 
 class Recording {
  public:
@@ -22,8 +73,8 @@ class Recording {
   // What the record refers to is valid until the next call. False at the end. Throws Error.
   bool Next(Record& record);
 
-  // The finest form of the files, kNoCapture when one is none. To be called before Next().
-  CaptureForm Form();
+  // The finest resolution of the files; nothing when one is no capture. To be called before Next().
+  std::optional<capture::Resolution> Resolution();
 
   // The name for error messages.
   std::string names() const;
@@ -43,5 +94,10 @@ class Recording {
   std::int64_t messages_ = 0;
   std::vector<std::pair<std::string, std::string>> passed_over_;  // by name of the file
 };
+
+// Appends a record to what goes into a capture; a record without a type keeps its name. Throws
+// Error that names the file when the message is too large.
+void AppendRecord(const Record& record, std::string_view bytes, capture::Resolution resolution,
+                  const std::string& file, std::string& out);
 
 }  // namespace virtual_modem::inspect

@@ -1,5 +1,3 @@
-#include "inspect/read/text_log.h"
-
 #include <algorithm>
 #include <charconv>
 #include <ctime>
@@ -9,6 +7,7 @@
 #include "inspect/error.h"
 #include "inspect/read/hex.h"
 #include "inspect/read/pasted.h"
+#include "inspect/read/recording.h"
 #include "inspect/read/text_form.h"
 #include "text/walk.h"
 
@@ -80,10 +79,8 @@ std::string Problem(std::string_view comment) {
   return ours ? std::string(comment.substr(0, comment.find("; "))) : "";
 }
 
-}  // namespace
-
 // The name of a type in a line, and what stands around it.
-struct TextLogReader::Header {
+struct Header {
   const TypeInfo* type = nullptr;
   std::size_t begin = 0;  // of the name
   std::size_t end = 0;    // of it and of what belongs to it
@@ -123,192 +120,211 @@ struct TextLogReader::Header {
   }
 };
 
-bool TextLogReader::NextLine() {
-  for (;;) {
-    const std::size_t end = buffer_.find('\n', begin_);
-    if (end != std::string::npos || buffer_.size() - begin_ >= kMaxLine) {
-      const std::size_t size = std::min(end - begin_, kMaxLine);
-      line_ = std::string_view(buffer_).substr(begin_, size);
-      begin_ += size + (end != std::string::npos && size == end - begin_ ? 1 : 0);
-      return true;
-    }
-    buffer_.erase(0, begin_);
-    begin_ = 0;
-    const std::size_t old = buffer_.size();
-    constexpr std::size_t kBlock = 1U << 16U;
-    buffer_.resize(old + kBlock);
-    const std::size_t count = stream_.Read(&buffer_[old], kBlock);
-    buffer_.resize(old + count);
-    if (count == 0) {
-      line_ = buffer_;
-      begin_ = buffer_.size();
-      return !line_.empty();
-    }
-  }
-}
+class TextLogReader : public Traffic {
+ public:
+  TextLogReader(const Schema& schema, ByteStream& stream) : schema_(schema), stream_(stream) {}
 
-bool TextLogReader::Next(Record& record) {
-  while (NextLine()) {
-    ++number_;
-    if (ReadLine(record)) return true;
-    if (!Trim(line_).empty()) ++other_lines_;
+  bool Next(Record& record) override {
+    while (NextLine()) {
+      ++number_;
+      if (ReadLine(record)) return true;
+      if (!Trim(line_).empty()) ++other_lines_;
+    }
+    return false;
   }
-  return false;
-}
 
-bool TextLogReader::ReadLine(Record& record) {
-  Header first;
-  Header header;
-  int tries = 0;
-  bool direct = true;  // no word stands after the header
-  record.problem.clear();
-  for (std::size_t at = 0; at < line_.size();) {
-    const std::string_view word = TakeWord(line_, at);
-    const std::size_t begin = at - word.size();
-    std::string_view rest = line_.substr(at);
-    if (const TypeInfo* type = schema_.FindType(word)) {
-      header = Header(type, line_, begin, at);
-      at = header.end;
-      rest = TrimLeft(line_.substr(at));
-      direct = true;
-      if (first.type == nullptr) first = header;
-      if (!header.known || !(rest.empty() || rest[0] == '#' || (rest[0] == '(' && header.sized))) {
-        continue;
+  std::string PassedOver() const override {
+    if (other_lines_ == 0) return "";
+    return "lines without the type and the content of a message: " + std::to_string(other_lines_);
+  }
+
+ private:
+  bool NextLine() {
+    for (;;) {
+      const std::size_t end = buffer_.find('\n', begin_);
+      if (end != std::string::npos || buffer_.size() - begin_ >= kMaxLine) {
+        const std::size_t size = std::min(end - begin_, kMaxLine);
+        line_ = std::string_view(buffer_).substr(begin_, size);
+        begin_ += size + (end != std::string::npos && size == end - begin_ ? 1 : 0);
+        return true;
       }
-      bytes_.clear();  // a message without fields
-      record.problem = Problem(rest);
-      return Fill(header, record);
+      buffer_.erase(0, begin_);
+      begin_ = 0;
+      const std::size_t old = buffer_.size();
+      constexpr std::size_t kBlock = 1U << 16U;
+      buffer_.resize(old + kBlock);
+      const std::size_t count = stream_.Read(&buffer_[old], kBlock);
+      buffer_.resize(old + count);
+      if (count == 0) {
+        line_ = buffer_;
+        begin_ = buffer_.size();
+        return !line_.empty();
+      }
     }
-    // A client's remark on a message that it passed over.
-    if (word == "ignored" && header.type == nullptr && rest.substr(0, 1) == ":") return false;
-    if (word.empty() || header.type == nullptr || tries == kTries) continue;
-    direct = direct || header.known;
-    if ((direct || !IsDigit(word[0])) && IsField(*header.type->type, word, rest)) {
-      ++tries;
-      if (ReadText(header, line_.substr(begin), direct, record)) return true;
-    }
-    direct = direct && !HasLetters(word);
   }
-  return first.type != nullptr && !first.sized && ReadHex(first, record);
-}
 
-bool TextLogReader::ReadText(const Header& header, std::string_view text, bool direct,
-                             Record& record) {
-  const TextForm form = TakeTextForm(text);
-  if (form.fields == 0 && !form.cut) return false;
-  const std::unique_ptr<Message> message(factory_.GetPrototype(header.type->type)->New());
-  if (!ParseText(form.text, true, *message).empty()) return false;
-  // Of words that stand between, only a whole message tells that they are about it.
-  if (!direct && (form.cut || !message->IsInitialized())) return false;
-  bytes_ = message->SerializePartialAsString();
-  record.problem = form.cut ? kBeginningOnly : Problem(text.substr(form.end));
-  return Fill(header, record);
-}
+  bool ReadLine(Record& record) {
+    Header first;
+    Header header;
+    int tries = 0;
+    bool direct = true;  // no word stands after the header
+    record.problem.clear();
+    for (std::size_t at = 0; at < line_.size();) {
+      const std::string_view word = TakeWord(line_, at);
+      const std::size_t begin = at - word.size();
+      std::string_view rest = line_.substr(at);
+      if (const TypeInfo* type = schema_.FindType(word)) {
+        header = Header(type, line_, begin, at);
+        at = header.end;
+        rest = TrimLeft(line_.substr(at));
+        direct = true;
+        if (first.type == nullptr) first = header;
+        if (!header.known ||
+            !(rest.empty() || rest[0] == '#' || (rest[0] == '(' && header.sized))) {
+          continue;
+        }
+        bytes_.clear();  // a message without fields
+        record.problem = Problem(rest);
+        return Fill(header, record);
+      }
+      // A client's remark on a message that it passed over.
+      if (word == "ignored" && header.type == nullptr && rest.substr(0, 1) == ":") return false;
+      if (word.empty() || header.type == nullptr || tries == kTries) continue;
+      direct = direct || header.known;
+      if ((direct || !IsDigit(word[0])) && IsField(*header.type->type, word, rest)) {
+        ++tries;
+        if (ReadText(header, line_.substr(begin), direct, record)) return true;
+      }
+      direct = direct && !HasLetters(word);
+    }
+    return first.type != nullptr && !first.sized && ReadHex(first, record);
+  }
 
-// Takes the longest run of hex after the first name for a message of the type named last before it.
-bool TextLogReader::ReadHex(Header header, Record& record) {
-  const std::string_view rest = line_.substr(header.end);
-  std::size_t begin = 0;
-  std::size_t end = 0;
-  try {
-    if (!FindHexRun(rest, bytes_, begin, end)) return false;
-  } catch (const Error& error) {
-    const std::size_t text = rest.find_first_not_of(" \t:=>(-{");
-    if (text == std::string_view::npos || HexDigit(rest[text]) < 0) return false;
-    record.problem = error.what();
-    bytes_.clear();
+  bool ReadText(const Header& header, std::string_view text, bool direct, Record& record) {
+    const TextForm form = TakeTextForm(text);
+    if (form.fields == 0 && !form.cut) return false;
+    const std::unique_ptr<Message> message = schema_.NewMessage(*header.type->type);
+    if (!ParseText(form.text, true, *message).empty()) return false;
+    // Of words that stand between, only a whole message tells that they are about it.
+    if (!direct && (form.cut || !message->IsInitialized())) return false;
+    bytes_ = message->SerializePartialAsString();
+    record.problem = form.cut ? kBeginningOnly : Problem(text.substr(form.end));
     return Fill(header, record);
   }
-  begin += header.end;
-  for (std::size_t at = header.end; at < begin;) {
-    const std::string_view word = TakeWord(line_.substr(0, begin), at);
-    const TypeInfo* type = schema_.FindType(word);
-    if (type != nullptr) header = Header(type, line_, at - word.size(), at);
-  }
-  if (HasLetters(line_.substr(header.end, begin - header.end))) {
-    text::Handler none;
-    const text::Outcome outcome =
-        text::WalkMessage(schema_.tables(), schema_.IndexOf(*header.type->type), bytes_, none);
-    if (!outcome.acceptable() || outcome.unknown + outcome.wrong_type != 0) return false;
-  }
-  return Fill(header, record);
-}
 
-// With bytes_; true.
-bool TextLogReader::Fill(const Header& header, Record& record) {
-  record.number = number_;
-  ReadTime(line_.substr(0, header.begin), record);
-  const bool to_modem = header.type->kind == Kind::kRequest;
-  record.direction =
-      header.direction.value_or(to_modem ? Direction::kToModem : Direction::kToTelephony);
-  record.operation = header.operation;
-  record.name = header.type->type->full_name();
-  record.type = header.type;
-  record.bytes = bytes_;
-  return true;
-}
-
-// The first time of day in the line, with the date before it if there is one; else milliseconds
-// before an arrow.
-void TextLogReader::ReadTime(std::string_view line, Record& record) {
-  record.time = kNoTime;
-  record.time_text = "-";
-  std::size_t at = 0;
-  while (at < line.size() &&
-         (!Looks(line.substr(at), "00:00:00") || (at > 0 && IsDigit(line[at - 1])))) {
-    ++at;
-  }
-  if (at >= line.size()) {
-    line = TrimLeft(line);
-    std::string_view rest = line;
-    const std::optional<std::uint32_t> whole = TakeNumber(rest);
-    if (!whole || !Looks(rest, ".00 ")) return;
-    if (rest.find_first_not_of("<-> ", 4) != std::string_view::npos) return;
-    record.time =
-        *whole * std::int64_t{1'000'000} + TwoDigits(rest.substr(1)) * std::int64_t{10'000};
-    record.time_text = line.substr(0, line.size() - rest.size() + 3);
-    return;
-  }
-  std::size_t end = at + 8;
-  std::int64_t fraction = 0;
-  std::int64_t unit = kSecond;
-  if (end + 1 < line.size() && (line[end] == '.' || line[end] == ',') && IsDigit(line[end + 1])) {
-    for (++end; end < line.size() && IsDigit(line[end]); ++end) {
-      unit /= 10;
-      fraction += (line[end] - '0') * unit;
+  bool ReadHex(Header header, Record& record) {
+    const std::string_view rest = line_.substr(header.end);
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    try {
+      if (!FindHexRun(rest, bytes_, begin, end)) return false;
+    } catch (const Error& error) {
+      const std::size_t text = rest.find_first_not_of(" \t:=>(-{");
+      if (text == std::string_view::npos || HexDigit(rest[text]) < 0) return false;
+      record.problem = error.what();
+      bytes_.clear();
+      return Fill(header, record);
     }
-  }
-  std::int64_t seconds = TwoDigits(line.substr(at)) * std::int64_t{3600} +
-                         TwoDigits(line.substr(at + 3)) * std::int64_t{60} +
-                         TwoDigits(line.substr(at + 6));
-  std::size_t begin = at;
-  if (at >= 6 && Looks(line.substr(at - 6), "00-00")) {
-    begin = at - 6;
-    const bool has_year = at >= 11 && Looks(line.substr(at - 11), "0000-");
-    if (has_year) begin = at - 11;
-    const auto in_year = [&](int year) {
-      std::tm date{};
-      date.tm_year = year - 1900;
-      date.tm_mon = TwoDigits(line.substr(at - 6)) - 1;
-      date.tm_mday = TwoDigits(line.substr(at - 3));
-      return seconds + timegm(&date);
-    };
-    if (has_year) {
-      seconds = in_year(TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2)));
-    } else {
-      // A line more than half a year from the one before it is on the other side of New Year.
-      if (latest_ >= 0 && in_year(year_) < latest_ - 183 * kDay) ++year_;
-      if (latest_ >= 0 && in_year(year_) > latest_ + 183 * kDay) --year_;
-      latest_ = seconds = in_year(year_);
+    begin += header.end;
+    for (std::size_t at = header.end; at < begin;) {
+      const std::string_view word = TakeWord(line_.substr(0, begin), at);
+      const TypeInfo* type = schema_.FindType(word);
+      if (type != nullptr) header = Header(type, line_, at - word.size(), at);
     }
+    if (HasLetters(line_.substr(header.end, begin - header.end))) {
+      text::Handler none;
+      const text::Outcome outcome =
+          text::WalkMessage(schema_.tables(), schema_.IndexOf(*header.type->type), bytes_, none);
+      if (!outcome.acceptable() || outcome.unknown + outcome.wrong_type != 0) return false;
+    }
+    return Fill(header, record);
   }
-  record.time_text = line.substr(begin, end - begin);
-  record.time = NanosecondsSince1970(seconds, fraction);
-}
 
-std::string TextLogReader::PassedOver() const {
-  if (other_lines_ == 0) return "";
-  return "lines without the type and the content of a message: " + std::to_string(other_lines_);
+  bool Fill(const Header& header, Record& record) {
+    record.number = number_;
+    ReadTime(line_.substr(0, header.begin), record);
+    const bool to_modem = header.type->kind == Kind::kRequest;
+    record.direction =
+        header.direction.value_or(to_modem ? Direction::kToModem : Direction::kToTelephony);
+    record.operation = header.operation;
+    record.name = header.type->type->full_name();
+    record.type = header.type;
+    record.bytes = bytes_;
+    return true;
+  }
+
+  void ReadTime(std::string_view line, Record& record) {
+    record.time = kNoTime;
+    record.time_text = "-";
+    std::size_t at = 0;
+    while (at < line.size() &&
+           (!Looks(line.substr(at), "00:00:00") || (at > 0 && IsDigit(line[at - 1])))) {
+      ++at;
+    }
+    if (at >= line.size()) {
+      line = TrimLeft(line);
+      std::string_view rest = line;
+      const std::optional<std::uint32_t> whole = TakeNumber(rest);
+      if (!whole || !Looks(rest, ".00 ")) return;
+      if (rest.find_first_not_of("<-> ", 4) != std::string_view::npos) return;
+      record.time =
+          *whole * std::int64_t{1'000'000} + TwoDigits(rest.substr(1)) * std::int64_t{10'000};
+      record.time_text = line.substr(0, line.size() - rest.size() + 3);
+      return;
+    }
+    std::size_t end = at + 8;
+    std::int64_t fraction = 0;
+    std::int64_t unit = kSecond;
+    if (end + 1 < line.size() && (line[end] == '.' || line[end] == ',') && IsDigit(line[end + 1])) {
+      for (++end; end < line.size() && IsDigit(line[end]); ++end) {
+        unit /= 10;
+        fraction += (line[end] - '0') * unit;
+      }
+    }
+    std::int64_t seconds = TwoDigits(line.substr(at)) * std::int64_t{3600} +
+                           TwoDigits(line.substr(at + 3)) * std::int64_t{60} +
+                           TwoDigits(line.substr(at + 6));
+    std::size_t begin = at;
+    if (at >= 6 && Looks(line.substr(at - 6), "00-00")) {
+      begin = at - 6;
+      const bool has_year = at >= 11 && Looks(line.substr(at - 11), "0000-");
+      if (has_year) begin = at - 11;
+      const auto in_year = [&](int year) {
+        std::tm date{};
+        date.tm_year = year - 1900;
+        date.tm_mon = TwoDigits(line.substr(at - 6)) - 1;
+        date.tm_mday = TwoDigits(line.substr(at - 3));
+        return seconds + timegm(&date);
+      };
+      if (has_year) {
+        seconds = in_year(TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2)));
+      } else {
+        // A line more than half a year from the one before it is on the other side of New Year.
+        if (latest_ >= 0 && in_year(year_) < latest_ - 183 * kDay) ++year_;
+        if (latest_ >= 0 && in_year(year_) > latest_ + 183 * kDay) --year_;
+        latest_ = seconds = in_year(year_);
+      }
+    }
+    record.time_text = line.substr(begin, end - begin);
+    record.time = NanosecondsSince1970(seconds, fraction);
+  }
+
+  const Schema& schema_;
+  ByteStream& stream_;
+  std::string buffer_;
+  std::size_t begin_ = 0;
+  std::string_view line_;
+  std::int64_t number_ = 0;
+  std::int64_t other_lines_ = 0;
+  std::string bytes_;
+  int year_ = 2001;           // of dates that say none
+  std::int64_t latest_ = -1;  // the last of them, in seconds
+};
+
+}  // namespace
+
+std::unique_ptr<Traffic> ReadLog(const Schema& schema, ByteStream& stream) {
+  return std::make_unique<TextLogReader>(schema, stream);
 }
 
 }  // namespace virtual_modem::inspect

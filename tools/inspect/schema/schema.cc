@@ -130,7 +130,7 @@ const EnumDescriptor* Schema::FindEnum(std::string_view name) const {
   return nullptr;
 }
 
-std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) {
+std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) const {
   return std::unique_ptr<Message>(factory_.GetPrototype(&type)->New());
 }
 

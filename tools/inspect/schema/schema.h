@@ -61,7 +61,7 @@ class Schema {
   const Descriptor& GetMessage(std::string_view name) const;
   const EnumDescriptor* FindEnum(std::string_view name) const;
 
-  std::unique_ptr<Message> NewMessage(const Descriptor& type);
+  std::unique_ptr<Message> NewMessage(const Descriptor& type) const;
   // A message of the type at that index to parse into, which may hold what was parsed before.
   Message& Scratch(unsigned index);
 
@@ -78,7 +78,7 @@ class Schema {
   void FillTypes();
 
   google::protobuf::DescriptorPool pool_;
-  google::protobuf::DynamicMessageFactory factory_{&pool_};
+  mutable google::protobuf::DynamicMessageFactory factory_{&pool_};
   std::vector<const Descriptor*> messages_;
   std::vector<const EnumDescriptor*> enums_;
   std::vector<TypeInfo> types_;

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "inspect/read/traffic.h"
+#include "inspect/read/recording.h"
 
 namespace virtual_modem::inspect {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "inspect/examine/glance.h"
-#include "inspect/read/traffic.h"
+#include "inspect/read/recording.h"
 #include "inspect/show/output.h"
 
 namespace virtual_modem::inspect {
