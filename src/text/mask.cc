@@ -75,10 +75,9 @@ class Masker : public Handler {
     out_.resize(out_.size() - static_cast<std::size_t>(content - at));
   }
 
-  void Unknown(const Level& /*level*/, const Field* field, std::uint32_t /*number*/, WireType type,
-               std::string_view whole, std::string_view /*value*/) {
-    const bool undeclared = field != nullptr && field->kind == FieldKind::kEnum && type == kVarint;
-    if (!undeclared) MaskFields(whole);
+  void Unknown(const Level& /*level*/, const Field* /*field*/, std::uint32_t /*number*/,
+               WireType /*type*/, std::string_view whole, std::string_view /*value*/) {
+    MaskFields(whole);
   }
 
   void Malformed(const Level& /*level*/, const Outcome& outcome) {

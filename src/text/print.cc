@@ -1,7 +1,6 @@
 #include "text/print.h"
 
 #include <array>
-#include <charconv>
 #include <string>
 
 namespace virtual_modem::text {
@@ -52,20 +51,6 @@ bool ArePlain(std::string_view bytes) {
     if (NeedEscape(at)) return false;
   }
   return !NeedEscape(last);
-}
-
-inline char* WriteNumber(std::uint32_t number, char* to) {
-  if (number < 10) {
-    *to = static_cast<char>('0' + number);
-    return to + 1;
-  }
-  return std::to_chars(to, to + kMaxDigits, number).ptr;
-}
-
-inline char* WriteNumber(std::int32_t number, char* to) {
-  if (number < 0) *to++ = '-';
-  const auto bits = static_cast<std::uint32_t>(number);
-  return WriteNumber(number < 0 ? 0 - bits : bits, to);
 }
 
 // The fields of a message that nobody declared, by the rules with which the runtime reads sets of
@@ -157,20 +142,7 @@ class Printer : public Handler {
     char* begin = sink_.Begin(sizeof scratch, scratch);
     char* at = WriteName(field, begin);
     if (IsMasked(field, field.repeated)) value = 0;
-    if (field.kind == FieldKind::kInt32) {
-      at = WriteNumber(static_cast<std::int32_t>(value), at);
-    } else if (field.kind == FieldKind::kUint32) {
-      at = WriteNumber(static_cast<std::uint32_t>(value), at);
-    } else if (field.kind != FieldKind::kBool) {
-      if (field.kind == FieldKind::kInt64 && static_cast<std::int64_t>(value) < 0) {
-        *at++ = '-';
-        value = 0 - value;
-      }
-      at = text::WriteNumber(value, at);
-    } else {
-      std::memcpy(at, value != 0 ? "true\0\0\0" : "false\0\0", 8);  // of a fixed size: no call
-      at += value != 0 ? 4 : 5;
-    }
+    at = WriteNumber(field, value, at);
     *at++ = separator_;
     sink_.Commit(begin, at);
   }
@@ -226,17 +198,31 @@ class Printer : public Handler {
   }
   void End(const Level& /*level*/, const Field& /*field*/, std::size_t /*mark*/) { Close(); }
 
+  void Undeclared(const Level& level, const Field& field, std::uint64_t value,
+                  std::string_view /*whole*/) {
+    if (show_ == Show::kAll) {
+      UnknownFields none({});
+      return Print({tables_.NumberOf(field), kVarint, value, {}}, none, kUnknownDepth);
+    }
+    NameUnknown(level, &field, 0);
+    char digits[kMaxDigits];
+    const char* end = WriteNumber(static_cast<std::int32_t>(value), digits);
+    Append(remarks_, " = ");
+    Append(remarks_, {digits, static_cast<std::size_t>(end - digits)});
+  }
+
   void Unknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
                std::string_view whole, std::string_view value) {
-    if (show_ != Show::kAll) return NameUnknown(level, field, number, type, whole.size(), value);
-    UnknownFields fields(type == kStartGroup ? value : whole);
-    UnknownFields::Item item{number, type, 0, {}};
-    if (type == kVarint) {  // whole may be that of a packed list
-      item.value = NumberIn(value.data(), value.data() + value.size());
-    } else if (type != kStartGroup) {
-      fields.Next(item);
+    if (show_ == Show::kAll) {
+      UnknownFields fields(type == kStartGroup ? value : whole);
+      UnknownFields::Item item{number, type, 0, {}};
+      if (type != kStartGroup) fields.Next(item);
+      return Print(item, fields, kUnknownDepth);
     }
-    Print(item, fields, kUnknownDepth);
+    NameUnknown(level, field, number);
+    Append(remarks_, " (");
+    text::AppendNumber(remarks_, whole.size());
+    Append(remarks_, " bytes)");
   }
 
   void Malformed(const Level& level, const Outcome& outcome) {
@@ -302,10 +288,8 @@ class Printer : public Handler {
     sink_.Append(separator_);
   }
 
-  // Names an unknown field for the comment: "calls[0].15 (2 bytes)", or "technology = 99" for a
-  // number that its enumeration does not declare.
-  void NameUnknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
-                   std::size_t size, std::string_view value) {
+  // Names what is not shown in the comment on that, such as "calls[0].15"; field may be null.
+  void NameUnknown(const Level& level, const Field* field, std::uint32_t number) {
     Append(remarks_, remarks_.empty() ? "# unknown fields " : ", ");
     if (field != nullptr) {
       Append(remarks_, PathTo(tables_, level, *field));
@@ -313,17 +297,6 @@ class Printer : public Handler {
       Append(remarks_, PathTo(tables_, level));
       if (level.field != nullptr) Append(remarks_, ".");
       text::AppendNumber(remarks_, number);
-    }
-    if (field != nullptr && field->kind == FieldKind::kEnum && type == kVarint) {
-      char digits[kMaxDigits];
-      const char* end = WriteNumber(
-          static_cast<std::int32_t>(NumberIn(value.data(), value.data() + value.size())), digits);
-      Append(remarks_, " = ");
-      Append(remarks_, {digits, static_cast<std::size_t>(end - digits)});
-    } else {
-      Append(remarks_, " (");
-      text::AppendNumber(remarks_, size);
-      Append(remarks_, " bytes)");
     }
   }
 

@@ -2,6 +2,7 @@
 // with subscriber data masked or shown.
 #pragma once
 
+#include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -113,6 +114,42 @@ enum class Show : std::uint8_t {
 // else every line ends with one.
 Outcome Print(const Tables& tables, unsigned message, std::string_view bytes, Show show,
               bool single_line, Sink& sink);
+
+inline char* WriteNumber(std::uint32_t number, char* to) {
+  if (number < 10) {
+    *to = static_cast<char>('0' + number);
+    return to + 1;
+  }
+  return std::to_chars(to, to + kMaxDigits, number).ptr;
+}
+
+inline char* WriteNumber(std::int32_t number, char* to) {
+  if (number < 0) *to++ = '-';
+  const auto bits = static_cast<std::uint32_t>(number);
+  return WriteNumber(number < 0 ? 0 - bits : bits, to);
+}
+
+// Writes a number of the field as text, in which a bool is true or false, and returns where it
+// ends: kMaxDigits at most.
+inline char* WriteNumber(const Field& field, std::uint64_t number, char* to) {
+  switch (field.kind) {
+    case FieldKind::kUint32:
+      return WriteNumber(static_cast<std::uint32_t>(number), to);
+    case FieldKind::kInt64:
+      if (static_cast<std::int64_t>(number) < 0) {
+        *to++ = '-';
+        number = 0 - number;
+      }
+      [[fallthrough]];
+    case FieldKind::kUint64:
+      return WriteNumber(number, to);
+    case FieldKind::kBool:
+      std::memcpy(to, number != 0 ? "true\0\0\0" : "false\0\0", 8);  // of a fixed size: no call
+      return to + (number != 0 ? 4 : 5);
+    default:
+      return WriteNumber(static_cast<std::int32_t>(number), to);
+  }
+}
 
 void AppendNumber(std::uint64_t number, Sink& sink);
 

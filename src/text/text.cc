@@ -83,7 +83,7 @@ Show ShowOf(unsigned index, std::string_view bytes) {
   char nothing = 0;
   Sink sink(&nothing, 0);
   const Outcome outcome = text::Print(kTables, index, bytes, Show::kMasked, true, sink);
-  return outcome.acceptable() && outcome.wrong_type == 0 ? Show::kMasked : Show::kShape;
+  return outcome.doubtful() ? Show::kShape : Show::kMasked;
 }
 
 }  // namespace

@@ -103,6 +103,10 @@ struct Outcome {
   bool malformed() const { return fault != Fault::kNone; }
   // A receiver takes the message: it parses and has every required field.
   bool acceptable() const { return !malformed() && missing == 0; }
+  // The bytes may be of another type altogether.
+  bool doubtful() const { return !acceptable() || wrong_type != 0; }
+  // Some of them belong to no field of the type.
+  bool misfit() const { return doubtful() || unknown != 0 || undeclared != 0; }
 };
 
 // Such as "the input ends 3 bytes early". Requires outcome.malformed().
@@ -131,9 +135,13 @@ struct Handler {
   // The same for a packed list, whose numbers are told in between.
   std::size_t BeginPacked() { return 0; }
   void EndPacked(std::size_t) {}
-  // A field that the message does not keep as its own. whole is all of it, its tag included (of a
-  // packed list, the element alone); value is what stands after the tag and, for kLengthDelimited,
-  // after the length; a group's includes its end. field is null when the number is not declared.
+  // A number that its enumeration does not declare: the field stays absent. whole is the field, its
+  // tag included, or the element of a packed list.
+  void Undeclared(const Level&, const Field&, std::uint64_t /*value*/, std::string_view /*whole*/) {
+  }
+  // Another field that the message does not keep as its own. whole is all of it, its tag included;
+  // value is what stands after the tag and, for kLengthDelimited, after the length; a group's
+  // includes its end. field is null when the number is not declared.
   void Unknown(const Level&, const Field* /*field*/, std::uint32_t /*number*/, WireType,
                std::string_view /*whole*/, std::string_view /*value*/) {}
   // The bytes break in the field or message at level; called once.
@@ -352,7 +360,6 @@ class Walk {
 
   bool ReadNumber(State& state) {
     const Field& field = *state.field;
-    const char* begin = reader_.at();
     std::uint64_t value = 0;
     if (!reader_.ReadVarint(kMaxVarintBytes, "varint", value)) return false;
     if (field.kind != FieldKind::kEnum) {
@@ -366,7 +373,7 @@ class Walk {
     if (name.empty()) {
       ++outcome_.undeclared;
       state.unknown = true;  // the field itself is still absent
-      handler_.Unknown(state.level, &field, state.number, kVarint, From(state.start), From(begin));
+      handler_.Undeclared(state.level, field, value, From(state.start));
     } else {
       handler_.Enum(state.level, field, value, name);
       Keep(state);

@@ -136,23 +136,21 @@ std::string Print(const Schema& schema, unsigned type, std::string_view bytes,
   return std::string(sink.text());
 }
 
-void CheckMessage(Schema& schema, const Descriptor& descriptor, std::string_view bytes) {
+void CheckMessage(Schema& schema, unsigned type, std::string_view bytes) {
+  const Descriptor& descriptor = *schema.types()[type].type;
   const std::unique_ptr<Message> owner = schema.NewMessage(descriptor);
   Message& message = *owner;
-  const unsigned type = schema.IndexOf(descriptor);
   Findings findings = ParseAndCheck(schema, bytes, message);
   const std::unique_ptr<Message> parsed(message.New());
   const bool malformed =
       !parsed->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
-  FUZZ_CHECK((findings.count(Findings::kMalformed) != 0) == malformed, "malformed or not");
+  FUZZ_CHECK(findings.malformed() == malformed, "malformed or not");
   FUZZ_CHECK(findings.Lines().find("the runtime refuses") == std::string::npos, "why it is");
-  FUZZ_CHECK((findings.count(Findings::kMissing) == 0) == message.IsInitialized(), "missing");
+  FUZZ_CHECK((findings.missing == 0) == message.IsInitialized(), "missing");
   std::string text;
   text::Outcome outcome;
   if (!malformed) {
-    const std::size_t unknown = findings.count(Findings::kUnknown) +
-                                findings.count(Findings::kWireType) +
-                                findings.count(Findings::kUndeclared);
+    const std::size_t unknown = findings.unknown + findings.wrong_type + findings.undeclared;
     FUZZ_CHECK(unknown == CountUnknown(message), "unknown fields");
     google::protobuf::TextFormat::PrintToString(message, &text);
     const std::string ours = Print(schema, type, bytes, outcome);
@@ -169,7 +167,7 @@ void CheckMessage(Schema& schema, const Descriptor& descriptor, std::string_view
   FUZZ_CHECK(EncodeMessage(text, false, *parsed) == known, "text and back");
   std::string json;
   AppendJson(schema, type, known, false, json, findings);
-  if (findings.count(Findings::kText) == 0) {
+  if (findings.not_utf8 == 0) {
     FUZZ_CHECK(ParseJson(json, descriptor) == known, "JSON and back");
   }
 }
@@ -187,11 +185,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return true;
   }();
   if (size < 2 || !quiet) return -1;
-  const auto& type = *schema.messages()[data[0] % schema.messages().size()];
+  const TypeInfo& type = schema.types()[data[0] % schema.types().size()];
   const std::string_view bytes(reinterpret_cast<const char*>(data) + 2, size - 2);
-  CheckMessage(schema, type, bytes);
+  CheckMessage(schema, type.index, bytes);
   try {
-    Run(schema, type.full_name(), data[1], bytes);
+    Run(schema, type.type->full_name(), data[1], bytes);
   } catch (const Error&) {
     // Bad input, as told to the user.
   }

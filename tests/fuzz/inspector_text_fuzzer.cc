@@ -22,7 +22,7 @@ namespace {
 void Read(Schema& schema, unsigned type, unsigned reader, std::string_view text) {
   std::string note;
   if (reader < 2) {
-    EncodeMessage(text, reader == 1, *schema.NewMessage(*schema.messages()[type]));
+    EncodeMessage(text, reader == 1, schema.Scratch(type));
   } else if (reader < 2 + 7) {
     ParsePasted(text, static_cast<Encoding>(reader - 2), note);
   } else {
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view text(reinterpret_cast<const char*>(data) + 2, size - 2);
   const std::uint64_t before = WorkSoFar();
   try {
-    Read(schema, static_cast<unsigned>(data[0] % schema.messages().size()), data[1] % 10, text);
+    Read(schema, static_cast<unsigned>(data[0] % schema.types().size()), data[1] % 10, text);
   } catch (const Error&) {
     // Bad input, as told to the user.
   }

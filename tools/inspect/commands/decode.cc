@@ -66,7 +66,7 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const O
 }  // namespace
 
 Status DecodeCommand(Schema& schema, const Options& options) {
-  const unsigned type = schema.IndexOf(schema.GetMessage(options.type));
+  const unsigned type = schema.GetType(options.type).index;
   Output out;
   Printer printer(schema,
                   {options.json, options.mask, options.trust_type ? Misfit::kTrust : Misfit::kHide,

@@ -42,9 +42,9 @@ void PrintFieldLine(const FieldDescriptor& field) {
 void PrintMessage(const Schema& schema, const Descriptor& type) {
   std::cout << "message " << type.full_name() << "  (unit " << UnitOf(*type.file()) << ")\n  "
             << Comment(type) << '\n';
-  for (const Descriptor* other : schema.messages()) {
-    if (other != &type && SameLayout(*other, type)) {
-      std::cout << "  Same bytes as " << other->full_name() << ".\n";
+  for (const TypeInfo& other : schema.types()) {
+    if (other.type != &type && SameLayout(*other.type, type)) {
+      std::cout << "  Same bytes as " << other.type->full_name() << ".\n";
     }
   }
   std::cout << '\n';
@@ -59,11 +59,8 @@ void PrintField(const FieldDescriptor& field) {
 void PrintEnum(const Schema& schema, const EnumDescriptor& type) {
   std::cout << "enum " << type.full_name() << "  (unit " << UnitOf(*type.file()) << ")\n  "
             << Comment(type) << '\n';
-  for (const Descriptor* message : schema.messages()) {
-    for (int i = 0; i < message->field_count(); ++i) {
-      const FieldDescriptor& field = *message->field(i);
-      if (field.enum_type() == &type) std::cout << "  Type of " << field.full_name() << ".\n";
-    }
+  for (const FieldDescriptor* field : schema.fields()) {
+    if (field->enum_type() == &type) std::cout << "  Type of " << field->full_name() << ".\n";
   }
   std::cout << '\n';
   for (int i = 0; i < type.value_count(); ++i) {
@@ -122,9 +119,8 @@ const FieldDescriptor* FindPath(const Schema& schema, std::string path) {
 // A field name without its message, or a value: in any message or enumeration.
 bool DescribeBareName(const Schema& schema, const std::string& name) {
   bool found = false;
-  for (const Descriptor* message : schema.messages()) {
-    const FieldDescriptor* field = message->FindFieldByName(name);
-    if (field == nullptr) continue;
+  for (const FieldDescriptor* field : schema.fields()) {
+    if (field->name() != name) continue;
     PrintField(*field);
     found = true;
   }
@@ -160,11 +156,8 @@ std::vector<const EnumDescriptor*> FindEnums(const Schema& schema, const std::st
     if (fits && std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
   };
   for (const EnumDescriptor* type : schema.enums()) add(Lower(type->name()), type);
-  for (const Descriptor* message : schema.messages()) {
-    for (int i = 0; i < message->field_count(); ++i) {
-      const FieldDescriptor& field = *message->field(i);
-      if (field.enum_type() != nullptr) add(field.name(), field.enum_type());
-    }
+  for (const FieldDescriptor* field : schema.fields()) {
+    if (field->enum_type() != nullptr) add(field->name(), field->enum_type());
   }
   return types;
 }
@@ -189,9 +182,9 @@ bool DescribePair(const Schema& schema, const std::string& name, const std::stri
 
 void PrintOverview(const Schema& schema) {
   const google::protobuf::FileDescriptor* unit = nullptr;
-  for (const Descriptor* message : schema.messages()) {
-    if (message->file() == unit) continue;
-    unit = message->file();
+  for (const TypeInfo& each : schema.types()) {
+    if (each.type->file() == unit) continue;
+    unit = each.type->file();
     std::cout << UnitOf(*unit) << ": " << unit->message_type_count() << " messages, "
               << unit->enum_type_count() << " enumerations\n";
   }
@@ -201,12 +194,9 @@ void PrintOverview(const Schema& schema) {
 std::vector<std::string> NamesLike(const Schema& schema, const std::string& name) {
   const bool path = name.find('.') != std::string::npos;
   std::vector<std::string> names;
-  for (const Descriptor* message : schema.messages()) {
-    names.push_back(message->name());
-    for (int i = 0; i < message->field_count(); ++i) {
-      const std::string& field = message->field(i)->name();
-      names.push_back(path ? message->name() + "." + field : field);
-    }
+  for (const TypeInfo& each : schema.types()) names.push_back(each.type->name());
+  for (const FieldDescriptor* field : schema.fields()) {
+    names.push_back((path ? field->containing_type()->name() + "." : "") + field->name());
   }
   if (path) return names;
   for (const EnumDescriptor* type : schema.enums()) {
@@ -253,9 +243,11 @@ Status ListCommand(Schema& schema, const Options& options) {
       for (int i = 0; what == "values" && i < type->value_count(); ++i) print(*type->value(i));
     }
   } else {
-    for (const Descriptor* type : schema.messages()) {
-      if (what == "messages") print(*type);
-      for (int i = 0; what == "fields" && i < type->field_count(); ++i) print(*type->field(i));
+    for (const TypeInfo& each : schema.types()) {
+      if (what == "messages") print(*each.type);
+    }
+    for (const FieldDescriptor* field : schema.fields()) {
+      if (what == "fields") print(*field);
     }
   }
   return kOk;

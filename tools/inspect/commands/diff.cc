@@ -40,7 +40,8 @@ class MaskingReporter : public MessageDifferencer::StreamReporter {
     } else if (field->message_type() != nullptr) {
       const std::unique_ptr<Message> masked(message.New());
       std::string bytes;
-      text::AppendMasked(schema_.tables(), schema_.IndexOf(*message.GetDescriptor()),
+      text::AppendMasked(schema_.tables(),
+                         schema_.FindType(message.GetDescriptor()->full_name())->index,
                          message.SerializePartialAsString(), text::Show::kMasked, bytes);
       masked->ParsePartialFromString(bytes);
       StreamReporter::PrintValue(*masked, path, left_side);
@@ -67,9 +68,9 @@ bool Compare(const Schema& schema, const Message& left, const Message& right, bo
 
 std::unique_ptr<Message> Read(Schema& schema, const std::string& type, const std::string& path,
                               const Options& options) {
-  std::unique_ptr<Message> message = schema.NewMessage(schema.GetMessage(type));
+  std::unique_ptr<Message> message = schema.NewMessage(*schema.GetType(type).type);
   const Findings findings = ParseAndCheck(schema, ReadBytes({path, options.source.from}), *message);
-  const bool malformed = findings.count(Findings::kMalformed) != 0;
+  const bool malformed = findings.malformed();
   if (malformed || (options.mask && !options.trust_type && findings.misfit())) {
     throw Error(DisplayName(path) + ": not " +
                 (malformed ? "a valid " : "shown, as it does not fit ") + type + " (" +

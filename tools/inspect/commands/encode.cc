@@ -12,8 +12,8 @@
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
-#include "inspect/read/recording.h"
 #include "inspect/read/hex.h"
+#include "inspect/read/recording.h"
 #include "inspect/read/text_form.h"
 #include "inspect/show/file_to_write.h"
 #include "inspect/show/json.h"
@@ -64,7 +64,7 @@ void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::strin
   record.time =
       std::chrono::duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
           .count();
-  record.direction = type.kind == Kind::kRequest ? Direction::kToModem : Direction::kToTelephony;
+  record.direction = type.kind == "request" ? Direction::kToModem : Direction::kToTelephony;
   record.name = type.type->full_name();
   std::string capture;
   capture::AppendFileHeader(capture::Resolution::kMicroseconds, capture);
@@ -84,14 +84,14 @@ std::string EncodeMessage(std::string_view source, bool json, Message& message) 
 }
 
 Status EncodeCommand(Schema& schema, const Options& options) {
-  const Descriptor& type = schema.GetMessage(options.type);
+  const TypeInfo& type = schema.GetType(options.type);
   if (options.skeleton) {
     std::string text;
-    AppendSkeleton(*schema.NewMessage(type), "", text);
+    AppendSkeleton(*schema.NewMessage(*type.type), "", text);
     std::cout << text;
     return kOk;
   }
-  const std::unique_ptr<Message> message = schema.NewMessage(type);
+  const std::unique_ptr<Message> message = schema.NewMessage(*type.type);
   const std::string name = DisplayName(options.source);
   ByteStream stream(options.source.file);
   const std::string source = ReadAll(stream);
@@ -111,7 +111,7 @@ Status EncodeCommand(Schema& schema, const Options& options) {
 
   if (bytes.size() > kMaxMessageBytes) throw Error(name + ": the message is over 16 MiB");
   if (!options.capture.empty()) {
-    WriteCapture(*schema.FindType(type.full_name()), bytes, options.capture);
+    WriteCapture(type, bytes, options.capture);
     return kOk;
   }
   if (options.delimited) bytes.insert(0, Varint(bytes.size()));

@@ -33,10 +33,8 @@ struct Candidate {
 
   // Smaller is better; candidates of equal rank are told apart by nothing.
   auto Rank() const {
-    return std::make_tuple(findings.count(Findings::kMissing) != 0,
-                           findings.count(Findings::kWireType), findings.count(Findings::kUnknown),
-                           findings.count(Findings::kUndeclared), !same_bytes, !readable, is_record,
-                           absent());
+    return std::make_tuple(findings.missing != 0, findings.wrong_type, findings.unknown,
+                           findings.undeclared, !same_bytes, !readable, is_record, absent());
   }
 };
 
@@ -50,28 +48,24 @@ struct Reading : text::Handler {
 };
 
 bool IsRecord(const Schema& schema, const Descriptor& type) {
-  const auto& messages = schema.messages();
-  return std::any_of(messages.begin(), messages.end(), [&](const Descriptor* message) {
-    for (int i = 0; i < message->field_count(); ++i) {
-      if (message->field(i)->message_type() == &type) return true;
-    }
-    return false;
-  });
+  const auto& fields = schema.fields();
+  return std::any_of(fields.begin(), fields.end(),
+                     [&](const FieldDescriptor* field) { return field->message_type() == &type; });
 }
 
-Candidate Try(Schema& schema, const Descriptor& type, const std::string& bytes) {
-  const std::unique_ptr<Message> message = schema.NewMessage(type);
+Candidate Try(Schema& schema, const TypeInfo& type, const std::string& bytes) {
+  Message& message = schema.Scratch(type.index);
   Candidate candidate;
-  candidate.type = &type;
-  candidate.findings = ParseAndCheck(schema, bytes, *message);
+  candidate.type = type.type;
+  candidate.findings = ParseAndCheck(schema, bytes, message);
   std::vector<const FieldDescriptor*> fields;
-  message->GetReflection()->ListFields(*message, &fields);
+  message.GetReflection()->ListFields(message, &fields);
   candidate.present = static_cast<int>(fields.size());
-  candidate.same_bytes = message->SerializePartialAsString() == bytes;
+  candidate.same_bytes = message.SerializePartialAsString() == bytes;
   Reading reading;
-  text::WalkMessage(schema.tables(), schema.IndexOf(type), bytes, reading);
+  text::WalkMessage(schema.tables(), type.index, bytes, reading);
   candidate.readable = reading.readable;
-  candidate.is_record = IsRecord(schema, type);
+  candidate.is_record = IsRecord(schema, *type.type);
   return candidate;
 }
 
@@ -124,10 +118,11 @@ Status IdentifyCommand(Schema& schema, const Options& options) {
   }
 
   std::vector<Candidate> candidates;
-  for (const Descriptor* type : schema.messages()) {
-    Candidate candidate = Try(schema, *type, bytes);
-    const bool parsed = candidate.findings.count(Findings::kMalformed) == 0;
-    if (parsed && candidate.present != 0) candidates.push_back(std::move(candidate));
+  for (const TypeInfo& type : schema.types()) {
+    Candidate candidate = Try(schema, type, bytes);
+    if (!candidate.findings.malformed() && candidate.present != 0) {
+      candidates.push_back(std::move(candidate));
+    }
   }
   if (candidates.empty()) {
     throw Error(name + ": no message of the schema has these bytes");

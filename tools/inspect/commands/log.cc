@@ -17,7 +17,7 @@ namespace {
 class Filter {
  public:
   Filter(const Schema& schema, const Options& options) : schema_(schema), options_(options) {
-    for (const std::string& name : options.types) types_.push_back(&schema.GetMessage(name));
+    for (const std::string& name : options.types) types_.push_back(&schema.GetType(name));
     for (const std::string& unit : options.units) CheckUnit(unit);
     if (!options.grep.empty()) condition_.emplace(schema, options.grep);
   }
@@ -32,8 +32,8 @@ class Filter {
       return types_.empty() && options_.units.empty() && options_.kinds.empty() &&
              options_.serials.empty() && options_.grep.empty() && !options_.unknown;
     }
-    if (!among(types_, record.type->type) || !among(options_.units, record.type->unit) ||
-        !among(options_.kinds, KindName(record.type->kind)) || !glance.has_field) {
+    if (!among(types_, record.type) || !among(options_.units, record.type->unit) ||
+        !among(options_.kinds, record.type->kind) || !glance.has_field) {
       return false;
     }
     if (!options_.serials.empty() && (!glance.serial || !among(options_.serials, *glance.serial))) {
@@ -59,7 +59,7 @@ class Filter {
 
   const Schema& schema_;
   const Options& options_;
-  std::vector<const Descriptor*> types_;
+  std::vector<const TypeInfo*> types_;
   std::optional<FieldCondition> condition_;
 };
 

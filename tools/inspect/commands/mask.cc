@@ -20,9 +20,8 @@ std::string MaskedFrame(Schema& schema, const Record& record) {
   text::Handler none;
   const unsigned type = record.type->index;
   const text::Outcome outcome = text::WalkMessage(schema.tables(), type, record.bytes, none);
-  const bool doubtful = !outcome.acceptable() || outcome.wrong_type != 0;
   text::AppendMasked(schema.tables(), type, record.bytes,
-                     doubtful ? text::Show::kShape : text::Show::kMasked, masked);
+                     outcome.doubtful() ? text::Show::kShape : text::Show::kMasked, masked);
   return masked;
 }
 
@@ -60,18 +59,17 @@ Status MaskCaptures(Schema& schema, const Options& options) {
 Status MaskMessage(Schema& schema, const Options& options) {
   if (options.words.size() > 2) throw UsageError("--type takes one message");
   const Source source{options.words.front(), options.source.from};
-  const Descriptor& type = schema.GetMessage(options.type);
+  const unsigned type = schema.GetType(options.type).index;
   bool binary = false;
   const std::string bytes = ReadBytes(source, &binary);
-  const unsigned index = schema.IndexOf(type);
-  const Findings findings = ParseAndCheck(schema, bytes, schema.Scratch(index));
+  const Findings findings = ParseAndCheck(schema, bytes, schema.Scratch(type));
   if (findings.misfit() && !options.trust_type) {
     throw Error(DisplayName(source) + ": not masked, as it does not fit " + options.type + " (" +
                 findings.Summary() +
                 "); --trust-type masks it anyway, but data of another type may then stay");
   }
   std::string masked;
-  text::AppendMasked(schema.tables(), index, bytes, text::Show::kMasked, masked);
+  text::AppendMasked(schema.tables(), type, bytes, text::Show::kMasked, masked);
   FileToWrite file(options.words.back());
   file.Write(binary ? masked : ToHex(masked) + "\n");  // what came as text goes as text
   file.Keep();

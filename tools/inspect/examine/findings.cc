@@ -2,13 +2,11 @@
 
 #include <google/protobuf/descriptor.h>
 
-#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace virtual_modem::inspect {
 namespace {
-
-using google::protobuf::FieldDescriptor;
-using google::protobuf::Reflection;
 
 constexpr std::size_t kMaxTexts = 100;
 
@@ -18,128 +16,146 @@ const char* WireTypeName(text::WireType wire_type) {
   return kNames.at(wire_type);
 }
 
-// Turns what the walk comes by into findings.
+std::string Malformed(std::size_t offset, const std::string& path, const std::string& why) {
+  return "malformed at byte " + std::to_string(offset) + (path.empty() ? "" : " in ") + path +
+         ": " + why;
+}
+
+// Puts what the walk comes by into words.
 class Reporter : public text::Handler {
  public:
   Reporter(const Schema& schema, std::string_view bytes, const Descriptor& type, Findings& findings)
       : schema_(schema), bytes_(bytes), type_(type), findings_(findings) {}
 
-  void Unknown(const text::Level& level, const text::Field* row, std::uint32_t number,
-               text::WireType wire_type, std::string_view whole, std::string_view value) {
-    const auto offset = std::to_string(whole.data() - bytes_.data());
-    if (row == nullptr) {
-      if (findings_.full()) return findings_.Add(Findings::kUnknown, "");
-      const std::string path = text::PathTo(schema_.tables(), level);
-      findings_.Add(Findings::kUnknown, path + (path.empty() ? "" : ": ") + "unknown field " +
-                                            std::to_string(number) + " at byte " + offset + ", " +
-                                            WireTypeName(wire_type) + ", " +
-                                            std::to_string(whole.size()) + " bytes with its tag");
-      return;
+  void Undeclared(const text::Level& level, const text::Field& field, std::uint64_t value,
+                  std::string_view whole) {
+    if (findings_.full()) return;
+    AddKept(level, field, whole,
+            std::to_string(static_cast<std::int32_t>(value)) + " is not a " +
+                Declared(level, field).enum_type()->name());
+  }
+
+  void Unknown(const text::Level& level, const text::Field* field, std::uint32_t number,
+               text::WireType wire_type, std::string_view whole, std::string_view /*value*/) {
+    ++(field == nullptr ? unknown_ : wrong_type_);
+    if (findings_.full()) return;
+    if (field != nullptr) {
+      return AddKept(level, *field, whole,
+                     std::string("declared as ") + Declared(level, *field).type_name() +
+                         ", came as " + WireTypeName(wire_type));
     }
-    const Descriptor& type =
-        level.field == nullptr ? type_ : *schema_.messages()[level.field->below];
-    const FieldDescriptor& field = *type.FindFieldByNumber(static_cast<int>(number));
-    const bool undeclared = row->kind == text::FieldKind::kEnum && wire_type == text::kVarint;
-    const Findings::Kind kind = undeclared ? Findings::kUndeclared : Findings::kWireType;
-    if (findings_.full()) return findings_.Add(kind, "");
-    const std::string what =
-        undeclared ? std::to_string(NumberIn(value)) + " is not a " + field.enum_type()->name()
-                   : std::string("declared as ") + field.type_name() + ", came as " +
-                         WireTypeName(wire_type);
-    findings_.Add(kind, text::PathTo(schema_.tables(), level, *row) + ": " + what +
-                            "; kept as unknown field " + std::to_string(number) + " (byte " +
-                            offset + ")");
+    const std::string path = text::PathTo(schema_.tables(), level);
+    findings_.Add(path + (path.empty() ? "" : ": ") + "unknown field " + std::to_string(number) +
+                  " at byte " + OffsetOf(whole) + ", " + WireTypeName(wire_type) + ", " +
+                  std::to_string(whole.size()) + " bytes with its tag");
   }
 
   void Malformed(const text::Level& level, const text::Outcome& outcome) {
-    const std::string path = text::PathTo(schema_.tables(), level);
-    ReportMalformed(outcome.offset, path.empty() ? "" : " in " + path, text::Explain(outcome));
+    findings_.texts.push_back(inspect::Malformed(
+        outcome.offset, text::PathTo(schema_.tables(), level), text::Explain(outcome)));
   }
 
-  void ReportMalformed(std::size_t offset, const std::string& where, const std::string& why) {
-    findings_.Add(Findings::kMalformed,
-                  "malformed at byte " + std::to_string(offset) + where + ": " + why);
+  // Adds what the walk found, and the required fields that the message, parsed from the same bytes,
+  // lacks: it may have one in which they break.
+  void Finish(const text::Outcome& outcome, const Message& message) {
+    static_cast<text::Outcome&>(findings_) = outcome;
+    findings_.unknown = unknown_;
+    findings_.wrong_type = wrong_type_;
+    findings_.missing = 0;
+    if (!message.IsInitialized()) ReportMissing(message, "");
   }
 
+ private:
   // Names the required fields that are absent in the message and below.
   void ReportMissing(const Message& message, const std::string& path) {
-    const Reflection& reflection = *message.GetReflection();
+    const google::protobuf::Reflection& reflection = *message.GetReflection();
     for (int i = 0; i < message.GetDescriptor()->field_count(); ++i) {
       const FieldDescriptor* field = message.GetDescriptor()->field(i);
-      const bool is_message = field->message_type() != nullptr;
-      if (!field->is_required() && !is_message) continue;
       if (field->is_required() && !reflection.HasField(message, field)) {
-        findings_.Add(Findings::kMissing,
-                      findings_.full() ? "" : "missing required " + path + field->name());
+        ++findings_.missing;
+        if (!findings_.full()) findings_.Add("missing required " + path + field->name());
+      } else if (field->message_type() == nullptr) {
+        continue;
       } else if (field->is_repeated()) {
         for (int n = 0; n < reflection.FieldSize(message, field); ++n) {
           ReportMissing(reflection.GetRepeatedMessage(message, field, n),
                         path + field->name() + "[" + std::to_string(n) + "].");
         }
-      } else if (is_message && reflection.HasField(message, field)) {
+      } else if (reflection.HasField(message, field)) {
         ReportMissing(reflection.GetMessage(message, field), path + field->name() + ".");
       }
     }
   }
 
- private:
+  std::string OffsetOf(std::string_view whole) const {
+    return std::to_string(whole.data() - bytes_.data());
+  }
+
+  const FieldDescriptor& Declared(const text::Level& level, const text::Field& field) const {
+    const Descriptor& type =
+        level.field == nullptr ? type_ : *schema_.types()[level.field->below].type;
+    return *type.FindFieldByNumber(static_cast<int>(schema_.tables().NumberOf(field)));
+  }
+
+  // A declared field that is kept as an unknown one.
+  void AddKept(const text::Level& level, const text::Field& field, std::string_view whole,
+               const std::string& why) {
+    findings_.Add(text::PathTo(schema_.tables(), level, field) + ": " + why +
+                  "; kept as unknown field " + std::to_string(schema_.tables().NumberOf(field)) +
+                  " (byte " + OffsetOf(whole) + ")");
+  }
+
   const Schema& schema_;
   const std::string_view bytes_;
   const Descriptor& type_;
   Findings& findings_;
+  // Fields that were read to their end.
+  std::uint32_t unknown_ = 0;
+  std::uint32_t wrong_type_ = 0;
 };
 
 }  // namespace
 
-void Findings::Add(Kind kind, const std::string& text) {
-  ++counts_.at(kind);
-  if (!text.empty() && (!full() || kind == kMalformed)) texts_.push_back(text);
+void Findings::Add(std::string text) {
+  if (!full()) texts.push_back(std::move(text));
 }
 
-bool Findings::full() const { return texts_.size() >= kMaxTexts; }
-
-bool Findings::empty() const {
-  return std::all_of(counts_.begin(), counts_.end(), [](std::size_t n) { return n == 0; });
-}
+bool Findings::full() const { return texts.size() >= kMaxTexts; }
 
 std::string Findings::Lines() const {
   std::string lines;
-  for (const std::string& text : texts_) lines += "# " + text + "\n";
+  for (const std::string& text : texts) lines += "# " + text + "\n";
   if (full()) lines += "# only the first 100 findings are shown\n";
   return lines;
 }
 
 std::string Findings::Summary() const {
-  static constexpr std::array<const char*, kKinds> kNames{
-      "malformed",        "required fields missing", "undeclared values",
-      "wrong wire types", "unknown fields",          "texts not UTF-8",
+  const std::pair<const char*, std::size_t> counts[] = {
+      {"required fields missing", missing}, {"undeclared values", undeclared},
+      {"wrong wire types", wrong_type},     {"unknown fields", unknown},
+      {"texts not UTF-8", not_utf8},
   };
-  std::string summary;
-  for (std::size_t kind = 0; kind < kKinds; ++kind) {
-    if (counts_.at(kind) == 0) continue;
-    if (!summary.empty()) summary += ", ";
-    summary += kNames.at(kind);
-    if (kind != kMalformed) summary += ": " + std::to_string(counts_.at(kind));
+  std::string summary = malformed() ? "malformed" : "";
+  for (const auto& [name, count] : counts) {
+    if (count == 0) continue;
+    summary += (summary.empty() ? "" : ", ") + std::string(name) + ": " + std::to_string(count);
   }
   return summary;
 }
 
-bool IsPlain(const text::Outcome& outcome) {
-  return outcome.canonical && outcome.acceptable() && outcome.unknown == 0 &&
-         outcome.undeclared == 0 && outcome.wrong_type == 0;
-}
-
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
+  const Descriptor& type = *message.GetDescriptor();
   Findings findings;
-  Reporter reporter(schema, bytes, *message.GetDescriptor(), findings);
-  const text::Outcome outcome =
-      text::WalkMessage(schema.tables(), schema.IndexOf(*message.GetDescriptor()), bytes, reporter);
+  Reporter reporter(schema, bytes, type, findings);
+  text::Outcome outcome =
+      text::WalkMessage(schema.tables(), schema.FindType(type.full_name())->index, bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.
   if (!outcome.malformed() && !parsed) {
-    reporter.ReportMalformed(bytes.size(), "", "the runtime refuses these bytes");
+    outcome.fault = text::Fault::kEndsInside;
+    findings.texts.push_back(Malformed(bytes.size(), "", "the runtime refuses these bytes"));
   }
-  if (!message.IsInitialized()) reporter.ReportMissing(message, "");
+  reporter.Finish(outcome, message);
   return findings;
 }
 

@@ -1,7 +1,9 @@
 #include "inspect/examine/glance.h"
 
+#include <array>
+
 #include "inspect/error.h"
-#include "inspect/examine/findings.h"
+#include "text/print.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -28,12 +30,10 @@ class Looker : public text::Handler {
   void String(const text::Level& level, const text::Field& field, std::string_view bytes) {
     Look(level, field, bytes);
   }
-  void Unknown(const text::Level& level, const text::Field* field, std::uint32_t /*number*/,
-               text::WireType type, std::string_view /*whole*/, std::string_view value) {
-    if (field == nullptr || field->kind != text::FieldKind::kEnum || type != text::kVarint) return;
-    const std::int32_t number = NumberIn(value);
-    if (IsError(level, *field)) glance_.error = std::to_string(number);
-    Look(level, *field, *field, static_cast<std::uint64_t>(number));
+  void Undeclared(const text::Level& level, const text::Field& field, std::uint64_t value,
+                  std::string_view /*whole*/) {
+    if (IsError(level, field)) glance_.error = std::to_string(static_cast<std::int32_t>(value));
+    Look(level, field, field, value);
   }
 
  private:
@@ -66,11 +66,11 @@ FieldCondition::FieldCondition(const Schema& schema, const std::string& conditio
   std::istringstream steps(path);
   for (std::string step; std::getline(steps, step, '.');) path_.push_back(step);
   std::vector<std::string> fields;
-  for (const Descriptor* type : schema.messages()) {
-    const FieldDescriptor* field = FindField(*type, path);
+  for (const TypeInfo& each : schema.types()) {
+    const FieldDescriptor* field = FindField(*each.type, path);
     if (field != nullptr && field->message_type() == nullptr) return;
-    for (int i = 0; i < type->field_count(); ++i) fields.push_back(type->field(i)->name());
   }
+  for (const FieldDescriptor* field : schema.fields()) fields.push_back(field->name());
   throw Error("--grep: no message has a field " + path +
               DidYouMean(path.substr(path.rfind('.') + 1), fields));
 }
@@ -87,18 +87,9 @@ bool FieldCondition::Names(const text::Tables& tables, const text::Level& level,
 }
 
 bool FieldCondition::Is(const text::Field& field, std::uint64_t number) const {
-  switch (field.kind) {
-    case text::FieldKind::kBool:
-      return Is(number != 0 ? "true" : "false");
-    case text::FieldKind::kUint64:
-      return Is(std::to_string(number));
-    case text::FieldKind::kUint32:
-      return Is(std::to_string(static_cast<std::uint32_t>(number)));
-    case text::FieldKind::kInt64:
-      return Is(std::to_string(static_cast<std::int64_t>(number)));
-    default:
-      return Is(std::to_string(static_cast<std::int32_t>(number)));
-  }
+  std::array<char, text::kMaxDigits> digits;
+  const char* end = text::WriteNumber(field, number, digits.data());
+  return Is({digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
 
 bool FieldCondition::Is(std::string_view value) const {

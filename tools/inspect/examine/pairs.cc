@@ -35,10 +35,10 @@ std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
   return response.time - request.time;
 }
 
-void Pairing::Take(Kind kind, Half half) {
-  if (kind == Kind::kRequest) {
+void Pairing::Take(std::string_view kind, Half half) {
+  if (kind == "request") {
     Request(std::move(half));
-  } else if (kind == Kind::kResponse) {
+  } else if (kind == "response") {
     Response(half);
   }
 }

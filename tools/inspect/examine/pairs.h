@@ -48,7 +48,7 @@ class Pairing {
       : report_(std::move(report)), limit_(limit) {}
 
   // Takes a request or a response; messages of other kinds belong to no pair.
-  void Take(Kind kind, Half half);
+  void Take(std::string_view kind, Half half);
   // Reports what is still unanswered.
   void Finish();
 

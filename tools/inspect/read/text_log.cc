@@ -234,8 +234,8 @@ class TextLogReader : public Traffic {
     if (HasLetters(line_.substr(header.end, begin - header.end))) {
       text::Handler none;
       const text::Outcome outcome =
-          text::WalkMessage(schema_.tables(), schema_.IndexOf(*header.type->type), bytes_, none);
-      if (!outcome.acceptable() || outcome.unknown + outcome.wrong_type != 0) return false;
+          text::WalkMessage(schema_.tables(), header.type->index, bytes_, none);
+      if (outcome.doubtful() || outcome.unknown != 0) return false;
     }
     return Fill(header, record);
   }
@@ -243,7 +243,7 @@ class TextLogReader : public Traffic {
   bool Fill(const Header& header, Record& record) {
     record.number = number_;
     ReadTime(line_.substr(0, header.begin), record);
-    const bool to_modem = header.type->kind == Kind::kRequest;
+    const bool to_modem = header.type->kind == "request";
     record.direction =
         header.direction.value_or(to_modem ? Direction::kToModem : Direction::kToTelephony);
     record.operation = header.operation;

@@ -3,7 +3,6 @@
 #include <google/protobuf/descriptor.pb.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -64,34 +63,31 @@ Schema::Schema(const std::string& descriptor_set) {
   for (const auto& file_proto : files.file()) {
     const FileDescriptor* file = pool_.BuildFileCollectingErrors(file_proto, &errors);
     if (file == nullptr) throw Error(descriptor_set + ": " + errors.text());
-    for (int i = 0; i < file->message_type_count(); ++i) {
-      messages_.push_back(file->message_type(i));
-    }
+    for (int i = 0; i < file->message_type_count(); ++i) AddType(*file->message_type(i));
     for (int i = 0; i < file->enum_type_count(); ++i) enums_.push_back(file->enum_type(i));
   }
   ReadSubscriberData(
       std::filesystem::path(descriptor_set).replace_filename("subscriber_data.txt").string());
-  tables_.Fill(messages_, subscriber_data_);
-  FillTypes();
+  tables_ = MakeTables(types_, subscriber_data_);
+  scratch_.resize(types_.size());
 }
 
-void Schema::FillTypes() {
-  for (const Descriptor* type : messages_) {
-    const FieldDescriptor* serial = type->FindFieldByName("serial");
-    const FieldDescriptor* error = type->FindFieldByName("error");
-    // The first word of the comment says the kind. Sets without comments leave it to the fields.
-    const std::string comment = Comment(*type);
-    Kind kind = serial == nullptr ? Kind::kIndication : Kind::kRequest;
-    if (serial != nullptr && error != nullptr) kind = Kind::kResponse;
-    for (const Kind each : {Kind::kRequest, Kind::kResponse, Kind::kIndication, Kind::kRecord}) {
-      const std::string_view name = KindName(each);
-      if (Lower(comment.substr(0, name.size())) == name) kind = each;
-    }
-    types_.push_back({type, IndexOf(*type), UnitOf(*type->file()), kind,
-                      serial == nullptr ? 0 : serial->number(), error});
-    types_by_name_[type->full_name()] = types_.size() - 1;
-    types_by_name_.emplace(type->name(), types_.size() - 1);
+void Schema::AddType(const Descriptor& type) {
+  const FieldDescriptor* serial = type.FindFieldByName("serial");
+  const FieldDescriptor* error = type.FindFieldByName("error");
+  // The first word of the comment says the kind. Sets without comments leave it to the fields.
+  std::string_view kind = serial == nullptr ? "indication" : "request";
+  if (serial != nullptr && error != nullptr) kind = "response";
+  const std::string comment = Comment(type);
+  for (const std::string_view each : {"request", "response", "indication", "record"}) {
+    if (Lower(comment.substr(0, each.size())) == each) kind = each;
   }
+  const std::size_t index = types_.size();
+  types_.push_back({&type, static_cast<unsigned>(index), UnitOf(*type.file()), kind,
+                    serial == nullptr ? 0 : serial->number(), error});
+  types_by_name_[type.full_name()] = index;
+  types_by_name_.emplace(type.name(), index);
+  for (int i = 0; i < type.field_count(); ++i) fields_.push_back(type.field(i));
 }
 
 void Schema::ReadSubscriberData(const std::string& path) {
@@ -110,11 +106,10 @@ void Schema::ReadSubscriberData(const std::string& path) {
   }
 }
 
-const Descriptor& Schema::GetMessage(std::string_view name) const {
-  const TypeInfo* found = FindType(name);
-  if (found != nullptr) return *found->type;
+const TypeInfo& Schema::GetType(std::string_view name) const {
+  if (const TypeInfo* found = FindType(name)) return *found;
   std::vector<std::string> names;
-  for (const Descriptor* each : messages_) names.push_back(each->name());
+  for (const TypeInfo& each : types_) names.push_back(each.type->name());
   throw Error("there is no message " + std::string(name) + DidYouMean(name, names));
 }
 
@@ -135,19 +130,13 @@ std::unique_ptr<Message> Schema::NewMessage(const Descriptor& type) const {
 }
 
 Message& Schema::Scratch(unsigned index) {
-  scratch_.resize(messages_.size());
-  if (!scratch_[index]) scratch_[index] = NewMessage(*messages_[index]);
+  if (!scratch_[index]) scratch_[index] = NewMessage(*types_[index].type);
   return *scratch_[index];
 }
 
 void Schema::RequireSubscriberData() const {
   if (!subscriber_data_.empty()) return;
   throw Error("there is no subscriber_data.txt beside the descriptor set: nothing can be masked");
-}
-
-std::string_view KindName(Kind kind) {
-  constexpr std::array<std::string_view, 4> kNames{"request", "response", "indication", "record"};
-  return kNames.at(static_cast<std::size_t>(kind));
 }
 
 std::string DefaultDescriptorSet() {

@@ -7,7 +7,6 @@
 #include <google/protobuf/message.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -16,7 +15,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "inspect/schema/schema_tables.h"
+#include "text/tables.h"
 
 namespace virtual_modem::inspect {
 
@@ -25,17 +24,12 @@ using google::protobuf::EnumDescriptor;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 
-enum class Kind : std::uint8_t { kRequest, kResponse, kIndication, kRecord };
-
-// "request", "response", "indication" or "record".
-std::string_view KindName(Kind kind);
-
 // What the traffic of messages is read by.
 struct TypeInfo {
   const Descriptor* type;
   unsigned index;  // in the tables
   std::string unit;
-  Kind kind;
+  std::string_view kind;         // request, response, indication or record
   int serial;                    // number of the field of that name, 0 when there is none
   const FieldDescriptor* error;  // null when there is none
 };
@@ -46,19 +40,18 @@ class Schema {
   // Throws Error when the set cannot be read.
   explicit Schema(const std::string& descriptor_set);
 
-  // In the order of declaration, unit by unit.
-  const std::vector<const Descriptor*>& messages() const { return messages_; }
-  const std::vector<const EnumDescriptor*>& enums() const { return enums_; }
-  // The same, by the index that a message has in the tables.
+  // In the order of declaration, unit by unit: the messages, the fields of all of them, the
+  // enumerations.
   const std::vector<TypeInfo>& types() const { return types_; }
-  const text::Tables& tables() const { return tables_.tables(); }
-  unsigned IndexOf(const Descriptor& type) const { return tables_.IndexOf(type); }
+  const std::vector<const FieldDescriptor*>& fields() const { return fields_; }
+  const std::vector<const EnumDescriptor*>& enums() const { return enums_; }
+  const text::Tables& tables() const { return *tables_; }
 
   // A message by its full name or, where that is unique, without its package; null when there is
   // none.
   const TypeInfo* FindType(std::string_view name) const;
   // The same, but throws Error with the nearest names.
-  const Descriptor& GetMessage(std::string_view name) const;
+  const TypeInfo& GetType(std::string_view name) const;
   const EnumDescriptor* FindEnum(std::string_view name) const;
 
   std::unique_ptr<Message> NewMessage(const Descriptor& type) const;
@@ -75,18 +68,24 @@ class Schema {
 
  private:
   void ReadSubscriberData(const std::string& path);
-  void FillTypes();
+  void AddType(const Descriptor& type);
 
   google::protobuf::DescriptorPool pool_;
   mutable google::protobuf::DynamicMessageFactory factory_{&pool_};
-  std::vector<const Descriptor*> messages_;
-  std::vector<const EnumDescriptor*> enums_;
   std::vector<TypeInfo> types_;
+  std::vector<const FieldDescriptor*> fields_;
+  std::vector<const EnumDescriptor*> enums_;
   std::unordered_map<std::string_view, std::size_t> types_by_name_;  // with and without package
-  SchemaTables tables_;
+  std::shared_ptr<const text::Tables> tables_;
   std::vector<std::unique_ptr<Message>> scratch_;  // by index
   std::unordered_set<const FieldDescriptor*> subscriber_data_;
 };
+
+// The tables of the walk over encoded bytes, for these messages. Throws Error for a field of a type
+// that the messages of a virtual modem do not use.
+std::shared_ptr<const text::Tables> MakeTables(
+    const std::vector<TypeInfo>& types,
+    const std::unordered_set<const FieldDescriptor*>& subscriber_data);
 
 // Where the descriptor set is: the environment variable VIRTUAL_MODEM_DESCRIPTOR_SET, else the data
 // folder of the tree that the running program is installed (or built) in.

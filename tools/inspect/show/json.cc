@@ -6,14 +6,13 @@
 #include <google/protobuf/util/type_resolver_util.h>
 
 #include <array>
-#include <charconv>
 #include <memory>
 #include <sstream>
 #include <vector>
 
 #include "inspect/error.h"
 #include "inspect/show/terminal.h"
-#include "text/walk.h"
+#include "text/print.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -58,22 +57,14 @@ class Writer : public text::Handler {
 
   void Number(const text::Level& /*level*/, const text::Field& field, std::uint64_t value) {
     Key(field);
-    switch (field.kind) {
-      case text::FieldKind::kBool:
-        json_ += value != 0 ? "true" : "false";
-        break;
-      case text::FieldKind::kUint32:
-        AppendNumber(static_cast<std::uint32_t>(value));
-        break;
-      case text::FieldKind::kInt64:  // in quotes, since JSON's numbers may be read as doubles
-        json_.append("\"").append(std::to_string(static_cast<std::int64_t>(value))).append("\"");
-        break;
-      case text::FieldKind::kUint64:
-        json_.append("\"").append(std::to_string(value)).append("\"");
-        break;
-      default:
-        AppendNumber(static_cast<std::int32_t>(value));
-    }
+    std::array<char, text::kMaxDigits> digits;
+    char* end = text::WriteNumber(field, value, digits.data());
+    // Those of 64 bits in quotes, since JSON's numbers may be read as doubles.
+    const bool quoted =
+        field.kind == text::FieldKind::kInt64 || field.kind == text::FieldKind::kUint64;
+    if (quoted) json_ += '"';
+    json_.append(digits.data(), end);
+    if (quoted) json_ += '"';
   }
   void Enum(const text::Level& /*level*/, const text::Field& field, std::uint64_t /*value*/,
             std::string_view name) {
@@ -90,10 +81,11 @@ class Writer : public text::Handler {
     } else if (!AppendJsonString(bytes, json_) && told_ != &field) {
       told_ = &field;
       const unsigned message = level.field == nullptr ? message_ : level.field->below;
-      findings_.Add(Findings::kText, schema_.messages()[message]->full_name() + "." +
-                                         std::string(schema_.tables().NameOf(field)) +
-                                         ": not UTF-8; \"?\" stands for each byte that is not"
-                                         " (the text output shows them)");
+      ++findings_.not_utf8;
+      findings_.Add(schema_.types()[message].type->full_name() + "." +
+                    std::string(schema_.tables().NameOf(field)) +
+                    ": not UTF-8; \"?\" stands for each byte that is not"
+                    " (the text output shows them)");
     }
   }
   std::size_t Begin(const text::Level& /*level*/, const text::Field& field) {
@@ -104,11 +96,9 @@ class Writer : public text::Handler {
   void End(const text::Level& /*level*/, const text::Field& /*field*/, std::size_t /*mark*/) {
     Finish();
   }
-  void Unknown(const text::Level& /*level*/, const text::Field* field, std::uint32_t /*number*/,
-               text::WireType type, std::string_view /*whole*/, std::string_view value) {
-    if (field == nullptr || field->kind != text::FieldKind::kEnum || type != text::kVarint) return;
-    Key(*field);
-    AppendNumber(NumberIn(value));
+  void Undeclared(const text::Level& level, const text::Field& field, std::uint64_t value,
+                  std::string_view /*whole*/) {
+    Number(level, field, value);
   }
 
   // Closes the message.
@@ -154,13 +144,6 @@ class Writer : public text::Handler {
       if (field.repeated) Open('[', &field);
     }
     if (field.repeated) NextElement();
-  }
-
-  template <typename Number>
-  void AppendNumber(Number number) {
-    std::array<char, 12> digits;
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    json_.append(digits.data(), result.ptr);
   }
 
   const Schema& schema_;

@@ -47,7 +47,7 @@ class Diagram : public LogView {
   }
 
   void Take(const Record& record, const Glance& glance, bool passes) override {
-    const Kind kind = record.type == nullptr ? Kind::kRecord : record.type->kind;
+    const std::string_view kind = record.type == nullptr ? "record" : record.type->kind;
     std::string text = record.name.empty() ? "?" : Escape(record.name);
     if (record.operation != 0) text += " op " + std::to_string(record.operation);
     if (glance.serial) text += " serial " + std::to_string(*glance.serial);
@@ -55,14 +55,14 @@ class Diagram : public LogView {
     pair_.clear();
     if (pairs_ && glance.serial) pairing_.Take(kind, MakeHalf(record, glance, passes));
     if (!passes) return;
-    const char* arrow = kind == Kind::kRequest ? "->>" : (kind == Kind::kResponse ? "-->>" : "-)");
+    const char* arrow = kind == "request" ? "->>" : (kind == "response" ? "-->>" : "-)");
     const bool to_modem = record.direction == Direction::kToModem;
     out_.Append(to_modem ? "  T" : "  M").Append(arrow).Append(to_modem ? "M: " : "T: ");
     out_.Append(text).Append(pair_).Append("\n");
     std::vector<std::string> findings;
     if (record.type != nullptr && !IsPlain(glance.outcome)) {
       Message& message = schema_.Scratch(record.type->index);
-      findings = ParseAndCheck(schema_, record.bytes, message).texts();
+      findings = ParseAndCheck(schema_, record.bytes, message).texts;
     }
     const std::string remark = Remark(record);
     if (!remark.empty()) findings.insert(findings.begin(), remark);

@@ -49,7 +49,7 @@ class Lines : public LogView {
     if (!record.name.empty()) out_.Append(",\"type\":\"").Append(record.name).Append("\"");
     if (record.type != nullptr) {
       out_.Append(",\"unit\":\"").Append(record.type->unit).Append("\",\"kind\":\"");
-      out_.Append(KindName(record.type->kind)).Append("\"");
+      out_.Append(record.type->kind).Append("\"");
     }
     if (record.operation != 0) out_.Append(",\"operation\":").Append(record.operation);
     if (glance.serial) out_.Append(",\"serial\":").Append(*glance.serial);
@@ -66,7 +66,7 @@ class Lines : public LogView {
   // Returns what is wrong with it.
   std::vector<std::string> PrintMessage(const Record& record) {
     std::vector<std::string> texts;
-    if (record.type != nullptr) texts = printer_.Print(record.type->index, record.bytes).texts();
+    if (record.type != nullptr) texts = printer_.Print(record.type->index, record.bytes).texts;
     const std::string remark = Remark(record);
     if (!remark.empty()) texts.insert(texts.begin(), remark);
     return texts;
