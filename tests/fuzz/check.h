@@ -1,6 +1,8 @@
 // What a fuzz target demands. Unlike assert() it stays in optimised builds.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,3 +13,8 @@
       std::abort();                                                                    \
     }                                                                                  \
   } while (false)
+
+// Which of so many types an input's first byte chooses; of more than 256 the second has a say too.
+inline std::size_t ChosenType(const std::uint8_t* input, std::size_t types) {
+  return (input[0] + 256 * (input[1] % ((types + 255) / 256))) % types;
+}

@@ -35,7 +35,7 @@ def main() -> None:
     for path in sorted(GOLDEN.glob("*.txt")):
         for sample in samples.read(path):
             name, data = sample.message, sample.data
-            index = bytes([names.index(name)])
+            index = bytes([names.index(name) % 256])
             file = f"golden-{name}-{sample.kind}"
             (seeds / "message_fuzzer" / file).write_bytes(index + bytes([CHUNK]) + data)
             (seeds / "text_fuzzer" / file).write_bytes(index + TEXT + data)

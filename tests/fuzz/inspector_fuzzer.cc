@@ -185,7 +185,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return true;
   }();
   if (size < 2 || !quiet) return -1;
-  const TypeInfo& type = schema.types()[data[0] % schema.types().size()];
+  const TypeInfo& type = schema.types()[ChosenType(data, schema.types().size())];
   const std::string_view bytes(reinterpret_cast<const char*>(data) + 2, size - 2);
   CheckMessage(schema, type.index, bytes);
   try {

@@ -49,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view text(reinterpret_cast<const char*>(data) + 2, size - 2);
   const std::uint64_t before = WorkSoFar();
   try {
-    Read(schema, static_cast<unsigned>(data[0] % schema.types().size()), data[1] % 10, text);
+    Read(schema, static_cast<unsigned>(ChosenType(data, schema.types().size())), data[1] % 10,
+         text);
   } catch (const Error&) {
     // Bad input, as told to the user.
   }

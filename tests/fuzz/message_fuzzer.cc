@@ -67,7 +67,7 @@ void Check(const MessageType& type, int chunk, std::string_view input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using virtual_modem::testing::AllMessageTypes;
   if (size < 2) return -1;
-  virtual_modem::testing::Check(AllMessageTypes()[data[0] % AllMessageTypes().size()], 1 + data[1],
-                                {reinterpret_cast<const char*>(data) + 2, size - 2});
+  virtual_modem::testing::Check(AllMessageTypes()[ChosenType(data, AllMessageTypes().size())],
+                                1 + data[1], {reinterpret_cast<const char*>(data) + 2, size - 2});
   return 0;
 }

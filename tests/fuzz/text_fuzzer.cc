@@ -129,6 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string input = bytes;
   // Repeated, lists outgrow the library's buffers.
   for (int copies = (data[1] & 0x1c) == 0x1c ? 8 : 1; copies > 1; --copies) input += bytes;
-  virtual_modem::testing::Check(AllMessageTypes()[data[0] % AllMessageTypes().size()], input);
+  virtual_modem::testing::Check(AllMessageTypes()[ChosenType(data, AllMessageTypes().size())],
+                                input);
   return 0;
 }

@@ -125,7 +125,9 @@ bool Findings::full() const { return texts.size() >= kMaxTexts; }
 std::string Findings::Lines() const {
   std::string lines;
   for (const std::string& text : texts) lines += "# " + text + "\n";
-  if (full()) lines += "# only the first 100 findings are shown\n";
+  if (full()) {
+    lines += "# only the first " + std::to_string(kMaxTexts) + " findings are shown\n";
+  }
   return lines;
 }
 
