@@ -82,6 +82,7 @@ class CheckAbi(unittest.TestCase):
 
     def test_what_cannot_be_compared(self):
         library = self.library()
+        self.check(2, "none.so is missing", self.folder / "none.so")
         self.check(2, "--accept writes it", library)
         self.check(0, "", "--accept", library)
         for words, file, damage in (("damaged", "libsample.so.abi.xz", b"<<<<<<< ours"),
