@@ -12,18 +12,14 @@
   > ZSH
   $ zsh -f complete.zsh <<'LINES'
   > iden
-  > decode --delim
   > decode virtualdata.proto.SlaveDeac
   > decode --from=bas
   > describe Dial.clir=CLIR_SUP
-  > log --unit ims
   > mask --trust-type --ty
   > LINES
   _virtual-modem-inspect
   identify
-  --delimited
   virtualdata.proto.SlaveDeactivateDataCallRequest
   --from=base64
   Dial.clir=CLIR_SUPPRESSION
-  ims_service
   --type

@@ -7,7 +7,7 @@ namespace {
 
 template <typename M>
 MessageType Describe(std::string_view name, std::string_view unit) {
-  MessageType type{name, unit, M::default_instance(), sizeof(M), {}, {}, {}, {}, {}};
+  MessageType type{name, unit, M::default_instance(), {}, {}, {}, {}, {}};
   type.copy = [](const MessageLite& from) -> std::unique_ptr<MessageLite> {
     return std::make_unique<M>(static_cast<const M&>(from));
   };

@@ -22,7 +22,6 @@ struct MessageType {
   std::string_view name;  // as GetTypeName() returns it
   std::string_view unit;  // schema file without its ending
   const MessageLite& prototype;
-  std::size_t object_size;  // sizeof the class, in bytes
 
   std::unique_ptr<MessageLite> (*copy)(const MessageLite& from);  // copy constructor
   MessageLite* (*create_on)(Arena* arena);                        // owned by the arena
