@@ -6,14 +6,12 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
-#include <map>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
-#include "inspect/show/terminal.h"
 
 namespace virtual_modem::inspect {
 namespace {
@@ -24,7 +22,7 @@ constexpr const char* kProgram = "virtual-modem-inspect";
 int Fail(const std::string& why, Status status) {
   std::cout.exceptions(std::ios::goodbit);  // what was written before still belongs there
   std::cout.flush();
-  std::cerr << kProgram << ": " << ForTerminal(why) << '\n';
+  Note(why);
   return status;
 }
 
@@ -73,10 +71,7 @@ class CommandLine {
                                   : error.what());
     }
     Schema schema(schema_.empty() ? DefaultDescriptorSet() : schema_);
-    Status status = kUsage;
-    for (const CLI::App* command : app_.get_subcommands()) {
-      status = runs_.at(command->get_name())(schema, options_);
-    }
+    const Status status = run_(schema, options_);
     std::cout.flush();
     return status;
   }
@@ -84,8 +79,7 @@ class CommandLine {
  private:
   CLI::App* Add(const std::string& name, const std::string& what,
                 Status (*run)(Schema&, const Options&)) {
-    runs_[name] = run;
-    return app_.add_subcommand(name, what);
+    return app_.add_subcommand(name, what)->callback([this, run] { run_ = run; });
   }
 
   void AddType(CLI::App* command) {
@@ -278,7 +272,7 @@ class CommandLine {
       "Explains messages of the virtual modem: decodes, encodes, identifies, describes, "
       "compares them.",
       kProgram};
-  std::map<std::string, Status (*)(Schema&, const Options&)> runs_;
+  Status (*run_)(Schema&, const Options&) = nullptr;  // of the command that was given
   std::string schema_;
   Options options_;
 };

@@ -1,5 +1,4 @@
 // decode: bytes in, text or JSON out, and beneath it what the message does not say by itself.
-#include <memory>
 #include <string>
 
 #include "inspect/commands/commands.h"
@@ -12,43 +11,33 @@ namespace virtual_modem::inspect {
 namespace {
 
 // Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error.
-void PrintFindings(const Findings& findings, const Options& options, bool shown, Output& out) {
+void PrintFindings(const Findings& findings, bool shown, Output& to) {
   if (findings.empty()) return;
   // Findings quote numbers, which may be subscriber data of the type that the bytes are of.
-  const std::string lines =
-      shown ? findings.Lines()
-            : "# not shown, as it does not fit the type: " + findings.Summary() + "\n";
-  if (options.json) {
-    out.AppendError(lines);
-  } else {
-    out.Append(lines);
-  }
+  to.Append(shown ? findings.Lines()
+                  : "# not shown, as it does not fit the type: " + findings.Summary() + "\n");
 }
 
 Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const Options& options,
-                    Output& out) {
+                    Output& out, Output& remarks) {
   DelimitedReader reader(stream);
-  stream.BeforeWait([&out] { out.Flush(); });
+  stream.BeforeWait([&] {
+    out.Flush();
+    remarks.Flush();
+  });
   std::int64_t count = 0;
   std::int64_t refused = 0;
   std::int64_t hidden = 0;
-  const auto heading = [&](auto append) {
-    append("# message ");
-    append(count);
-    append(" at byte ");
-    append(reader.offset());
-    append(", ");
-    append(static_cast<std::int64_t>(reader.size()));
-    append(" bytes\n");
+  const auto print_heading = [&] {
+    remarks.Append("# message ").Append(count).Append(" at byte ").Append(reader.offset());
+    remarks.Append(", ").Append(static_cast<std::int64_t>(reader.size())).Append(" bytes\n");
   };
   while (reader.Next()) {
-    if (!options.json) heading([&](auto part) { out.Append(part); });
+    if (!options.json) print_heading();
     const Findings findings = printer.Print(type, reader.bytes());
     if (options.json && printer.shown()) out.Append("\n");
-    if (!findings.empty()) {
-      if (options.json) heading([&](auto part) { out.AppendError(part); });
-      PrintFindings(findings, options, printer.shown(), out);
-    }
+    if (options.json && !findings.empty()) print_heading();
+    PrintFindings(findings, printer.shown(), remarks);
     if (!findings.acceptable()) ++refused;
     if (!printer.shown()) ++hidden;
     if (reader.cut()) {
@@ -68,6 +57,8 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const O
 Status DecodeCommand(Schema& schema, const Options& options) {
   const unsigned type = schema.GetType(options.type).index;
   Output out;
+  Output errors(std::cerr, &out);
+  Output& remarks = options.json ? errors : out;
   Printer printer(schema,
                   {options.json, options.mask, options.trust_type ? Misfit::kTrust : Misfit::kHide,
                    options.json && options.delimited},
@@ -77,16 +68,16 @@ Status DecodeCommand(Schema& schema, const Options& options) {
   if (options.delimited && as_is && !source.hex) {
     ByteStream stream(source.file);
     if (source.from == Encoding::kAuto) RefuseCapture(stream);
-    return DecodeStream(printer, type, stream, options, out);
+    return DecodeStream(printer, type, stream, options, out, remarks);
   }
   const std::string bytes = ReadBytes(source);
   if (options.delimited) {
     ByteStream stream(bytes, DisplayName(source));
-    return DecodeStream(printer, type, stream, options, out);
+    return DecodeStream(printer, type, stream, options, out, remarks);
   }
   const Findings findings = printer.Print(type, bytes);
   if (options.json && printer.shown()) out.Append("\n");
-  PrintFindings(findings, options, printer.shown(), out);
+  PrintFindings(findings, printer.shown(), remarks);
   if (findings.acceptable() && printer.shown()) return kOk;
   throw Error(DisplayName(source) + ": " +
               (printer.shown() ? "not a valid " : "not shown, as it does not fit ") + options.type +

@@ -1,20 +1,10 @@
 #include "inspect/examine/pairs.h"
 
-#include <utility>
-
 namespace virtual_modem::inspect {
 
 const char* Problem(PairKind kind) {
-  switch (kind) {
-    case PairKind::kUnanswered:
-      return "no response";
-    case PairKind::kAnsweredAgain:
-      return "answered again";
-    case PairKind::kUnasked:
-      return "no request";
-    default:
-      return "";
-  }
+  constexpr const char* kProblems[] = {"", "no response", "answered again", "no request"};
+  return kProblems[static_cast<std::size_t>(kind)];
 }
 
 Half MakeHalf(const Record& record, const Glance& glance, bool wanted) {
@@ -36,63 +26,39 @@ std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
 }
 
 void Pairing::Take(std::string_view kind, Half half) {
-  if (kind == "request") {
-    Request(std::move(half));
-  } else if (kind == "response") {
-    Response(half);
+  const bool is_request = kind == "request";
+  if (!is_request && kind != "response") return;
+  const bool asked_by_telephony = (half.direction == Direction::kToModem) == is_request;
+  const Key key = Key{static_cast<std::uint32_t>(half.serial)} << 1U | Key{asked_by_telephony};
+  const auto known = requests_.find(key);
+  if (is_request) {
+    // A serial that is used again stands for the new request alone.
+    if (known != requests_.end()) Forget(key, known->second.number);
+    requests_.emplace(key, Request{std::move(half), ++taken_});
+    order_.emplace_back(key, taken_);
+    if (order_.size() <= limit_) return;
+    Forget(order_.front().first, order_.front().second);
+    order_.pop_front();
+  } else if (known == requests_.end()) {
+    report_(PairKind::kUnasked, nullptr, &half);
+  } else {
+    Request& request = known->second;
+    report_(request.answered ? PairKind::kAnsweredAgain : PairKind::kAnswered, &request.half,
+            &half);
+    request.answered = true;
   }
 }
 
-Pairing::Key Pairing::KeyOf(std::int32_t serial, Direction direction) {
-  return Key{static_cast<std::uint32_t>(serial)} << 1U | static_cast<Key>(direction);
-}
-
-void Pairing::GiveUp(std::map<std::int64_t, Half>::iterator request) {
-  report_(PairKind::kUnanswered, &request->second, nullptr);
-  waiting_by_key_.erase(KeyOf(request->second.serial, request->second.direction));
-  waiting_.erase(request);
-}
-
-void Pairing::Request(Half request) {
-  const Key key = KeyOf(request.serial, request.direction);
-  // A serial that is used again stands for the new request alone.
-  const auto old = waiting_by_key_.find(key);
-  if (old != waiting_by_key_.end()) GiveUp(waiting_.find(old->second));
-  answered_.erase(key);
-  request.number = ++requests_;
-  waiting_by_key_[key] = request.number;
-  waiting_.emplace(request.number, std::move(request));
-  if (waiting_.size() > limit_) GiveUp(waiting_.begin());
-}
-
-void Pairing::Response(const Half& response) {
-  const Direction asked =
-      response.direction == Direction::kToModem ? Direction::kToTelephony : Direction::kToModem;
-  const Key key = KeyOf(response.serial, asked);
-  const auto waiting = waiting_by_key_.find(key);
-  if (waiting == waiting_by_key_.end()) {
-    const auto answered = answered_.find(key);
-    const bool again = answered != answered_.end();
-    report_(again ? PairKind::kAnsweredAgain : PairKind::kUnasked,
-            again ? &answered->second : nullptr, &response);
-    return;
-  }
-  const auto request = waiting_.find(waiting->second);
-  report_(PairKind::kAnswered, &request->second, &response);
-  answered_order_.emplace_back(key, request->first);
-  answered_[key] = std::move(request->second);
-  waiting_.erase(request);
-  waiting_by_key_.erase(waiting);
-  if (answered_order_.size() > limit_) {
-    const auto [oldest, number] = answered_order_.front();
-    answered_order_.pop_front();
-    const auto found = answered_.find(oldest);
-    if (found != answered_.end() && found->second.number == number) answered_.erase(found);
-  }
+// The number tells the request from a later one of the same key.
+void Pairing::Forget(Key key, std::int64_t number) {
+  const auto request = requests_.find(key);
+  if (request == requests_.end() || request->second.number != number) return;
+  if (!request->second.answered) report_(PairKind::kUnanswered, &request->second.half, nullptr);
+  requests_.erase(request);
 }
 
 void Pairing::Finish() {
-  while (!waiting_.empty()) GiveUp(waiting_.begin());
+  for (const auto& [key, number] : order_) Forget(key, number);
 }
 
 }  // namespace virtual_modem::inspect

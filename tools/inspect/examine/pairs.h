@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "inspect/examine/glance.h"
 #include "inspect/read/recording.h"
@@ -22,8 +23,7 @@ struct Half {
   std::string error;
   std::int32_t serial = 0;
   Direction direction = Direction::kToModem;
-  bool wanted = true;       // passes the filters
-  std::int64_t number = 0;  // of the request among all requests
+  bool wanted = true;  // passes the filters
 };
 
 Half MakeHalf(const Record& record, const Glance& glance, bool wanted);
@@ -32,6 +32,8 @@ Half MakeHalf(const Record& record, const Glance& glance, bool wanted);
 // sense: the response came before the request, or more than a day after it.
 std::optional<std::int64_t> Latency(const Half& request, const Half& response);
 
+// A response with its request, a request that nothing answered, a further response to a request, a
+// response that no request was for.
 enum class PairKind : std::uint8_t { kAnswered, kUnanswered, kAnsweredAgain, kUnasked, kKinds };
 
 // Such as "no response", empty for kAnswered.
@@ -39,11 +41,10 @@ const char* Problem(PairKind kind);
 
 class Pairing {
  public:
-  // Told of each pair once it is known: a response with its request, a request that nothing
-  // answered, a further response to a request, a response that no request was for.
+  // Told of each pair once it is known; what it has not is null.
   using Report = std::function<void(PairKind, const Half* request, const Half* response)>;
 
-  // More requests than limit are not waited for at once: the oldest counts as unanswered.
+  // Remembers as many requests as limit: one that is still waiting then counts as unanswered.
   explicit Pairing(Report report, std::size_t limit = 1U << 16U)
       : report_(std::move(report)), limit_(limit) {}
 
@@ -54,20 +55,19 @@ class Pairing {
 
  private:
   using Key = std::uint64_t;  // serial and side of the request
+  struct Request {
+    Half half;
+    std::int64_t number;  // among all requests
+    bool answered = false;
+  };
 
-  void Request(Half request);
-  void Response(const Half& response);
-  static Key KeyOf(std::int32_t serial, Direction direction);
-  void GiveUp(std::map<std::int64_t, Half>::iterator request);
+  void Forget(Key key, std::int64_t number);
 
   Report report_;
   const std::size_t limit_;
-  std::int64_t requests_ = 0;
-  std::map<std::int64_t, Half> waiting_;  // by number
-  std::unordered_map<Key, std::int64_t> waiting_by_key_;
-  std::unordered_map<Key, Half> answered_;
-  std::deque<std::pair<Key, std::int64_t>>
-      answered_order_;  // with the number, to forget the oldest
+  std::int64_t taken_ = 0;
+  std::unordered_map<Key, Request> requests_;
+  std::deque<std::pair<Key, std::int64_t>> order_;  // the oldest first, with its number
 };
 
 }  // namespace virtual_modem::inspect

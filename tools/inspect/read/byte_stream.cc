@@ -10,54 +10,11 @@
 #include <chrono>
 #include <cstring>
 #include <thread>
-#include <vector>
 
 #include "inspect/error.h"
 #include "inspect/read/input.h"
 
 namespace virtual_modem::inspect {
-
-// Expands gzip, of several members too, as a compressed log that was appended to has them.
-class ByteStream::Inflater {
- public:
-  Inflater() {
-    if (inflateInit2(&stream_, 16 + MAX_WBITS) != Z_OK) throw Error("zlib does not start");
-  }
-  Inflater(const Inflater&) = delete;
-  Inflater& operator=(const Inflater&) = delete;
-  ~Inflater() { inflateEnd(&stream_); }
-
-  template <typename ReadRaw>
-  std::size_t Read(char* to, std::size_t size, const ReadRaw& read, const std::string& name) {
-    stream_.next_out = reinterpret_cast<Bytef*>(to);
-    stream_.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
-    const uInt room = stream_.avail_out;
-    while (stream_.avail_out == room) {
-      if (stream_.avail_in == 0) {
-        stream_.avail_in = static_cast<uInt>(read(compressed_.data(), compressed_.size()));
-        stream_.next_in = reinterpret_cast<Bytef*>(compressed_.data());
-        if (stream_.avail_in == 0) {
-          if (!inside_) return 0;
-          throw Error(name + ": the gzip file is cut");
-        }
-      }
-      if (!inside_) inflateReset(&stream_);
-      inside_ = true;
-      const int result = inflate(&stream_, Z_NO_FLUSH);
-      if (result == Z_STREAM_END) {
-        inside_ = false;
-      } else if (result != Z_OK && result != Z_BUF_ERROR) {
-        throw Error(name + ": the gzip file is broken");
-      }
-    }
-    return room - stream_.avail_out;
-  }
-
- private:
-  z_stream stream_{};
-  std::vector<char> compressed_ = std::vector<char>(1U << 16U);
-  bool inside_ = false;
-};
 
 ByteStream::ByteStream(const std::string& path, bool follow)
     : name_(DisplayName(path)), follow_(follow) {
@@ -95,19 +52,44 @@ std::string_view ByteStream::Peek(std::size_t size) {
     begun_ = true;
     fill(2);
     if (ahead_ == "\x1F\x8B") {
-      inflater_ = std::make_unique<Inflater>();
-      compressed_.swap(ahead_);
+      inflate_.reset(new z_stream{});
+      if (inflateInit2(inflate_.get(), 16 + MAX_WBITS) != Z_OK) throw Error("zlib does not start");
+      begin_.swap(ahead_);
     }
   }
   fill(size);
   return ahead_;
 }
 
+void ByteStream::EndInflate::operator()(z_stream_s* stream) const {
+  inflateEnd(stream);
+  delete stream;
+}
+
+// A file may have several members of gzip, as a compressed log that was appended to has them.
 std::size_t ByteStream::ReadExpanded(char* to, std::size_t size) {
-  if (!inflater_) return ReadRaw(to, size);
-  return inflater_->Read(
-      to, size, [this](char* compressed, std::size_t room) { return ReadRaw(compressed, room); },
-      name_);
+  if (!inflate_) return ReadRaw(to, size);
+  inflate_->next_out = reinterpret_cast<Bytef*>(to);
+  inflate_->avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
+  const uInt room = inflate_->avail_out;
+  while (inflate_->avail_out == room) {
+    if (inflate_->avail_in == 0) {
+      compressed_.resize(1U << 16U);
+      inflate_->avail_in = static_cast<uInt>(ReadRaw(compressed_.data(), compressed_.size()));
+      inflate_->next_in = reinterpret_cast<Bytef*>(compressed_.data());
+      if (inflate_->avail_in == 0) {
+        if (!inside_) return 0;
+        throw Error(name_ + ": the gzip file is cut");
+      }
+    }
+    if (!inside_) inflateReset(inflate_.get());
+    const int result = inflate(inflate_.get(), Z_NO_FLUSH);
+    if (result != Z_OK && result != Z_BUF_ERROR && result != Z_STREAM_END) {
+      throw Error(name_ + ": the gzip file is broken");
+    }
+    inside_ = result != Z_STREAM_END;
+  }
+  return room - inflate_->avail_out;
 }
 
 bool ByteStream::IsElsewhere() const {
@@ -119,9 +101,9 @@ bool ByteStream::IsElsewhere() const {
 }
 
 std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
-  if (!compressed_.empty()) {
-    const std::size_t count = compressed_.copy(to, size);
-    compressed_.erase(0, count);
+  if (!begin_.empty()) {
+    const std::size_t count = begin_.copy(to, size);
+    begin_.erase(0, count);
     return count;
   }
   if (fd_ < 0) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+struct z_stream_s;
+
 namespace virtual_modem::inspect {
 
 class ByteStream {
@@ -36,7 +38,9 @@ class ByteStream {
   const std::string& name() const { return name_; }
 
  private:
-  class Inflater;
+  struct EndInflate {
+    void operator()(z_stream_s* stream) const;
+  };
 
   bool IsElsewhere() const;
   std::size_t ReadRaw(char* to, std::size_t size);
@@ -49,10 +53,12 @@ class ByteStream {
   bool moved_ = false;
   std::string_view memory_;
   std::int64_t position_ = 0;
-  std::string ahead_;       // peeked at
-  std::string compressed_;  // the same, for the inflater
+  std::string ahead_;  // peeked at
   bool begun_ = false;
-  std::unique_ptr<Inflater> inflater_;
+  std::unique_ptr<z_stream_s, EndInflate> inflate_;  // null when nothing is compressed
+  std::string begin_;                                // the first compressed bytes
+  std::string compressed_;                           // the next ones
+  bool inside_ = false;                              // a member of gzip
   std::function<void()> before_wait_;
 };
 

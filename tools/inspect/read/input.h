@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "inspect/read/byte_stream.h"
 #include "inspect/read/pasted.h"

@@ -236,17 +236,12 @@ Run TakeRun(std::string_view line, std::size_t at) {
     const char c = line[run.end];
     if (std::string_view(" :,-").find(c) == std::string_view::npos) break;
     if (separator != '\0' && c != separator) break;
-    std::size_t next = run.end + 1;
-    if (c == ',' && line[next] == ' ') ++next;
-    const Run group = TakeGroup(line, next);
+    const bool spaced = c == ',' && line[run.end + 1] == ' ';
+    const Run group = TakeGroup(line, run.end + (spaced ? 2 : 1));
     // What another separator follows may be a part of something else, such as a date.
-    const bool joined = group.end != 0 && group.digits % 2 == 0 && group.digits <= group_digits;
-    if (!joined) break;
-    if (group.end < line.size() &&
-        std::string_view(":-").find(line[group.end]) != std::string_view::npos &&
-        line[group.end] != c) {
-      break;
-    }
+    const char after = group.end < line.size() ? line[group.end] : c;
+    if (group.end == 0 || group.digits % 2 != 0 || group.digits > group_digits) break;
+    if (after != c && (after == ':' || after == '-')) break;
     separator = c;
     run.end = group.end;
     run.digits += group.digits;

@@ -1,7 +1,6 @@
 #include "inspect/read/recording.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "inspect/error.h"
 #include "inspect/read/input.h"

@@ -1,7 +1,6 @@
 // Messages as JSON and back, with the schema's own field names.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 

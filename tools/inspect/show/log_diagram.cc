@@ -1,7 +1,5 @@
 // A sequence diagram as Mermaid reads it: https://mermaid.js.org/syntax/sequenceDiagram.html
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "inspect/examine/findings.h"

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstring>
-#include <iostream>
 
 namespace virtual_modem::inspect {
 
@@ -29,18 +28,12 @@ Output& Output::Append(std::int64_t number) {
   return *this;
 }
 
-void Output::AppendError(std::string_view text) {
-  errors_ += text;
-  if (errors_.size() > buffer_.size()) Flush();
-}
-
 void Output::Flush() {
   const std::size_t size = used_;
   used_ = 0;
-  std::cout.write(buffer_.data(), static_cast<std::streamsize>(size));
-  std::cout.flush();
-  std::cerr << errors_;
-  errors_.clear();
+  if (before_ != nullptr) before_->Flush();
+  stream_.write(buffer_.data(), static_cast<std::streamsize>(size));
+  stream_.flush();
 }
 
 void Output::MakeRoom(std::size_t size) {

@@ -1,8 +1,8 @@
-// Standard output for much text, and what standard error says of it.
+// Standard output and standard error for much text.
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <iostream>
 #include <string_view>
 #include <vector>
 
@@ -10,19 +10,18 @@
 
 namespace virtual_modem::inspect {
 
-// Text is in std::cout when Flush() returns or the object is gone; a failure to write shows there.
-// What is for standard error follows it.
+// Text is in the stream when Flush() returns or the object is gone; a failure to write shows there.
 class Output {
  public:
-  Output() = default;
+  // What before holds is flushed before the text: standard error says something of what it shows.
+  explicit Output(std::ostream& stream = std::cout, Output* before = nullptr)
+      : stream_(stream), before_(before) {}
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
   ~Output();
 
   Output& Append(std::string_view text);
   Output& Append(std::int64_t number);
-  void AppendError(std::string_view text);
-  void AppendError(std::int64_t number) { AppendError(std::to_string(number)); }
   void Flush();
 
   // print(sink) writes the text of a message; it is called again when its text did not fit. A text
@@ -45,7 +44,8 @@ class Output {
 
   std::vector<char> buffer_ = std::vector<char>(1U << 17U);
   std::size_t used_ = 0;
-  std::string errors_;
+  std::ostream& stream_;
+  Output* const before_;
 };
 
 }  // namespace virtual_modem::inspect
