@@ -187,6 +187,7 @@ Frames that are not as they should be, and packets that carry none:
   > 5 > - 564d004100000000$(printf '61%.0s' {1..65})
   > 6 > - 564d00060000000748616e677570080010051801
   > 7 > - 564d00060000000548616e677570080010051801
+  > 8 > - 564d00060000000148616e677570
   > 9 > Hangup 080010051801 39
   > 11 > Hangup 080010051801 42
   > 12 47601:53 Hangup 080010051801
@@ -199,6 +200,7 @@ Frames that are not as they should be, and packets that carry none:
   01-01 00:00:05.000000 > ? - 0 B  # a frame without the name of a type
   01-01 00:00:06.000000 > Hangup #5 6 B platformtype: UNKNOW serial: 5 gsmindex: 1 # the frame announces 7 bytes and has 6
   01-01 00:00:07.000000 > Hangup #5 5 B platformtype: UNKNOW serial: 5 gsmindex: 0 # 1 bytes after the frame; malformed at byte 5 in gsmindex: the input ends inside a varint
+  01-01 00:00:08.000000 > Hangup - 0 B  # the frame announces 1 bytes and has 0; missing required platformtype; missing required serial; missing required gsmindex
   01-01 00:00:09.000000 > ? - 0 B  # the capture keeps 11 of the frame's 20 bytes
   01-01 00:00:11.000000 > Hangup - 0 B  # the capture keeps 14 of the frame's 20 bytes; missing required platformtype; missing required serial; missing required gsmindex
   01-01 00:00:16.000000 < ImsCallInfoIndicationInd - 5 B platformtype: QCOM info: "A" # the capture keeps 37 of the frame's 40 bytes
