@@ -20,6 +20,8 @@ Dial _Dial_default_instance_;
 namespace virtual_modem {
 enum class Mode : unsigned char { kShort = 1, kLong = 2 };
 struct Options { bool masked; int limit; };
+union Value { int number; };
+int Take(const Value& value) { return value.number; }
 struct Worker {
   const char* Work(const Options&, Mode) const;
   int Count() const;
@@ -40,6 +42,7 @@ CHANGES = [
     (1, 0, ["Options", "1.9.1 has to undo this or become 1.10.0"],
      [("int limit;", "int limit; long more;")]),
     (1, 1, ["limit", "kLong"], [("int limit;", ""), ("kLong = 2", "kLong = 3")]),
+    (1, 1, ["union virtual_modem::Value"], [("int number;", "long number;")]),
     (1, 1, ["from 'int' to 'long int'"], [("int Count", "long Count"),
                                           ("int Worker::Count", "long Worker::Count")]),
     (1, 1, ["Worker::Work", "Plain"], [("Options&, Mode) const;", "Options&) const;"),

@@ -139,8 +139,10 @@ What waits and what was answered is forgotten in the end:
 
 Masked, also where bytes do not fit their type:
 
-  $ printf '1000000000 < EmergencyNumber 080010011a063535313132322001\n' | "$TESTDIR/make_capture.py" | inspect log --redact | cut -c 1-120
+  $ printf '1000000000 < %s\n' 'EmergencyNumber 080010011a063535313132322001' 'CellIdentityOperatorNames 0a063535313132321005' |
+  >   "$TESTDIR/make_capture.py" | inspect log --redact | cut -c 1-120
   09-09 01:46:40.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # number: declared as string, 
+  09-09 01:46:40.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" # alphashort: declared as string, came as v
 
 Packed, in pieces, through a pipe, and broken:
 

@@ -72,7 +72,12 @@ Unknown bytes that read as a message are printed as one, down to the tenth:
   $ for depth in 10 11; do echo "0801 1003 1801 $(nested $depth)" | inspect decode Hangup | grep ': "\|1: 1'; done
                       1: 1
                       15: "\010\001"
-  $ for none in 0b14 0c01 0001 0601 0901 0d01; do echo "0801 1003 1801 7a02$none" | inspect decode Hangup | sed -n 4p; done
+  $ echo 0801 1003 1801 7a10 090102030405060708 0b0d010203040c | inspect decode Hangup | sed -n 4,7p
+  15 {
+    1: 0x0807060504030201
+    1 {
+      1: 0x04030201
+  $ for bytes in 0b14 0c01 0001 0601 0901 0d01; do echo "0801 1003 1801 7a02$bytes" | inspect decode Hangup | sed -n 4p; done
   15: "\013\024"
   15: "\014\001"
   15: "\000\001"
