@@ -1,3 +1,4 @@
+#include <endian.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,14 +29,6 @@ std::string FileHeader() {
   std::string header;
   capture::AppendFileHeader(capture::Resolution::kMicroseconds, header);
   return header;
-}
-
-std::uint32_t ReadFile32(const char* from) {
-  std::uint32_t value = 0;
-  for (unsigned i = 0; i < 4; ++i) {
-    value |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(from[i])) << (8 * i);
-  }
-  return value;
 }
 
 }  // namespace
@@ -124,7 +117,9 @@ class CaptureWriter::File {
     size_ = kFileHeaderBytes;
     while (pread(fd_, header, kRecordHeaderBytes, static_cast<off_t>(size_)) ==
            static_cast<ssize_t>(kRecordHeaderBytes)) {
-      const std::uint32_t packet = ReadFile32(header + 8);
+      std::uint32_t packet = 0;
+      std::memcpy(&packet, header + 8, sizeof packet);
+      packet = le32toh(packet);
       if (packet > capture::kMaxPacketBytes || size_ + kRecordHeaderBytes + packet > file_size)
         break;
       size_ += kRecordHeaderBytes + packet;

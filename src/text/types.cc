@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 
 #include "text/generated.h"
 
@@ -66,17 +67,9 @@ class TypesByClass {
 }  // namespace
 
 const char* KindName(Kind kind) {
-  switch (kind) {
-    case Kind::kRequest:
-      return "request";
-    case Kind::kResponse:
-      return "response";
-    case Kind::kIndication:
-      return "indication";
-    case Kind::kRecord:
-      return "record";
-  }
-  return "";
+  constexpr const char* kNames[] = {"request", "response", "indication", "record"};
+  const auto index = static_cast<std::size_t>(kind);
+  return index < std::size(kNames) ? kNames[index] : "";
 }
 
 TypeList Types() { return {kTypes, kTypeCount}; }

@@ -19,7 +19,7 @@ class Filter {
   Filter(const Schema& schema, const Options& options) : schema_(schema), options_(options) {
     for (const std::string& name : options.types) types_.push_back(&schema.GetType(name));
     for (const std::string& unit : options.units) CheckUnit(unit);
-    if (!options.grep.empty()) condition_.emplace(schema, options.grep);
+    if (!options.grep.empty()) condition_ = ParseCondition(schema, options.grep);
   }
 
   const FieldCondition* condition() const { return condition_ ? &*condition_ : nullptr; }

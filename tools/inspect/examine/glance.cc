@@ -1,5 +1,7 @@
 #include "inspect/examine/glance.h"
 
+#include <google/protobuf/stubs/strutil.h>
+
 #include <array>
 
 #include "inspect/error.h"
@@ -19,13 +21,13 @@ class Looker : public text::Handler {
         tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.serial)) {
       glance_.serial = static_cast<std::int32_t>(value);
     }
-    Look(level, field, field, value);
+    LookAtNumber(level, field, value);
   }
   void Enum(const text::Level& level, const text::Field& field, std::uint64_t value,
             std::string_view name) {
     if (IsError(level, field)) glance_.error = name;
     Look(level, field, name);
-    Look(level, field, field, value);
+    LookAtNumber(level, field, value);
   }
   void String(const text::Level& level, const text::Field& field, std::string_view bytes) {
     Look(level, field, bytes);
@@ -33,7 +35,7 @@ class Looker : public text::Handler {
   void Undeclared(const text::Level& level, const text::Field& field, std::uint64_t value,
                   std::string_view /*whole*/) {
     if (IsError(level, field)) glance_.error = std::to_string(static_cast<std::int32_t>(value));
-    Look(level, field, field, value);
+    LookAtNumber(level, field, value);
   }
 
  private:
@@ -41,12 +43,29 @@ class Looker : public text::Handler {
     return level.above == nullptr && type_.error != nullptr &&
            tables_.NumberOf(field) == static_cast<std::uint32_t>(type_.error->number());
   }
-  template <typename... Value>
-  void Look(const text::Level& level, const text::Field& field, const Value&... value) {
-    if (condition_ != nullptr && condition_->Names(tables_, level, field) &&
-        condition_->Is(value...)) {
-      glance_.has_field = true;
+  void Look(const text::Level& level, const text::Field& field, std::string_view value) {
+    if (!IsAtPath(level, field)) return;
+    const std::string& wanted = condition_->value;
+    const bool is = condition_->contains ? value.find(wanted) != value.npos : value == wanted;
+    glance_.has_field = glance_.has_field || is;
+  }
+  void LookAtNumber(const text::Level& level, const text::Field& field, std::uint64_t number) {
+    if (!IsAtPath(level, field)) return;
+    std::array<char, text::kMaxDigits> digits;
+    const char* end = text::WriteNumber(field, number, digits.data());
+    Look(level, field, {digits.data(), static_cast<std::size_t>(end - digits.data())});
+  }
+  // Whether the condition is about the field.
+  bool IsAtPath(const text::Level& level, const text::Field& field) const {
+    if (condition_ == nullptr) return false;
+    const text::Field* below = &field;
+    const text::Level* at = &level;
+    for (auto step = condition_->path.rbegin(); step != condition_->path.rend(); ++step) {
+      if (at == nullptr || tables_.NameOf(*below) != *step) return false;
+      below = at->field;
+      at = at->above;
     }
+    return at == nullptr;
   }
 
   const text::Tables& tables_;
@@ -57,43 +76,19 @@ class Looker : public text::Handler {
 
 }  // namespace
 
-FieldCondition::FieldCondition(const Schema& schema, const std::string& condition) {
+FieldCondition ParseCondition(const Schema& schema, const std::string& condition) {
   const std::size_t sign = condition.find_first_of("=~");
   if (sign == std::string::npos) throw UsageError("--grep: " + condition + " is not FIELD=VALUE");
-  contains_ = condition[sign] == '~';
-  value_ = condition.substr(sign + 1);
   const std::string path = condition.substr(0, sign);
-  std::istringstream steps(path);
-  for (std::string step; std::getline(steps, step, '.');) path_.push_back(step);
-  std::vector<std::string> fields;
   for (const TypeInfo& each : schema.types()) {
     const FieldDescriptor* field = FindField(*each.type, path);
-    if (field != nullptr && field->message_type() == nullptr) return;
+    if (field == nullptr || field->message_type() != nullptr) continue;
+    return {google::protobuf::Split(path, "."), condition[sign] == '~', condition.substr(sign + 1)};
   }
-  for (const FieldDescriptor* field : schema.fields()) fields.push_back(field->name());
+  std::vector<std::string> names;
+  for (const FieldDescriptor* field : schema.fields()) names.push_back(field->name());
   throw Error("--grep: no message has a field " + path +
-              DidYouMean(path.substr(path.rfind('.') + 1), fields));
-}
-
-bool FieldCondition::Names(const text::Tables& tables, const text::Level& level,
-                           const text::Field& field) const {
-  const text::Field* below = &field;
-  const text::Level* at = &level;
-  for (auto step = path_.rbegin(); step != path_.rend(); ++step, at = at->above) {
-    if (at == nullptr || tables.NameOf(*below) != *step) return false;
-    below = at->field;
-  }
-  return at == nullptr;
-}
-
-bool FieldCondition::Is(const text::Field& field, std::uint64_t number) const {
-  std::array<char, text::kMaxDigits> digits;
-  const char* end = text::WriteNumber(field, number, digits.data());
-  return Is({digits.data(), static_cast<std::size_t>(end - digits.data())});
-}
-
-bool FieldCondition::Is(std::string_view value) const {
-  return contains_ ? value.find(value_) != std::string_view::npos : value == value_;
+              DidYouMean(path.substr(path.rfind('.') + 1), names));
 }
 
 Glance TakeGlance(const Schema& schema, const TypeInfo& type, std::string_view bytes,

@@ -14,21 +14,14 @@ namespace virtual_modem::inspect {
 
 // FIELD=VALUE, or FIELD~VALUE for what contains the value. FIELD is a path below the message, such
 // as calls.number for that of any call.
-class FieldCondition {
- public:
-  // Throws Error when no message of the schema has such a field.
-  FieldCondition(const Schema& schema, const std::string& condition);
-
-  bool Names(const text::Tables& tables, const text::Level& level, const text::Field& field) const;
-  // VALUE is a number, true or false, the name of an enumeration's value, or the bytes of a string.
-  bool Is(const text::Field& field, std::uint64_t number) const;
-  bool Is(std::string_view value) const;
-
- private:
-  std::vector<std::string> path_;
-  bool contains_ = false;
-  std::string value_;
+struct FieldCondition {
+  std::vector<std::string> path;
+  bool contains = false;
+  std::string value;  // a number, true or false, the name of an enumeration's value, or a string
 };
+
+// Throws Error when no message of the schema has such a field.
+FieldCondition ParseCondition(const Schema& schema, const std::string& condition);
 
 struct Glance {
   std::optional<std::int32_t> serial;

@@ -219,10 +219,9 @@ HexResult ParseHex(std::string_view text, std::string& bytes, std::string& why) 
 bool IsDump(std::string_view text) { return Dump::Begins(text); }
 
 int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+  if (IsDigit(c)) return c - '0';
+  const char lower = static_cast<char>(c | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 std::string ToHex(std::string_view bytes) {

@@ -281,32 +281,30 @@ class TextLogReader : public Traffic {
         fraction += (line[end] - '0') * unit;
       }
     }
-    std::int64_t seconds = TwoDigits(line.substr(at)) * std::int64_t{3600} +
-                           TwoDigits(line.substr(at + 3)) * std::int64_t{60} +
-                           TwoDigits(line.substr(at + 6));
-    std::size_t begin = at;
-    if (at >= 6 && Looks(line.substr(at - 6), "00-00")) {
-      begin = at - 6;
-      const bool has_year = at >= 11 && Looks(line.substr(at - 11), "0000-");
-      if (has_year) begin = at - 11;
-      const auto in_year = [&](int year) {
-        std::tm date{};
-        date.tm_year = year - 1900;
-        date.tm_mon = TwoDigits(line.substr(at - 6)) - 1;
-        date.tm_mday = TwoDigits(line.substr(at - 3));
-        return seconds + timegm(&date);
-      };
-      if (has_year) {
-        seconds = in_year(TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2)));
-      } else {
-        // A line more than half a year from the one before it is on the other side of New Year.
-        if (latest_ >= 0 && in_year(year_) < latest_ - 183 * kDay) ++year_;
-        if (latest_ >= 0 && in_year(year_) > latest_ + 183 * kDay) --year_;
-        latest_ = seconds = in_year(year_);
-      }
+    const bool dated = at >= 6 && Looks(line.substr(at - 6), "00-00");
+    const bool has_year = dated && at >= 11 && Looks(line.substr(at - 11), "0000-");
+    const std::size_t begin = at - (has_year ? 11 : (dated ? 6 : 0));
+    const auto in_year = [&](int year) {
+      std::tm parts{};
+      parts.tm_year = year - 1900;
+      parts.tm_mon = dated ? TwoDigits(line.substr(at - 6)) - 1 : 0;
+      parts.tm_mday = dated ? TwoDigits(line.substr(at - 3)) : 1;
+      parts.tm_hour = TwoDigits(line.substr(at));
+      parts.tm_min = TwoDigits(line.substr(at + 3));
+      parts.tm_sec = TwoDigits(line.substr(at + 6));
+      return std::int64_t{timegm(&parts)};
+    };
+    int year = 1970;
+    if (has_year) year = TwoDigits(line.substr(begin)) * 100 + TwoDigits(line.substr(begin + 2));
+    if (dated && !has_year) {
+      // A line more than half a year from the one before it is on the other side of New Year.
+      if (latest_ >= 0 && in_year(year_) < latest_ - 183 * kDay) ++year_;
+      if (latest_ >= 0 && in_year(year_) > latest_ + 183 * kDay) --year_;
+      year = year_;
+      latest_ = in_year(year);
     }
     record.time_text = line.substr(begin, end - begin);
-    record.time = NanosecondsSince1970(seconds, fraction);
+    record.time = NanosecondsSince1970(in_year(year), fraction);
   }
 
   const Schema& schema_;
