@@ -14,14 +14,14 @@ namespace virtual_modem::inspect {
 namespace {
 
 // The bytes of a frame masked; none of a type that the schema does not have.
-std::string MaskedFrame(Schema& schema, const Record& record) {
+std::string MaskedFrame(const Schema& schema, const Record& record) {
   std::string masked;
   if (record.type == nullptr) return masked;
-  text::Handler none;
-  const unsigned type = record.type->index;
-  const text::Outcome outcome = text::WalkMessage(schema.tables(), type, record.bytes, none);
-  text::AppendMasked(schema.tables(), type, record.bytes,
-                     outcome.doubtful() ? text::Show::kShape : text::Show::kMasked, masked);
+  const auto mask = [&](text::Show show) {
+    masked.clear();
+    return text::AppendMasked(schema.tables(), record.type->index, record.bytes, show, masked);
+  };
+  if (mask(text::Show::kMasked).doubtful()) mask(text::Show::kShape);
   return masked;
 }
 

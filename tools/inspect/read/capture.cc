@@ -61,11 +61,6 @@ bool ReadDatagram(std::string_view packet, Direction& direction, std::string_vie
 
 // Reads a frame, of which lost bytes were not kept. The record tells what is wrong with it.
 void ReadFrame(const Schema& schema, std::string_view frame, std::size_t lost, Record& record) {
-  record.operation = 0;
-  record.name = {};
-  record.type = nullptr;
-  record.bytes = {};
-  record.problem.clear();
   const std::string cut = "the capture keeps " + std::to_string(frame.size()) + " of the frame's " +
                           std::to_string(frame.size() + lost) + " bytes";
   // A bound of 0 has name and size told though the message is not all there.
@@ -129,6 +124,7 @@ class CaptureReader : public Traffic {
       packet.remove_prefix(std::min(link_header_, packet.size()));
       const std::size_t lost = header->len > header->caplen ? header->len - header->caplen : 0;
       std::string_view frame;
+      record = Record();
       if (!ReadDatagram(packet, record.direction, frame)) {
         ++foreign_;
         continue;

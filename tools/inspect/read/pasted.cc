@@ -89,50 +89,38 @@ struct Literal {
   bool broken = false;  // has an invalid escape
 };
 
-// Finds one literal after the other, and looks at each byte three times at most: what no quote
-// closes once is not closed from anywhere after it either.
-class LiteralFinder {
- public:
-  explicit LiteralFinder(std::string_view text) : text_(text) {}
-
-  bool Next(Literal& literal) {
-    for (; at_ < text_.size(); ++at_) {
-      const char quote = text_[at_];
-      if (quote != '"' && quote != '\'') continue;
-      const bool marked = at_ > 0 && (text_[at_ - 1] == 'b' || text_[at_ - 1] == 'B');
-      const bool apostrophe = at_ > (marked ? 1 : 0) && IsWord(text_[at_ - (marked ? 2 : 1)]);
-      bool& open = quote == '"' ? open_quote_ : open_apostrophe_;
-      if (apostrophe || open) continue;
-      literal = {at_ - (marked ? 1 : 0), 0, "", false};
-      std::string_view rest = text_.substr(at_ + 1);
-      while (!rest.empty() && rest.front() != quote) {
-        if (TakeCharacter(rest, literal.bytes)) continue;
-        literal.broken = true;
-        if (!rest.empty()) rest.remove_prefix(1);
-      }
-      open = rest.empty();
-      if (open) continue;
-      at_ = literal.end = text_.size() - rest.size() + 1;
-      return true;
+// The longest string, whose end is 0 when there is none. Looks at each byte three times at most:
+// what no quote closes once is not closed from anywhere after it either.
+Literal FindLongest(std::string_view text) {
+  Literal longest;
+  bool open_quote = false;
+  bool open_apostrophe = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char quote = text[at];
+    if (quote != '"' && quote != '\'') continue;
+    const bool marked = at > 0 && (text[at - 1] == 'b' || text[at - 1] == 'B');
+    const bool apostrophe = at > (marked ? 1 : 0) && IsWord(text[at - (marked ? 2 : 1)]);
+    bool& open = quote == '"' ? open_quote : open_apostrophe;
+    if (apostrophe || open) continue;
+    Literal literal{at - (marked ? 1 : 0), 0, "", false};
+    std::string_view rest = text.substr(at + 1);
+    while (!rest.empty() && rest.front() != quote) {
+      if (TakeCharacter(rest, literal.bytes)) continue;
+      literal.broken = true;
+      if (!rest.empty()) rest.remove_prefix(1);
     }
-    return false;
+    open = rest.empty();
+    if (open) continue;
+    at = text.size() - rest.size();
+    literal.end = at + 1;
+    if (longest.end == 0 || literal.bytes.size() > longest.bytes.size()) longest = literal;
   }
-
- private:
-  std::string_view text_;
-  std::size_t at_ = 0;
-  bool open_quote_ = false;
-  bool open_apostrophe_ = false;
-};
+  return longest;
+}
 
 // The longest literal is meant.
 std::string ParseString(std::string_view text, std::string& note) {
-  LiteralFinder finder(text);
-  Literal literal;
-  Literal longest;
-  while (finder.Next(literal)) {
-    if (longest.end == 0 || literal.bytes.size() > longest.bytes.size()) longest = literal;
-  }
+  const Literal longest = FindLongest(text);
   if (longest.end == 0) throw Error("no string in quotes");
   if (longest.broken) {
     throw Error(R"(a string with an escape that stands for no byte; \ooo and \xhh do)");

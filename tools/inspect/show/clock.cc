@@ -6,13 +6,10 @@
 namespace virtual_modem::inspect {
 namespace {
 
-// Appends the last digits of a number, zeros before it included.
-void AppendDigits(std::string& to, std::int64_t number, int digits) {
-  std::array<char, 9> text;
-  for (int i = digits; i-- > 0; number /= 10) {
-    text.at(static_cast<std::size_t>(i)) = static_cast<char>('0' + number % 10);
-  }
-  to.append(text.data(), static_cast<std::size_t>(digits));
+// Appends a number of at most that many digits, with zeros before it.
+void AppendDigits(std::string& to, std::int64_t number, std::size_t digits) {
+  const std::string text = std::to_string(number);
+  to.append(digits - text.size(), '0').append(text);
 }
 
 std::string Format(const char* format, const std::tm& parts) {

@@ -38,13 +38,8 @@ std::string ForTerminal(std::string_view text) {
     const std::uint32_t code = TakeUtf8(text, size);
     const bool shown = size != 0 && !ActsOnTerminal(code);
     if (size == 0) size = 1;
-    for (const char c : text.substr(0, size)) {
-      if (shown) {
-        safe += c;
-      } else {
-        safe += "\\x" + ToHex({&c, 1});
-      }
-    }
+    if (shown) safe += text.substr(0, size);
+    for (std::size_t i = 0; i < size && !shown; ++i) safe += "\\x" + ToHex(text.substr(i, 1));
     text.remove_prefix(size);
   }
   return safe;
