@@ -55,8 +55,8 @@ BUILDS = [
 ]
 BASE = BUILDS[0].name
 # Messages as text; the first is what the second is compared with.
-TEXT = [Build("full runtime", "release", "text-full", "^text/"),
-        Build("companion library", "release", "text-release", "^text/")]
+TEXT = [Build("full runtime", "release", "full", "^text/"),
+        Build("companion library", "release", "release", "^text/")]
 
 
 def run(source: pathlib.Path, build: Build, *options: str, under: tuple = ()) -> str:
