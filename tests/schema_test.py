@@ -224,6 +224,19 @@ class MessageList(unittest.TestCase):
         self.assertEqual(len(checksums), len(changed))
 
 
+class Loaded(unittest.TestCase):
+    # What pages show of it.
+    def test_wire_and_references(self):
+        everything = schema.load(DESCRIPTOR_SET)
+        on_the_wire = {f.name: (f.tag, f.wire) for f in everything.find("QImsCall").fields}
+        self.assertEqual(on_the_wire["number"], ("4a", "length"))
+        self.assertEqual(on_the_wire["flag16"], ("80 01", "varint"))
+        values = everything.find("RadioPrlIndicator").values
+        self.assertEqual((values[0].number, values[0].wire), (-1, "ff" + 8 * " ff" + " 01"))
+        self.assertEqual(everything.find("ImsParticipant").carried_by,
+                         [("ImsConferenceParticipants", "participants")])
+
+
 class Words(unittest.TestCase):
     # A field moved to the other list by mistake is decided once, too.
     def test_what_is_personal_by_its_name_is_masked(self):

@@ -213,10 +213,11 @@ TEST_F(Capture, RotatesOverTwoFiles) {
     return text;
   };
   const auto free_descriptor = [] {
-    const int descriptor = dup(0);
+    const int descriptor = dup(1);
     close(descriptor);
     return static_cast<rlim_t>(descriptor);
   };
+  close(0);  // a descriptor as any other
   writer_.Open(path_);
   ASSERT_TRUE(writer_.Write(Direction::kToModem, dial_));
   const std::size_t record = ReadFile(path_).size() - kFileHeader;
@@ -251,6 +252,8 @@ TEST_F(Capture, RotatesOverTwoFiles) {
   EXPECT_TRUE(writer_.Write(Direction::kToModem, dial_));
   EXPECT_EQ(serials(path_), "7");
   EXPECT_EQ(serials(path_ + ".1"), "7");
+  writer_.Close();
+  EXPECT_EQ(free_descriptor(), 0U);
 }
 
 TEST_F(Capture, EndsWithAWholeRecordWhenTheDiskIsFull) {
