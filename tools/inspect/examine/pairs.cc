@@ -1,21 +1,18 @@
 #include "inspect/examine/pairs.h"
 
+#include <utility>
+
 namespace virtual_modem::inspect {
+namespace {
+
+// A request that is still waiting when so many came after it counts as unanswered.
+constexpr std::size_t kMostRequests = 1U << 16U;
+
+}  // namespace
 
 const char* Problem(PairKind kind) {
   constexpr const char* kProblems[] = {"", "no response", "answered again", "no request"};
   return kProblems[static_cast<std::size_t>(kind)];
-}
-
-Half MakeHalf(const Record& record, const Glance& glance, bool wanted) {
-  Half half;
-  half.time = record.time;
-  half.type = record.name;
-  half.error = glance.error;
-  half.serial = glance.serial.value_or(0);
-  half.direction = record.direction;
-  half.wanted = wanted;
-  return half;
 }
 
 std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
@@ -25,7 +22,7 @@ std::optional<std::int64_t> Latency(const Half& request, const Half& response) {
   return response.time - request.time;
 }
 
-void Pairing::Take(std::string_view kind, Half half) {
+void Pairing::TakeHalf(std::string_view kind, Half half) {
   const bool is_request = kind == "request";
   if (!is_request && kind != "response") return;
   const bool asked_by_telephony = (half.direction == Direction::kToModem) == is_request;
@@ -36,15 +33,15 @@ void Pairing::Take(std::string_view kind, Half half) {
     if (known != requests_.end()) Forget(key, known->second.number);
     requests_.emplace(key, Request{std::move(half), ++taken_});
     order_.emplace_back(key, taken_);
-    if (order_.size() <= limit_) return;
+    if (order_.size() <= kMostRequests) return;
     Forget(order_.front().first, order_.front().second);
     order_.pop_front();
   } else if (known == requests_.end()) {
-    report_(PairKind::kUnasked, nullptr, &half);
+    TakePair(PairKind::kUnasked, nullptr, &half);
   } else {
     Request& request = known->second;
-    report_(request.answered ? PairKind::kAnsweredAgain : PairKind::kAnswered, &request.half,
-            &half);
+    TakePair(request.answered ? PairKind::kAnsweredAgain : PairKind::kAnswered, &request.half,
+             &half);
     request.answered = true;
   }
 }
@@ -53,11 +50,11 @@ void Pairing::Take(std::string_view kind, Half half) {
 void Pairing::Forget(Key key, std::int64_t number) {
   const auto request = requests_.find(key);
   if (request == requests_.end() || request->second.number != number) return;
-  if (!request->second.answered) report_(PairKind::kUnanswered, &request->second.half, nullptr);
+  if (!request->second.answered) TakePair(PairKind::kUnanswered, &request->second.half, nullptr);
   requests_.erase(request);
 }
 
-void Pairing::Finish() {
+void Pairing::FinishPairs() {
   for (const auto& [key, number] : order_) Forget(key, number);
 }
 

@@ -32,15 +32,9 @@ std::string Escape(std::string_view text) {
   return safe;
 }
 
-class Diagram : public LogView {
+class Diagram : public LogView, Pairing {
  public:
-  Diagram(Schema& schema, bool pairs, Output& out)
-      : schema_(schema),
-        pairs_(pairs),
-        out_(out),
-        pairing_([this](PairKind kind, const Half* request, const Half* response) {
-          TakePair(kind, request, response);
-        }) {
+  Diagram(Schema& schema, bool pairs, Output& out) : schema_(schema), pairs_(pairs), out_(out) {
     out_.Append("sequenceDiagram\n  participant T as Telephony\n  participant M as Modem\n");
   }
 
@@ -51,7 +45,7 @@ class Diagram : public LogView {
     if (glance.serial) text += " serial " + std::to_string(*glance.serial);
     if (!glance.error.empty()) text += " " + Escape(glance.error);
     pair_.clear();
-    if (pairs_ && glance.serial) pairing_.Take(kind, MakeHalf(record, glance, passes));
+    if (pairs_ && glance.serial) TakeHalf(kind, Half(record, glance, passes));
     if (!passes) return;
     const char* arrow = kind == "request" ? "->>" : (kind == "response" ? "-->>" : "-)");
     const bool to_modem = record.direction == Direction::kToModem;
@@ -62,15 +56,14 @@ class Diagram : public LogView {
       Message& message = schema_.Scratch(record.type->index);
       findings = ParseAndCheck(schema_, record.bytes, message).texts;
     }
-    const std::string remark = Remark(record);
-    if (!remark.empty()) findings.insert(findings.begin(), remark);
+    AddRemark(record, findings);
     Note(findings);
   }
 
-  void Finish() override { pairing_.Finish(); }
+  void Finish() override { FinishPairs(); }
 
  private:
-  void TakePair(PairKind kind, const Half* request, const Half* response) {
+  void TakePair(PairKind kind, const Half* request, const Half* response) override {
     if (response == nullptr) {
       if (!request->wanted) return;
       Note({request->type + " serial " + std::to_string(request->serial) + ": " + Problem(kind)});
@@ -97,7 +90,6 @@ class Diagram : public LogView {
   Schema& schema_;
   const bool pairs_;
   Output& out_;
-  Pairing pairing_;
   std::string pair_;  // what the response in hand is told to have to do with its request
 };
 

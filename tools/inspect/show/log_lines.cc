@@ -67,8 +67,7 @@ class Lines : public LogView {
   std::vector<std::string> PrintMessage(const Record& record) {
     std::vector<std::string> texts;
     if (record.type != nullptr) texts = printer_.Print(record.type->index, record.bytes).texts;
-    const std::string remark = Remark(record);
-    if (!remark.empty()) texts.insert(texts.begin(), remark);
+    AddRemark(record, texts);
     return texts;
   }
 
@@ -80,9 +79,10 @@ class Lines : public LogView {
 
 }  // namespace
 
-std::string Remark(const Record& record) {
+void AddRemark(const Record& record, std::vector<std::string>& texts) {
   const bool strange = record.type == nullptr && !record.name.empty() && record.problem.empty();
-  return strange ? "the schema has no such type" : record.problem;
+  const std::string remark = strange ? "the schema has no such type" : record.problem;
+  if (!remark.empty()) texts.insert(texts.begin(), remark);
 }
 
 std::unique_ptr<LogView> MakeLines(Schema& schema, bool json, bool mask, Output& out) {

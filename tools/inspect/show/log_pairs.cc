@@ -11,24 +11,19 @@
 namespace virtual_modem::inspect {
 namespace {
 
-class Pairs : public LogView {
+class Pairs : public LogView, Pairing {
  public:
-  Pairs(bool json, Output& out)
-      : json_(json),
-        out_(out),
-        pairing_([this](PairKind kind, const Half* request, const Half* response) {
-          Show(kind, request, response);
-        }) {}
+  Pairs(bool json, Output& out) : json_(json), out_(out) {}
 
   void Take(const Record& record, const Glance& glance, bool passes) override {
     if (record.type == nullptr || !glance.serial) return;
-    Half half = MakeHalf(record, glance, passes);
+    Half half(record, glance, passes);
     half.time_text = json_ ? Clock::Json(record) : std::string(clock_.Local(record));
-    pairing_.Take(record.type->kind, std::move(half));
+    TakeHalf(record.type->kind, std::move(half));
   }
 
   void Finish() override {
-    pairing_.Finish();
+    FinishPairs();
     if (json_) return;
     out_.Append("# ").Append(counts_[0]).Append(" answered");
     if (timed_ > 0) {
@@ -41,7 +36,7 @@ class Pairs : public LogView {
   }
 
  private:
-  void Show(PairKind kind, const Half* request, const Half* response) {
+  void TakePair(PairKind kind, const Half* request, const Half* response) override {
     const bool wanted =
         (request != nullptr && request->wanted) || (response != nullptr && response->wanted);
     if (!wanted) return;
@@ -83,7 +78,6 @@ class Pairs : public LogView {
   const bool json_;
   Output& out_;
   Clock clock_;
-  Pairing pairing_;
   std::array<std::int64_t, static_cast<std::size_t>(PairKind::kKinds)> counts_{};
   std::int64_t timed_ = 0;  // pairs whose latency is known
   double latency_sum_ = 0;  // what integers cannot count, too

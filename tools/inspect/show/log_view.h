@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "inspect/examine/glance.h"
 #include "inspect/read/recording.h"
@@ -19,8 +20,8 @@ class LogView {
   virtual void Finish() {}
 };
 
-// What is wrong with the frame or the line, beside the message in it; empty for nothing.
-std::string Remark(const Record& record);
+// Puts first what is wrong with the frame or the line, beside the message in it.
+void AddRemark(const Record& record, std::vector<std::string>& texts);
 
 // A line of text or a JSON object for each message.
 std::unique_ptr<LogView> MakeLines(Schema& schema, bool json, bool mask, Output& out);
