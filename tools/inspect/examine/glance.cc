@@ -46,7 +46,8 @@ class Looker : public text::Handler {
   void Look(const text::Level& level, const text::Field& field, std::string_view value) {
     if (!IsAtPath(level, field)) return;
     const std::string& wanted = condition_->value;
-    const bool is = condition_->contains ? value.find(wanted) != value.npos : value == wanted;
+    const bool is =
+        condition_->contains ? value.find(wanted) != std::string_view::npos : value == wanted;
     glance_.has_field = glance_.has_field || is;
   }
   void LookAtNumber(const text::Level& level, const text::Field& field, std::uint64_t number) {
