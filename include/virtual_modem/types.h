@@ -210,8 +210,8 @@ class Visiting<Base, Visitor, Classes<T...>> {
   static constexpr bool kHasOverload = kTaken<M> && !IsRest<M>();
 
   static constexpr bool kTakesRest = (... || IsRest<T>());
-  static constexpr std::size_t kOverloads = (std::size_t{0} + ... + kHasOverload<T>);
-  static_assert(kTakesRest || kOverloads != 0, "the visitor takes no message of the library");
+  static_assert(kTakesRest || (... || kHasOverload<T>),
+                "the visitor takes no message of the library");
 
   template <typename M>
   static auto ResultOf() {
@@ -230,26 +230,19 @@ class Visiting<Base, Visitor, Classes<T...>> {
     const Type& type = TypeOf(message);
     Answer answer{};
     if (type.prototype == nullptr) return answer;
-    bool called = false;
-    if constexpr (kOverloads > 16) {
-      static constexpr Function kCalls[] = {FunctionFor<T>()...};
-      const Function call = kCalls[&type - Types().begin()];
-      called = call != nullptr;
-      if (called) call(message, visitor, answer);
-    } else {
-      called = (... || CallIf<T>(type, message, visitor, answer));
-      if constexpr (kTakesRest) {
-        if (!called) Call<Base>(message, visitor, answer);
-        called = true;
-      }
+    // Compilers make a jump of the comparisons.
+    const auto index = static_cast<std::size_t>(&type - Types().begin());
+    std::size_t next = 0;
+    bool called = (... || CallIf<T>(index == next++, message, visitor, answer));
+    if constexpr (kTakesRest) {
+      if (!called) Call<Base>(message, visitor, answer);
+      called = true;
     }
     if constexpr (std::is_void_v<Result>) answer = called;
     return answer;
   }
 
  private:
-  using Function = void (*)(Base&, Visitor&, Answer&);
-
   template <typename M>
   static void Call(Base& message, Visitor& visitor, [[maybe_unused]] Answer& answer) {
     if constexpr (std::is_void_v<Result>) {
@@ -259,19 +252,9 @@ class Visiting<Base, Visitor, Classes<T...>> {
     }
   }
   template <typename M>
-  static constexpr Function FunctionFor() {
+  static bool CallIf(bool is_m, Base& message, Visitor& visitor, Answer& answer) {
     if constexpr (kHasOverload<M>) {
-      return &Call<M>;
-    } else if constexpr (kTakesRest) {
-      return &Call<Base>;
-    } else {
-      return nullptr;
-    }
-  }
-  template <typename M>
-  static bool CallIf(const Type& type, Base& message, Visitor& visitor, Answer& answer) {
-    if constexpr (kHasOverload<M>) {
-      if (type.prototype != &M::default_instance()) return false;
+      if (!is_m) return false;
       Call<M>(message, visitor, answer);
       return true;
     } else {
@@ -291,7 +274,7 @@ class Visiting<Base, Visitor, Classes<T...>> {
 // message of another library. For visitors that return void, or different types, Visit() returns a
 // bool: whether the visitor was called.
 //
-// Costs a look-up, and some comparisons or a call through a pointer.
+// Costs a look-up, and a jump or some comparisons.
 template <typename Visitor>
 auto Visit(const google::protobuf::MessageLite& message, Visitor&& visitor) {
   using Visiting = internal::Visiting<const google::protobuf::MessageLite,
