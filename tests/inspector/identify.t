@@ -18,7 +18,8 @@ A short one fits many; twins are on one line:
 
 What speaks against a type ranks it lower:
 
-  $ inspect identify --all --hex 08011063 | grep -A 1 'UusInfo$' | sed 's|^.*[.] ||'
+  $ inspect identify --all --hex 08011063 | sed -n 's|^.*[.] ||; /CellIdentityCdma$/p; /UusInfo$/,+1p'
+  CellIdentityCdma
   UusInfo
      undeclared values: 1, 1 of 3 fields present, a record within other messages
   $ echo 0800 f83f01 | inspect identify | head -n 2
