@@ -1,6 +1,6 @@
   $ . "$TESTDIR/setup.sh"
 
-  $ inspect describe | head -n 1
+  $ VIRTUAL_MODEM_DESCRIPTOR_SET= inspect describe | head -n 1
   radio: 93 messages, 38 enumerations
   $ inspect describe Hangup | grep -v -e serial -e echoed -e ImsCall -e platform
   message Hangup  (unit radio)
