@@ -165,7 +165,7 @@ Written elsewhere, and on other links:
   $ printf '1.123456789 > Hangup/5 080010051801\n' | "$TESTDIR/make_capture.py" pcapng | inspect log --json | cut -d, -f 1,2,6
   {"time":"1970-01-01T00:00:01.123456Z","direction":"to modem","operation":5
 
-Times of seconds alone, after 2038, and beyond what nanoseconds count:
+Times of seconds alone, after 2038, beyond what nanoseconds count, and fractions of a second and more:
 
   $ for form in pcapng:0 pcapng:9 pcap; do
   >   printf '%s > Hangup/5 080010051801\n' 2000000000.987654321 4294967295 9999999999 | head -n $((${#form} / 2)) |
@@ -179,6 +179,11 @@ Times of seconds alone, after 2038, and beyond what nanoseconds count:
   {"time":null
   {"time":"2033-05-18T03:33:20.987654Z"
   {"time":"2106-02-07T06:28:15.000000Z"
+  $ for microseconds in '\100\102\017\0' '\0\0\0\377'; do
+  >   (head -c 28 log.pcap && printf $microseconds && tail -c +33 log.pcap) | inspect log --json 2>/dev/null | head -n 1 | cut -d, -f1
+  > done
+  {"time":null
+  {"time":null
 
 Frames that are not as they should be, and packets that carry none:
 

@@ -21,10 +21,11 @@ namespace virtual_modem::inspect {
 
 constexpr std::int64_t kNoTime = -1;
 
-// kNoTime for what nanoseconds in 64 bits cannot count.
+// kNoTime for what nanoseconds in 64 bits cannot count, and for a fraction that is not one.
 constexpr std::int64_t NanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds) {
   constexpr std::int64_t kSecond = 1'000'000'000;
   if (seconds < 0 || seconds >= INT64_MAX / kSecond) return kNoTime;
+  if (nanoseconds < 0 || nanoseconds >= kSecond) return kNoTime;
   return seconds * kSecond + nanoseconds;
 }
 
