@@ -279,8 +279,12 @@ TEST(Exchange, TelephonySaysWhatIsWrong) {
     EXPECT_EQ(ErrorOf([&, play = play] { play(telephony); }), error);
   }
   Link link;
-  EXPECT_EQ(ErrorOf([&] { Modem(*link.endpoint).Serve(kShort); }),
-            "the telephony side sent nothing");
+  link.Write(FrameOf("Dial", "\x08\x01\x10\x01\x1a\x01\x31\x20\x01"));
+  Modem modem(*link.endpoint);
+  const auto serve = [&] { modem.Serve(kShort); };
+  EXPECT_EQ(ErrorOf(serve), "the telephony side sent nothing");
+  shutdown(link.raw, SHUT_WR);
+  EXPECT_EQ(ErrorOf(serve), "the telephony side is gone during a call");
 }
 
 template <typename Request>

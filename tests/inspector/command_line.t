@@ -28,6 +28,8 @@
   virtual-modem-inspect: cannot read the descriptor set /nonexistent; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
   virtual-modem-inspect: card.bin is not a descriptor set
   [1]
+  $ mkdir bin && cp "$INSPECT" bin && VIRTUAL_MODEM_DESCRIPTOR_SET= bin/virtual-modem-inspect list 2>&1 | sed "s|$PWD||"
+  virtual-modem-inspect: cannot read the descriptor set /share/virtual-modem-protos/virtual-modem-protos.binpb; name it with --schema or VIRTUAL_MODEM_DESCRIPTOR_SET
   $ for words in --help list; do inspect $words >/dev/full; done
   virtual-modem-inspect: cannot write to standard output
   virtual-modem-inspect: cannot write to standard output

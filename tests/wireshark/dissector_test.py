@@ -7,6 +7,7 @@ Usage: dissector_test.py LUA_SCRIPT CALL_EXCHANGE PEER DESCRIPTOR_SET
 CALL_EXCHANGE is the example, PEER the program built from ../interop/peer.cc. Exits 77, skipped,
 without tshark. The environment's SEED repeats a run.
 """
+import json
 import os
 import pathlib
 import random
@@ -36,6 +37,7 @@ FIELD_NAMES = {f"virtual_modem.{field.full_name}" for kind in TYPES for field in
 FINDINGS = {"malformed", "incomplete", "undeclared", "wire_type", "unknown_type", "unknown_field", "cut"}
 TELEPHONY, MODEM, CLIENT = 47601, 47602, 47600
 TRUTH = {"True": "1", "False": "0"}  # releases of tshark differ in how they show it
+PLUGINS = ".local/lib/wireshark/plugins"
 LOOPBACK = b"\x7f\0\0\1"
 UDP_HEADERS = 28  # with IP's
 
@@ -62,24 +64,32 @@ def message(name: str, data: str, *how: int) -> Packet:
     return Packet(datagram(frame(name, bytes.fromhex(data)), *how))
 
 
-def tshark(packets: list[Packet], *options: str) -> str:
-    capture = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 101)
-    for data, kept, time in packets:
-        held = data[:kept]
-        capture += struct.pack("<IIII", time // 10**6, time % 10**6, len(held), len(data)) + held
+def run(captures: list[list[Packet]], command: list[str], words: str = "") -> subprocess.CompletedProcess:
+    """Runs it in a folder of its own, where the captures are 0.pcap and so on."""
     # Since release 4.4 it runs no script for root.
     nobody = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
     with tempfile.TemporaryDirectory() as scratch:
         os.chmod(scratch, 0o755)
-        pathlib.Path(scratch, "capture.pcap").write_bytes(capture)
-        for name in ("virtual_modem.lua", "colorfilters"):
-            shutil.copy(pathlib.Path(LUA_SCRIPT).with_name(name), scratch)
-        # The plugin folder and the command line may both name the script. Settings have a folder of
-        # their own: not those of the user who runs this.
-        result = subprocess.run(
-            ["tshark", "-n", "-r", "capture.pcap", *["-X", "lua_script:virtual_modem.lua"] * 2, *options],
-            cwd=scratch, env={**os.environ, "WIRESHARK_CONFIG_DIR": scratch, "HOME": scratch},
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, **nobody)
+        for number, packets in enumerate(captures):
+            capture = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 101)
+            for data, kept, time in packets:
+                held = data[:kept]
+                capture += struct.pack("<IIII", time // 10**6, time % 10**6, len(held), len(data)) + held
+            pathlib.Path(scratch, f"{number}.pcap").write_bytes(capture)
+        plugins = pathlib.Path(scratch, PLUGINS)
+        plugins.mkdir(parents=True)
+        shutil.copy(LUA_SCRIPT, plugins)
+        shutil.copy(pathlib.Path(LUA_SCRIPT).with_name("colorfilters"), scratch)
+        # Settings have a folder of their own: not those of the user who runs this.
+        return subprocess.run(
+            command, cwd=scratch, env={**os.environ, "WIRESHARK_CONFIG_DIR": scratch, "HOME": scratch},
+            input=words.encode(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, **nobody)
+
+
+def tshark(packets: list[Packet], *options: str) -> str:
+    # The plugin folder and the command line may both name the script.
+    script = f"lua_script:{PLUGINS}/virtual_modem.lua"
+    result = run([packets], ["tshark", "-n", "-r", "0.pcap", "-X", script, *options])
     if result.returncode or result.stderr:
         raise AssertionError(f"tshark: status {result.returncode}: {result.stderr[:2000].decode()}")
     # It cuts long labels at a byte, which may be in the middle of a character.
@@ -252,6 +262,16 @@ class Dissector(unittest.TestCase):
             [("", "4", ""), ("", "3", ""), ("2", "", "0.002000000"), ("1", "", "1.004500000"),
              ("", "7", ""), ("", "", ""), ("5", "", "0.000002000"), ("5", "", "0.000003000"),
              ("", "", ""), ("", "", ""), ("", "", "")])
+
+    @unittest.skipUnless(shutil.which("sharkd"), "sharkd is missing")
+    def test_of_a_capture_opened_earlier_nothing_is_known(self):
+        steps = [("load", {"file": "0.pcap"}), ("load", {"file": "1.pcap"}),
+                 ("frames", {"filter": "virtual_modem.request_in"})]
+        words = [json.dumps({"jsonrpc": "2.0", "id": 1, "method": method, "params": parameters})
+                 for method, parameters in steps]
+        said = run([[Packet(ask(7))], [Packet(answer(7))]], ["sharkd", "-"], "\n".join(words)).stdout
+        self.assertEqual([json.loads(line)["result"] for line in said.splitlines()],
+                         [{"status": "OK"}, {"status": "OK"}, []])
 
     def test_the_example_is_shown_as_its_page_says(self):
         page = (TESTS.parent / "docs/wireshark.md").read_text(encoding="utf-8")
