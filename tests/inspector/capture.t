@@ -184,6 +184,9 @@ Times of seconds alone, after 2038, beyond what nanoseconds count, and fractions
   > done
   {"time":null
   {"time":null
+  $ (head -c 28 log.pcap; printf '\364\377\377\377'; tail -c +33 log.pcap) >fraction.pcap
+  $ inspect mask fraction.pcap masked.pcap 2>/dev/null; inspect log masked.pcap | head -n 1 | cut -c -23
+  01-01 00:00:00.000000 >
 
 Frames that are not as they should be, and packets that carry none:
 

@@ -193,9 +193,10 @@ std::unique_ptr<Traffic> ReadCapture(const Schema& schema, ByteStream& stream) {
 
 void AppendRecord(const Record& record, std::string_view bytes, capture::Resolution resolution,
                   const std::string& file, std::string& out) {
+  const std::int64_t known = std::max<std::int64_t>(record.time, 0);  // 0 for kNoTime
   std::timespec time{};
-  time.tv_sec = static_cast<std::time_t>(record.time / 1'000'000'000);
-  time.tv_nsec = static_cast<long>(record.time % 1'000'000'000);
+  time.tv_sec = static_cast<std::time_t>(known / 1'000'000'000);
+  time.tv_nsec = static_cast<long>(known % 1'000'000'000);
   if (!capture::AppendRecord(time, resolution, record.direction,
                              {static_cast<std::uint8_t>(record.operation), record.name, bytes},
                              out)) {
