@@ -11,11 +11,12 @@ namespace virtual_modem::inspect {
 namespace {
 
 // Findings stand beneath text as comments. Beside JSON, which has none, they go to standard error.
-void PrintFindings(const Findings& findings, bool shown, Output& to) {
+void PrintFindings(const Findings& findings, Output& to) {
   if (findings.empty()) return;
   // Findings quote numbers, which may be subscriber data of the type that the bytes are of.
-  to.Append(shown ? findings.Lines()
-                  : "# not shown, as it does not fit the type: " + findings.Summary() + "\n");
+  to.Append(findings.hidden
+                ? "# not shown, as it does not fit the type: " + findings.Summary() + "\n"
+                : findings.Lines());
 }
 
 Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const Options& options,
@@ -35,11 +36,11 @@ Status DecodeStream(Printer& printer, unsigned type, ByteStream& stream, const O
   while (reader.Next()) {
     if (!options.json) print_heading();
     const Findings findings = printer.Print(type, reader.bytes());
-    if (options.json && printer.shown()) out.Append("\n");
+    if (options.json && !findings.hidden) out.Append("\n");
     if (options.json && !findings.empty()) print_heading();
-    PrintFindings(findings, printer.shown(), remarks);
+    PrintFindings(findings, remarks);
     if (!findings.acceptable()) ++refused;
-    if (!printer.shown()) ++hidden;
+    if (findings.hidden) ++hidden;
     if (reader.cut()) {
       throw Error(stream.name() + ": the stream ends within message " + std::to_string(count));
     }
@@ -76,15 +77,16 @@ Status DecodeCommand(Schema& schema, const Options& options) {
     return DecodeStream(printer, type, stream, options, out, remarks);
   }
   const Findings findings = printer.Print(type, bytes);
-  if (options.json && printer.shown()) out.Append("\n");
-  PrintFindings(findings, printer.shown(), remarks);
-  if (findings.acceptable() && printer.shown()) return kOk;
-  throw Error(DisplayName(source) + ": " +
-              (printer.shown() ? "not a valid " : "not shown, as it does not fit ") + options.type +
-              " (" + findings.Summary() + ")" +
-              (printer.shown()
-                   ? ""
-                   : "; --trust-type masks it anyway, but data of another type may then show"));
+  if (options.json && !findings.hidden) out.Append("\n");
+  PrintFindings(findings, remarks);
+  const std::string name = DisplayName(source);
+  const std::string what = options.type + " (" + findings.Summary() + ")";
+  if (findings.hidden) {
+    throw Error(name + ": not shown, as it does not fit " + what +
+                "; --trust-type masks it anyway, but data of another type may then show");
+  }
+  if (!findings.acceptable()) throw Error(name + ": not a valid " + what);
+  return kOk;
 }
 
 }  // namespace virtual_modem::inspect

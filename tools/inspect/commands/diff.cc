@@ -24,20 +24,20 @@ namespace {
 
 using google::protobuf::util::MessageDifferencer;
 
-// Tells which fields differ, but of subscriber data only that it does.
-class MaskingReporter : public MessageDifferencer::StreamReporter {
+// Tells which fields differ; with mask, of subscriber data only that it does.
+class Reporter : public MessageDifferencer::StreamReporter {
  public:
-  MaskingReporter(const Schema& schema, google::protobuf::io::Printer* printer)
-      : StreamReporter(printer), schema_(schema) {}
+  Reporter(const Schema& schema, bool mask, google::protobuf::io::Printer* printer)
+      : StreamReporter(printer), schema_(schema), mask_(mask) {}
 
  protected:
   void PrintValue(const Message& message,
                   const std::vector<MessageDifferencer::SpecificField>& path,
                   bool left_side) override {
     const FieldDescriptor* field = path.back().field;
-    if (field == nullptr || schema_.IsSubscriberData(*field)) {
+    if (mask_ && (field == nullptr || schema_.IsSubscriberData(*field))) {
       Print("(masked)");
-    } else if (field->message_type() != nullptr) {
+    } else if (mask_ && field->message_type() != nullptr) {
       const std::unique_ptr<Message> masked(message.New());
       std::string bytes;
       text::AppendMasked(schema_.tables(),
@@ -52,6 +52,7 @@ class MaskingReporter : public MessageDifferencer::StreamReporter {
 
  private:
   const Schema& schema_;
+  const bool mask_;
 };
 
 // Appends what differs; true when nothing does.
@@ -59,10 +60,9 @@ bool Compare(const Schema& schema, const Message& left, const Message& right, bo
              std::string& report) {
   google::protobuf::io::StringOutputStream stream(&report);
   google::protobuf::io::Printer printer(&stream, '$');
-  MessageDifferencer::StreamReporter plain(&printer);
-  MaskingReporter masking(schema, &printer);
+  Reporter reporter(schema, mask, &printer);
   MessageDifferencer differencer;
-  differencer.ReportDifferencesTo(mask ? &masking : &plain);
+  differencer.ReportDifferencesTo(&reporter);
   return differencer.Compare(left, right);
 }
 

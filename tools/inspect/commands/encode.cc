@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <iostream>
-#include <memory>
 #include <string>
 
 #include "inspect/commands/commands.h"
@@ -87,22 +86,22 @@ Status EncodeCommand(Schema& schema, const Options& options) {
   const TypeInfo& type = schema.GetType(options.type);
   if (options.skeleton) {
     std::string text;
-    AppendSkeleton(*schema.NewMessage(*type.type), "", text);
+    AppendSkeleton(schema.Scratch(type.index), "", text);
     std::cout << text;
     return kOk;
   }
-  const std::unique_ptr<Message> message = schema.NewMessage(*type.type);
+  Message& message = schema.Scratch(type.index);
   const std::string name = DisplayName(options.source);
   ByteStream stream(options.source.file);
   const std::string source = ReadAll(stream);
   std::string bytes;
   try {
-    bytes = EncodeMessage(source, options.json, *message);
+    bytes = EncodeMessage(source, options.json, message);
   } catch (const Error& error) {
     throw Error(name + ": " + error.what());
   }
 
-  const Findings findings = ParseAndCheck(schema, bytes, *message);
+  const Findings findings = ParseAndCheck(schema, bytes, message);
   std::cerr << findings.Lines();
   if (!findings.empty() && !options.partial) {
     throw Error(name + ": not a valid " + options.type + " (" + findings.Summary() +

@@ -14,6 +14,7 @@ namespace virtual_modem::inspect {
 // What a walk over the bytes found, in words too.
 struct Findings : text::Outcome {
   std::size_t not_utf8 = 0;  // texts whose bytes are not UTF-8 where the output must be
+  bool hidden = false;       // the message is not shown, as its data may be of another type
   // What to tell of each, up to a hundred and why the message is malformed.
   std::vector<std::string> texts;
 

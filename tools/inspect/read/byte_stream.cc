@@ -97,7 +97,8 @@ bool ByteStream::IsElsewhere() const {
   struct stat here {};
   // For a moment there may be no file of that name: its writer is about to create it.
   if (stat(name_.c_str(), &there) != 0 || fstat(fd_, &here) != 0) return false;
-  return there.st_ino != here.st_ino || there.st_dev != here.st_dev || there.st_size < position_;
+  return there.st_ino != here.st_ino || there.st_dev != here.st_dev ||
+         there.st_size < lseek(fd_, 0, SEEK_CUR);
 }
 
 std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
@@ -116,7 +117,6 @@ std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
     const ssize_t count = read(fd_, to, size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw Error(name_ + ": " + std::strerror(errno));
-    position_ += count;
     if (count > 0 || !follow_ || !regular_ || moved_) return static_cast<std::size_t>(count);
     moved_ = IsElsewhere();
     if (moved_) continue;  // what was written before it was moved is still to be read

@@ -1,7 +1,6 @@
 // The bytes of a file, a pipe or standard input in order, expanded if gzip compressed them.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -52,7 +51,6 @@ class ByteStream {
   bool regular_ = false;
   bool moved_ = false;
   std::string_view memory_;
-  std::int64_t position_ = 0;
   std::string ahead_;  // peeked at
   bool begun_ = false;
   std::unique_ptr<z_stream_s, EndInflate> inflate_;  // null when nothing is compressed

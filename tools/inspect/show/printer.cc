@@ -21,7 +21,6 @@ text::Outcome Printer::AppendText(unsigned type, std::string_view bytes, bool wh
 }
 
 Findings Printer::Print(unsigned type, std::string_view bytes) {
-  shown_ = true;
   if (!options_.json && IsPlain(AppendText(type, bytes, false))) return {};
 
   Findings findings;
@@ -31,8 +30,8 @@ Findings Printer::Print(unsigned type, std::string_view bytes) {
   if (!options_.json || !IsPlain(text::WalkMessage(schema_.tables(), type, bytes, none))) {
     Message& message = schema_.Scratch(type);
     findings = ParseAndCheck(schema_, bytes, message);
-    shown_ = !options_.mask || options_.misfit != Misfit::kHide || !findings.misfit();
-    if (!shown_) return findings;
+    findings.hidden = options_.mask && options_.misfit == Misfit::kHide && findings.misfit();
+    if (findings.hidden) return findings;
     shape = options_.misfit == Misfit::kShape && findings.doubtful();
     // The findings tell of what is unknown.
     if (options_.mask && !options_.json) message.DiscardUnknownFields();

@@ -30,12 +30,10 @@ class Printer {
   Printer(Schema& schema, const PrinterOptions& options, Output& out);
 
   // Appends the message, whose type is an index into the schema's types, and tells what there is to
-  // tell. Text of several lines ends with a line break. What a misfit hides is not
-  // shown, and shown() is false.
+  // tell. Text of several lines ends with a line break.
   //
   // Bytes as a serializer writes them are printed where they stand; others are parsed first.
   Findings Print(unsigned type, std::string_view bytes);
-  bool shown() const { return shown_; }
 
  private:
   text::Outcome AppendText(unsigned type, std::string_view bytes, bool whatever_comes);
@@ -45,7 +43,6 @@ class Printer {
   Output& out_;
   std::string masked_;
   std::string json_;
-  bool shown_ = true;
 };
 
 }  // namespace virtual_modem::inspect
