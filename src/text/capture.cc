@@ -61,11 +61,7 @@ class CaptureWriter::File {
       std::string why;
       if (!AppendFrame({operation, type, {}}, why)) return Fail("not the name of a message type");
       why.resize(0);
-      text::Append(why, "a ");
-      text::Append(why, type);
-      text::Append(why, " of ");
-      text::AppendNumber(why, bytes.size());
-      text::Append(why, " bytes is larger than a capture holds");
+      text::Append(why, "a ", type, " of ", bytes.size(), " bytes is larger than a capture holds");
       return Fail(why);
     }
     const std::size_t size = record.size() - kFileHeaderBytes;
@@ -81,11 +77,7 @@ class CaptureWriter::File {
 
   bool Fail(std::string_view why) {
     error_.resize(0);
-    if (!path_.empty()) {
-      text::Append(error_, path_);
-      text::Append(error_, ": ");
-    }
-    text::Append(error_, why);
+    text::Append(error_, path_, path_.empty() ? "" : ": ", why);
     return false;
   }
 
@@ -134,8 +126,7 @@ class CaptureWriter::File {
   // Leaves an empty file in the place of the full one, or all as it was.
   bool Rotate() {
     std::string old;
-    text::Append(old, path_);
-    text::Append(old, ".1");
+    text::Append(old, path_, ".1");
     if (std::rename(path_.c_str(), old.c_str()) != 0) return Fail(std::strerror(errno));
     const int fd = open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) {

@@ -207,8 +207,7 @@ class Printer : public Handler {
     NameUnknown(level, &field, 0);
     char digits[kMaxDigits];
     const char* end = WriteNumber(static_cast<std::int32_t>(value), digits);
-    Append(remarks_, " = ");
-    Append(remarks_, {digits, static_cast<std::size_t>(end - digits)});
+    Append(remarks_, " = ", std::string_view(digits, static_cast<std::size_t>(end - digits)));
   }
 
   void Unknown(const Level& level, const Field* field, std::uint32_t number, WireType type,
@@ -220,22 +219,14 @@ class Printer : public Handler {
       return Print(item, fields, kUnknownDepth);
     }
     NameUnknown(level, field, number);
-    Append(remarks_, " (");
-    text::AppendNumber(remarks_, whole.size());
-    Append(remarks_, " bytes)");
+    Append(remarks_, " (", whole.size(), " bytes)");
   }
 
   void Malformed(const Level& level, const Outcome& outcome) {
     if (!remarks_.empty()) remarks_.append(1, separator_);
-    Append(remarks_, "# malformed at byte ");
-    text::AppendNumber(remarks_, outcome.offset);
     const std::string path = PathTo(tables_, level);
-    if (!path.empty()) {
-      Append(remarks_, " in ");
-      Append(remarks_, path);
-    }
-    Append(remarks_, ": ");
-    Append(remarks_, Explain(outcome));
+    Append(remarks_, "# malformed at byte ", outcome.offset, path.empty() ? "" : " in ", path);
+    Append(remarks_, ": ", Explain(outcome));
   }
 
   // What stands after the fields.
@@ -294,9 +285,7 @@ class Printer : public Handler {
     if (field != nullptr) {
       Append(remarks_, PathTo(tables_, level, *field));
     } else {
-      Append(remarks_, PathTo(tables_, level));
-      if (level.field != nullptr) Append(remarks_, ".");
-      text::AppendNumber(remarks_, number);
+      Append(remarks_, PathTo(tables_, level), level.field == nullptr ? "" : ".", number);
     }
   }
 

@@ -28,9 +28,7 @@ unsigned IndexOf(const Type& type) { return static_cast<unsigned>(&type - Types(
 
 std::string Mark(std::size_t missing) {
   std::string mark;
-  text::Append(mark, " [... ");
-  text::AppendNumber(mark, missing);
-  text::Append(mark, " more bytes]");
+  text::Append(mark, " [... ", missing, " more bytes]");
   return mark;
 }
 
@@ -67,15 +65,6 @@ std::string Render(std::string text, const TextOptions& options, const Print& pr
     text.resize(kept);
   }
   return size <= limit ? text : Cut(std::move(text), size, limit);
-}
-
-// Calls use(bytes) with the encoded form of the message.
-template <typename Use>
-void WithBytes(const MessageLite& message, const Use& use) {
-  std::string buffer;
-  buffer.resize(message.ByteSizeLong());  // caches the sizes used below
-  message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(buffer.data()));
-  use(buffer);
 }
 
 // What to show of bytes that nobody vouches for: when they do not fit, they may be another type's.
@@ -130,9 +119,7 @@ std::vector<std::string> MissingFields(const MessageLite& message) {
   const Type& type = TypeOf(message);
   std::vector<std::string> paths;
   if (type.prototype != nullptr && !message.IsInitialized()) {
-    WithBytes(message, [&](std::string_view bytes) {
-      text::FindMissing(kTables, IndexOf(type), bytes, &paths);
-    });
+    text::FindMissing(kTables, IndexOf(type), message.SerializePartialAsString(), &paths);
   }
   return paths;
 }
@@ -140,10 +127,10 @@ std::vector<std::string> MissingFields(const MessageLite& message) {
 std::string MaskedBytes(const MessageLite& message) {
   const Type& type = TypeOf(message);
   std::string masked;
-  if (type.prototype == nullptr) return masked;
-  WithBytes(message, [&](std::string_view bytes) {
-    text::AppendMasked(kTables, IndexOf(type), bytes, Show::kMasked, masked);
-  });
+  if (type.prototype != nullptr) {
+    text::AppendMasked(kTables, IndexOf(type), message.SerializePartialAsString(), Show::kMasked,
+                       masked);
+  }
   return masked;
 }
 

@@ -28,7 +28,7 @@ char* WriteNumber(std::uint64_t number, char* to) {
   return std::to_chars(to, to + kMaxDigits, number).ptr;
 }
 
-void AppendNumber(std::string& to, std::uint64_t number) {
+void Append(std::string& to, std::uint64_t number) {
   char digits[kMaxDigits];
   to.append(digits, static_cast<std::size_t>(WriteNumber(number, digits) - digits));
 }
@@ -42,18 +42,13 @@ std::uint64_t NumberIn(const char* at, const char* end) {
 std::string PathTo(const Tables& tables, const Level& level) {
   if (level.field == nullptr) return {};
   std::string path = PathTo(tables, *level.above, *level.field);
-  if (level.index >= 0) {
-    Append(path, "[");
-    AppendNumber(path, static_cast<std::uint64_t>(level.index));
-    Append(path, "]");
-  }
+  if (level.index >= 0) Append(path, "[", static_cast<std::uint64_t>(level.index), "]");
   return path;
 }
 
 std::string PathTo(const Tables& tables, const Level& level, const Field& field) {
   std::string path = PathTo(tables, level);
-  if (!path.empty()) Append(path, ".");
-  Append(path, tables.NameOf(field));
+  Append(path, path.empty() ? "" : ".", tables.NameOf(field));
   return path;
 }
 
@@ -79,9 +74,9 @@ std::string Explain(const Outcome& outcome) {
   std::string text;
   for (const char c : std::string_view(kReasons[static_cast<std::size_t>(outcome.fault)])) {
     if (c == '#') {
-      AppendNumber(text, outcome.detail);
+      Append(text, outcome.detail);
     } else if (c == '$') {
-      AppendNumber(text, outcome.left);
+      Append(text, outcome.left);
     } else if (c == '@') {
       Append(text, outcome.item);
     } else {
@@ -171,8 +166,8 @@ struct Place {
 
 class MissingFinder {
  public:
-  MissingFinder(const Tables& tables, std::vector<std::string>* paths)
-      : tables_(tables), paths_(paths) {}
+  MissingFinder(const Tables& tables, std::vector<std::string>* paths, std::size_t most_paths)
+      : tables_(tables), paths_(paths), most_paths_(most_paths) {}
 
   std::uint32_t Run(std::string_view bytes, unsigned message) {
     const Level outermost{nullptr, nullptr, -1};
@@ -194,7 +189,9 @@ class MissingFinder {
         Examine({place.bytes, place.first, place.last + 1, below}, field->below);
       } else if (field->required) {
         ++found_;
-        if (paths_ != nullptr) paths_->push_back(PathTo(tables_, place.level, *field));
+        if (paths_ != nullptr && found_ <= most_paths_) {
+          paths_->push_back(PathTo(tables_, place.level, *field));
+        }
       }
     }
   }
@@ -249,6 +246,7 @@ class MissingFinder {
 
   const Tables& tables_;
   std::vector<std::string>* paths_;
+  const std::size_t most_paths_;
   std::uint32_t found_ = 0;
   const Field* way_[kMaxDepth + 1];  // down from the outermost message
 };
@@ -256,8 +254,8 @@ class MissingFinder {
 }  // namespace
 
 std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
-                          std::vector<std::string>* paths) {
-  return MissingFinder(tables, paths).Run(bytes, message);
+                          std::vector<std::string>* paths, std::size_t most_paths) {
+  return MissingFinder(tables, paths, most_paths).Run(bytes, message);
 }
 
 void CountAgain(const Tables& tables, unsigned message, std::string_view bytes, Outcome& outcome) {

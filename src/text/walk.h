@@ -33,7 +33,12 @@ enum WireType : std::uint8_t {
 // Texts are put together with append() alone, and numbers without <string>'s help: each other
 // function of strings costs the library on a device an import with a name of a hundred bytes.
 inline void Append(std::string& to, std::string_view text) { to.append(text.data(), text.size()); }
-void AppendNumber(std::string& to, std::uint64_t number);
+void Append(std::string& to, std::uint64_t number);
+template <typename First, typename Second, typename... Rest>
+void Append(std::string& to, const First& first, const Second& second, const Rest&... rest) {
+  Append(to, first);
+  Append(to, second, rest...);
+}
 inline constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its sign included
 // Returns where the digits end.
 char* WriteNumber(std::uint64_t number, char* to);
@@ -113,10 +118,10 @@ struct Outcome {
 std::string Explain(const Outcome& outcome);
 
 // The required fields that a message lacks at every depth, whatever the order of its fields, each
-// singular message merged from all its occurrences, as a parser does. Adds their paths in the
-// order of the schema, unless paths is null; returns how many there are.
+// singular message merged from all its occurrences, as a parser does. Adds the paths of the first
+// ones in the order of the schema, unless paths is null; returns how many there are.
 std::uint32_t FindMissing(const Tables& tables, unsigned message, std::string_view bytes,
-                          std::vector<std::string>* paths);
+                          std::vector<std::string>* paths, std::size_t most_paths = SIZE_MAX);
 // Puts the number of them into the outcome of a walk.
 void CountAgain(const Tables& tables, unsigned message, std::string_view bytes, Outcome& outcome);
 
@@ -161,7 +166,6 @@ class Reader {
         outcome_(outcome) {}
 
   const char* at() const { return at_; }
-  void MoveTo(const char* place) { at_ = place; }
   std::size_t OffsetOf(const char* place) const { return static_cast<std::size_t>(place - begin_); }
   std::size_t offset() const { return OffsetOf(at_); }
 
@@ -169,8 +173,7 @@ class Reader {
   // promise more bytes than there are. Returns the size of the message around, for Leave.
   std::size_t Enter(std::size_t size) {
     const std::size_t around = size_;
-    size_ = offset() + size;
-    limit_ = size_ < OffsetOf(input_end_) ? begin_ + size_ : input_end_;
+    Leave(offset() + size);
     return around;
   }
   void Leave(std::size_t around) {

@@ -57,36 +57,19 @@ class Reporter : public text::Handler {
 
   // Adds what the walk found, and the required fields that the message, parsed from the same bytes,
   // lacks: it may have one in which they break.
-  void Finish(const text::Outcome& outcome, const Message& message) {
+  void Finish(const text::Outcome& outcome, unsigned type, const Message& message) {
     static_cast<text::Outcome&>(findings_) = outcome;
     findings_.unknown = unknown_;
     findings_.wrong_type = wrong_type_;
     findings_.missing = 0;
-    if (!message.IsInitialized()) ReportMissing(message, "");
+    if (message.IsInitialized()) return;
+    std::vector<std::string> paths;
+    findings_.missing = text::FindMissing(schema_.tables(), type,
+                                          message.SerializePartialAsString(), &paths, kMaxTexts);
+    for (const std::string& path : paths) findings_.Add("missing required " + path);
   }
 
  private:
-  // Names the required fields that are absent in the message and below.
-  void ReportMissing(const Message& message, const std::string& path) {
-    const google::protobuf::Reflection& reflection = *message.GetReflection();
-    for (int i = 0; i < message.GetDescriptor()->field_count(); ++i) {
-      const FieldDescriptor* field = message.GetDescriptor()->field(i);
-      if (field->is_required() && !reflection.HasField(message, field)) {
-        ++findings_.missing;
-        if (!findings_.full()) findings_.Add("missing required " + path + field->name());
-      } else if (field->message_type() == nullptr) {
-        continue;
-      } else if (field->is_repeated()) {
-        for (int n = 0; n < reflection.FieldSize(message, field); ++n) {
-          ReportMissing(reflection.GetRepeatedMessage(message, field, n),
-                        path + field->name() + "[" + std::to_string(n) + "].");
-        }
-      } else if (reflection.HasField(message, field)) {
-        ReportMissing(reflection.GetMessage(message, field), path + field->name() + ".");
-      }
-    }
-  }
-
   std::string OffsetOf(std::string_view whole) const {
     return std::to_string(whole.data() - bytes_.data());
   }
@@ -150,14 +133,14 @@ Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& me
   const Descriptor& type = *message.GetDescriptor();
   Findings findings;
   Reporter reporter(schema, bytes, type, findings);
-  text::Outcome outcome =
-      text::WalkMessage(schema.tables(), schema.FindType(type.full_name())->index, bytes, reporter);
+  const unsigned index = schema.FindType(type.full_name())->index;
+  text::Outcome outcome = text::WalkMessage(schema.tables(), index, bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.
   if (!outcome.malformed() && !parsed) {
     outcome.fault = text::Fault::kEndsInside;
     findings.texts.push_back(Malformed(bytes.size(), "", "the runtime refuses these bytes"));
   }
-  reporter.Finish(outcome, message);
+  reporter.Finish(outcome, index, message);
   return findings;
 }
 
