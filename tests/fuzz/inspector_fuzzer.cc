@@ -6,8 +6,6 @@
 #include <google/protobuf/stubs/logging.h>
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/unknown_field_set.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -18,6 +16,7 @@
 #include <vector>
 
 #include "check.h"
+#include "file.h"
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/examine/findings.h"
@@ -28,26 +27,6 @@
 
 namespace virtual_modem::inspect {
 namespace {
-
-// A file in memory, with a path for the commands to open.
-class File {
- public:
-  File() : fd_(memfd_create("input", 0)), path_("/proc/self/fd/" + std::to_string(fd_)) {}
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() { close(fd_); }
-
-  const std::string& Holding(std::string_view bytes) const {
-    FUZZ_CHECK(ftruncate(fd_, 0) == 0, "ftruncate");
-    FUZZ_CHECK(pwrite(fd_, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()),
-               "pwrite");
-    return path_;
-  }
-
- private:
-  int fd_;
-  std::string path_;
-};
 
 Status Run(Schema& schema, const std::string& type, std::uint8_t choice, std::string_view bytes) {
   static const File file;

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "check.h"
+#include "file.h"
 #include "inspect/commands/commands.h"
 #include "inspect/error.h"
 #include "inspect/read/pasted.h"
@@ -26,7 +27,8 @@ void Read(Schema& schema, unsigned type, unsigned reader, std::string_view text)
   } else if (reader < 2 + 7) {
     ParsePasted(text, static_cast<Encoding>(reader - 2), note);
   } else {
-    ByteStream stream(text, "log");
+    static const File file;
+    ByteStream stream(file.Holding(text));
     const std::unique_ptr<Traffic> log = ReadLog(schema, stream);
     Record record;
     std::int64_t last = 0;

@@ -24,19 +24,26 @@ ByteStream::ByteStream(const std::string& path, bool follow)
   regular_ = fstat(fd_, &info) == 0 && S_ISREG(info.st_mode);
 }
 
-ByteStream::ByteStream(std::string_view bytes, std::string name)
-    : name_(std::move(name)), memory_(bytes) {}
-
 ByteStream::~ByteStream() {
   if (fd_ > STDERR_FILENO) close(fd_);
 }
 
-std::size_t ByteStream::Read(char* to, std::size_t size) {
+int ByteStream::Read(void* to, int size) {
   if (!begun_) Peek(2);
-  if (ahead_.empty()) return ReadExpanded(to, size);
-  const std::size_t count = ahead_.copy(to, size);
+  const auto room = static_cast<std::size_t>(size);
+  if (ahead_.empty()) return static_cast<int>(ReadExpanded(to, room));
+  const std::size_t count = ahead_.copy(static_cast<char*>(to), room);
   ahead_.erase(0, count);
-  return count;
+  return static_cast<int>(count);
+}
+
+bool ByteStream::AppendTo(std::string& bytes) {
+  constexpr int kBlock = 1 << 16;
+  const std::size_t old = bytes.size();
+  bytes.resize(old + kBlock);
+  const int count = Read(&bytes[old], kBlock);
+  bytes.resize(old + static_cast<std::size_t>(count));
+  return count != 0;
 }
 
 std::string_view ByteStream::Peek(std::size_t size) {
@@ -54,7 +61,9 @@ std::string_view ByteStream::Peek(std::size_t size) {
     if (ahead_ == "\x1F\x8B") {
       inflate_.reset(new z_stream{});
       if (inflateInit2(inflate_.get(), 16 + MAX_WBITS) != Z_OK) throw Error("zlib does not start");
-      begin_.swap(ahead_);
+      compressed_.swap(ahead_);
+      inflate_->next_in = reinterpret_cast<Bytef*>(compressed_.data());
+      inflate_->avail_in = static_cast<uInt>(compressed_.size());
     }
   }
   fill(size);
@@ -67,9 +76,9 @@ void ByteStream::EndInflate::operator()(z_stream_s* stream) const {
 }
 
 // A file may have several members of gzip, as a compressed log that was appended to has them.
-std::size_t ByteStream::ReadExpanded(char* to, std::size_t size) {
+std::size_t ByteStream::ReadExpanded(void* to, std::size_t size) {
   if (!inflate_) return ReadRaw(to, size);
-  inflate_->next_out = reinterpret_cast<Bytef*>(to);
+  inflate_->next_out = static_cast<Bytef*>(to);
   inflate_->avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
   const uInt room = inflate_->avail_out;
   while (inflate_->avail_out == room) {
@@ -101,17 +110,7 @@ bool ByteStream::IsElsewhere() const {
          there.st_size < lseek(fd_, 0, SEEK_CUR);
 }
 
-std::size_t ByteStream::ReadRaw(char* to, std::size_t size) {
-  if (!begin_.empty()) {
-    const std::size_t count = begin_.copy(to, size);
-    begin_.erase(0, count);
-    return count;
-  }
-  if (fd_ < 0) {
-    const std::size_t count = memory_.copy(to, size);
-    memory_.remove_prefix(count);
-    return count;
-  }
+std::size_t ByteStream::ReadRaw(void* to, std::size_t size) {
   if (!regular_ && before_wait_) before_wait_();
   for (;;) {
     const ssize_t count = read(fd_, to, size);

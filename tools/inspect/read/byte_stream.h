@@ -1,6 +1,8 @@
 // The bytes of a file, a pipe or standard input in order, expanded if gzip compressed them.
 #pragma once
 
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,20 +12,20 @@ struct z_stream_s;
 
 namespace virtual_modem::inspect {
 
-class ByteStream {
+class ByteStream : public google::protobuf::io::CopyingInputStream {
  public:
   // "-" is standard input. With follow, waits at the end of a file for more, until its path names
   // another file or it was truncated. Throws Error.
   explicit ByteStream(const std::string& path, bool follow = false);
-  // The bytes themselves, which must outlive the stream.
-  ByteStream(std::string_view bytes, std::string name);
-  ~ByteStream();
+  ~ByteStream() override;
   ByteStream(const ByteStream&) = delete;
   ByteStream& operator=(const ByteStream&) = delete;
 
   // Reads what is there, up to size bytes, and waits only when nothing is; 0 at the end. Throws
   // Error.
-  std::size_t Read(char* to, std::size_t size);
+  int Read(void* to, int size) override;
+  // Appends what is there, and waits only when nothing is; false at the end. Throws Error.
+  bool AppendTo(std::string& bytes);
   // The next bytes, at most 8, without taking them; fewer at the end.
   std::string_view Peek(std::size_t size);
 
@@ -42,21 +44,19 @@ class ByteStream {
   };
 
   bool IsElsewhere() const;
-  std::size_t ReadRaw(char* to, std::size_t size);
-  std::size_t ReadExpanded(char* to, std::size_t size);
+  std::size_t ReadRaw(void* to, std::size_t size);
+  std::size_t ReadExpanded(void* to, std::size_t size);
 
   std::string name_;
   int fd_ = -1;
   bool follow_ = false;
   bool regular_ = false;
   bool moved_ = false;
-  std::string_view memory_;
   std::string ahead_;  // peeked at
   bool begun_ = false;
   std::unique_ptr<z_stream_s, EndInflate> inflate_;  // null when nothing is compressed
-  std::string begin_;                                // the first compressed bytes
-  std::string compressed_;                           // the next ones
-  bool inside_ = false;                              // a member of gzip
+  std::string compressed_;
+  bool inside_ = false;  // a member of gzip
   std::function<void()> before_wait_;
 };
 

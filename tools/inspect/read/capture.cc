@@ -152,7 +152,7 @@ class CaptureReader : public Traffic {
   static ssize_t ReadCookie(void* cookie, char* to, std::size_t size) {
     auto& reader = *static_cast<CaptureReader*>(cookie);
     try {
-      return static_cast<ssize_t>(reader.stream_.Read(to, size));
+      return reader.stream_.Read(to, static_cast<int>(size));
     } catch (const std::exception& error) {
       reader.stream_error_ = error.what();
       errno = EIO;

@@ -18,12 +18,7 @@ constexpr const char* kTooLarge =
 
 std::string ReadAll(ByteStream& stream) {
   std::string text;
-  constexpr std::size_t kBlock = 1U << 16U;
-  for (std::size_t count = 1; count != 0;) {
-    const std::size_t size = text.size();
-    text.resize(size + kBlock);
-    count = stream.Read(&text[size], kBlock);
-    text.resize(size + count);
+  while (stream.AppendTo(text)) {
     if (text.size() > kMaxInputBytes) throw Error(stream.name() + kTooLarge);
   }
   return text;
@@ -65,24 +60,5 @@ void Note(const std::string& text) {
 }
 
 std::string DisplayName(const std::string& path) { return path == "-" ? "standard input" : path; }
-
-bool DelimitedReader::Next() {
-  constexpr int kGiB = 1 << 30;
-  if (!in_ || in_->CurrentPosition() > kGiB) {  // it counts up to two
-    if (in_) begin_ += in_->CurrentPosition();
-    in_.emplace(&blocks_);
-  }
-  const void* ahead = nullptr;
-  int count = 0;
-  if (!in_->GetDirectBufferPointer(&ahead, &count)) return false;
-  const std::int64_t start = begin_ + in_->CurrentPosition();
-  if (!in_->ReadVarint64(&size_) || size_ > kMaxMessageBytes) {
-    throw Error(stream_.name() + ": no length of a message at byte " + std::to_string(start) +
-                " (is this a stream of delimited messages?)");
-  }
-  offset_ = begin_ + in_->CurrentPosition();
-  in_->ReadString(&bytes_, static_cast<int>(size_));  // or what there is of it
-  return true;
-}
 
 }  // namespace virtual_modem::inspect

@@ -1,11 +1,7 @@
 // Bytes of messages from files, whole or message by message.
 #pragma once
 
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
-
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -44,36 +40,5 @@ void Note(const std::string& text);
 
 // The name of the input in messages for people.
 std::string DisplayName(const std::string& path);
-
-// Messages one after the other, each after its length as a varint.
-class DelimitedReader : google::protobuf::io::CopyingInputStream {
- public:
-  // The stream must outlive the reader; errors name it.
-  explicit DelimitedReader(ByteStream& stream) : stream_(stream), blocks_(this, 1 << 18) {}
-
-  // Reads the next message; false at the end of the stream. Throws Error when there is no sensible
-  // length. When the stream ends within the message, bytes() is what is there and cut() is true.
-  bool Next();
-
-  // Valid until the next call.
-  const std::string& bytes() const { return bytes_; }
-  // Where the message begins, after its length.
-  std::int64_t offset() const { return offset_; }
-  bool cut() const { return bytes_.size() < size_; }
-  std::size_t size() const { return size_; }
-
- private:
-  int Read(void* to, int size) override {
-    return static_cast<int>(stream_.Read(static_cast<char*>(to), static_cast<std::size_t>(size)));
-  }
-
-  ByteStream& stream_;
-  google::protobuf::io::CopyingInputStreamAdaptor blocks_;
-  std::optional<google::protobuf::io::CodedInputStream> in_;
-  std::int64_t begin_ = 0;  // where that began
-  std::string bytes_;
-  std::int64_t offset_ = 0;
-  std::uint64_t size_ = 0;
-};
 
 }  // namespace virtual_modem::inspect

@@ -150,12 +150,7 @@ class TextLogReader : public Traffic {
       }
       buffer_.erase(0, begin_);
       begin_ = 0;
-      const std::size_t old = buffer_.size();
-      constexpr std::size_t kBlock = 1U << 16U;
-      buffer_.resize(old + kBlock);
-      const std::size_t count = stream_.Read(&buffer_[old], kBlock);
-      buffer_.resize(old + count);
-      if (count == 0) {
+      if (!stream_.AppendTo(buffer_)) {
         line_ = buffer_;
         begin_ = buffer_.size();
         return !line_.empty();
