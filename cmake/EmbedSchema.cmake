@@ -3,15 +3,7 @@
 function(virtual_modem_embed_schema folder script component link)
   set(place share/virtual-modem-protos/${folder})
   set(output ${PROJECT_BINARY_DIR}/${place}/${script})
-  set(source ${PROJECT_SOURCE_DIR}/tools/${folder}/${script})
-  set(embed ${PROJECT_SOURCE_DIR}/tools/embed_schema.py)
-  add_custom_command(
-    OUTPUT ${output}
-    COMMAND ${virtual_modem_python} ${embed}
-      $<TARGET_PROPERTY:virtual-modem-protos,VIRTUAL_MODEM_DESCRIPTOR_SET> ${source} ${output}
-    DEPENDS ${embed} ${source} ${virtual_modem_schema_inputs}
-    COMMENT "Generating ${folder}/${script}"
-    VERBATIM)
+  virtual_modem_generate(${output} tools/embed_schema.py ${PROJECT_SOURCE_DIR}/tools/${folder}/${script})
   add_custom_target(virtual-modem-${folder} ALL DEPENDS ${output})
   set_target_properties(virtual-modem-${folder} PROPERTIES VIRTUAL_MODEM_SCRIPT ${output})
   if(NOT VIRTUAL_MODEM_INSTALL)

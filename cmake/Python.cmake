@@ -32,22 +32,36 @@ PYTHONPATH='@_modules@'${PYTHONPATH:+:$PYTHONPATH} PYTHONDONTWRITEBYTECODE=1 exe
 endif()
 
 set(_reads_protobuf TRUE)
-if(VIRTUAL_MODEM_PYTHON)
-  virtual_modem_reads_protobuf(_reads_protobuf ${VIRTUAL_MODEM_PYTHON})
-endif()
-if(NOT VIRTUAL_MODEM_PYTHON OR NOT _reads_protobuf)
+virtual_modem_reads_protobuf(_reads_protobuf "${VIRTUAL_MODEM_PYTHON}")
+if(NOT _reads_protobuf)
   message(FATAL_ERROR
     "No Python 3 that can import google.protobuf (VIRTUAL_MODEM_PYTHON is '${VIRTUAL_MODEM_PYTHON}'). "
     "Install one (Debian: scripts/setup build, which is apt-get install python3-protobuf) or name it "
     "with -D VIRTUAL_MODEM_PYTHON=/path/to/python3.")
 endif()
 
-# How a program that reads the schema is run (src/schema is the Python module), and what it depends on:
-# the descriptor set and the list beside it, once they are checked.
+# How a program that reads the schema is run (src/schema is the Python module), the descriptor set that it
+# reads, and what it depends on: this and the list beside it, once they are checked.
 set(virtual_modem_python ${CMAKE_COMMAND} -E env PYTHONPATH=${PROJECT_SOURCE_DIR}/src
   PYTHONDONTWRITEBYTECODE=1 ${VIRTUAL_MODEM_PYTHON})
 file(GLOB virtual_modem_schema_module CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/schema/*.py)
-set(virtual_modem_schema_inputs
-  ${PROJECT_BINARY_DIR}/share/virtual-modem-protos/virtual-modem-protos.binpb
+set(virtual_modem_descriptor_set
+  ${PROJECT_BINARY_DIR}/share/virtual-modem-protos/virtual-modem-protos.binpb)
+set(virtual_modem_schema_inputs ${virtual_modem_descriptor_set}
   ${PROJECT_BINARY_DIR}/share/virtual-modem-protos/subscriber_data.txt
   ${virtual_modem_schema_module} virtual-modem-descriptor-set)
+
+# Has a program of this project write a file from the descriptor set and further files.
+# virtual_modem_generate(OUTPUT PROGRAM [FILE...])
+function(virtual_modem_generate output program)
+  cmake_path(GET output PARENT_PATH folder)
+  cmake_path(GET output FILENAME name)
+  add_custom_command(
+    OUTPUT ${output}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${folder}
+    COMMAND ${virtual_modem_python} ${PROJECT_SOURCE_DIR}/${program} ${virtual_modem_descriptor_set}
+      ${ARGN} ${output}
+    DEPENDS ${PROJECT_SOURCE_DIR}/${program} ${ARGN} ${virtual_modem_schema_inputs}
+    COMMENT "Generating ${name}"
+    VERBATIM)
+endfunction()

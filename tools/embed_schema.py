@@ -53,7 +53,6 @@ def main() -> None:
     script = source.read_text(encoding="ascii")
     if script.count(placeholder) != 1:
         sys.exit(f"embed_schema.py: {source} has to hold '{placeholder.strip()}' once")
-    target.parent.mkdir(parents=True, exist_ok=True)
     target.write_text(script.replace(placeholder, table(everything)), encoding="ascii")
 
 

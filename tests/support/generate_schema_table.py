@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Writes schema_table.inc, the schema and the golden samples as rows of C++ data.
 
-Usage: generate_schema_table.py DESCRIPTOR_SET OUTPUT SAMPLES...
+Usage: generate_schema_table.py DESCRIPTOR_SET SAMPLES... OUTPUT
 
 FIELD(message, number, name, label, kind, type, subscriber_data): one per field, in number order.
 SAMPLE(message, kind, size, bytes): one per golden sample that has any bytes.
@@ -17,7 +17,7 @@ import samples  # pylint: disable=wrong-import-position
 
 
 def main() -> None:
-    everything = schema.load(sys.argv[1])
+    everything, output = schema.load(sys.argv[1]), pathlib.Path(sys.argv[-1])
     rows = []
     for message in everything.messages:
         for f in sorted(message.fields, key=lambda f: f.number):
@@ -27,10 +27,10 @@ def main() -> None:
             kind = f.type.replace("bytes", "string") if f.is_scalar else type(f.declared).__name__
             rows.append(f'FIELD("{message.full_name}", {f.number}, "{f.name}", k{f.label.title()}, '
                         f'k{kind.title()}, "{declared}", {str(f.is_subscriber_data).lower()})')
-    for sample in (s for path in sys.argv[3:] for s in samples.read(pathlib.Path(path)) if s.data):
+    for sample in (s for path in sys.argv[2:-1] for s in samples.read(pathlib.Path(path)) if s.data):
         data = "".join(f"\\{byte:03o}" for byte in sample.data)
         rows.append(f'SAMPLE("{sample.message}", {sample.kind}, {len(sample.data)}, "{data}")')
-    pathlib.Path(sys.argv[2]).write_text("\n".join(rows) + "\n", encoding="ascii")
+    output.write_text("\n".join(rows) + "\n", encoding="ascii")
 
 
 if __name__ == "__main__":
