@@ -1,5 +1,6 @@
-// Measures the message classes on the messages of workloads.h. The same object code is linked
-// against each build of the library that is compared; scripts/bench runs them and prints the table.
+// Measures the operations of operations.h on the messages of workloads.cc. The same object code is
+// linked against each build of the library that is compared; scripts/bench runs them and prints the
+// table.
 //
 // "library/MESSAGE/OPERATION" encodes or decodes; "text/MESSAGE" prints the message as one line, by
 // the companion library or by the full runtime's printer. Some builds have neither.
@@ -8,21 +9,18 @@
 // which counts it: one dump per operation, named after it. --check prints the texts, on which both
 // printers must agree.
 #include <benchmark/benchmark.h>
-#include <google/protobuf/arena.h>
 #include <valgrind/callgrind.h>
 
 #include <cstdio>
 #include <functional>
-#include <memory>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "workloads.h"
+#include "operations.h"
 
 #if defined(VIRTUAL_MODEM_BENCH_FULL)
 #include <google/protobuf/text_format.h>
@@ -44,63 +42,6 @@ void Register(const std::string& name, Operation operation) {
   });
   operations.emplace_back(name, [operation](int times) mutable {
     for (int i = 0; i < times; ++i) benchmark::DoNotOptimize(operation());
-  });
-}
-
-template <typename Message>
-bool Serialize(const Message& message, std::string& buffer) {
-  if (message.ByteSizeLong() > buffer.size()) return false;
-  auto* const out = reinterpret_cast<std::uint8_t*>(buffer.data());
-  return message.SerializeWithCachedSizesToArray(out) != nullptr;
-}
-
-// What a caller of the library does, from a record to bytes and back.
-template <typename Record>
-void RegisterCodec(const std::string& name, const Record& record) {
-  using google::protobuf::Arena;
-  using Message = typename Record::Message;
-  Message filled;
-  record.Fill(filled);
-  const std::string bytes = filled.SerializeAsString();
-  const auto decode = [bytes](Message& message) {
-    const auto size = static_cast<int>(bytes.size());
-    return message.ParseFromArray(bytes.data(), size) ? Record::Read(message) : 0;
-  };
-
-  Register(name + "/encode", [record, message = Message(), buffer = bytes]() mutable {
-    message.Clear();
-    record.Fill(message);
-    return Serialize(message, buffer);
-  });
-  Register(name + "/encode_fresh", [record, buffer = bytes]() mutable {
-    Message message;
-    record.Fill(message);
-    return Serialize(message, buffer);
-  });
-  Register(name + "/decode_reused",
-           [decode, message = Message()]() mutable { return decode(message); });
-  Register(name + "/decode_fresh", [decode] {
-    Message message;
-    return decode(message);
-  });
-  struct Block {
-    alignas(8) char bytes[16 * 1024];
-  };
-  Register(name + "/decode_arena", [decode, block = std::make_shared<Block>()] {
-    Arena arena(block->bytes, sizeof block->bytes);
-    return decode(*Arena::CreateMessage<Message>(&arena));
-  });
-
-  // Of a message that is filled already.
-  Register(name + "/to_buffer",
-           [filled, buffer = bytes]() mutable { return Serialize(filled, buffer); });
-  Register(name + "/to_array", [filled, buffer = bytes]() mutable {
-    return filled.SerializeToArray(buffer.data(), static_cast<int>(buffer.size()));
-  });
-  Register(name + "/to_string", [filled] { return filled.SerializeAsString(); });
-  Register(name + "/to_ostream", [filled] {
-    std::ostringstream out;
-    return filled.SerializeToOstream(&out);
   });
 }
 
@@ -157,7 +98,9 @@ int CountInstructions(const std::string& filter) {
 int main(int argc, char** argv) {
   const std::string_view mode = argc > 1 ? argv[1] : "";
   virtual_modem::bench::ForEachMessage([](const std::string& name, const auto& record) {
-    virtual_modem::bench::RegisterCodec("library/" + name, record);
+    virtual_modem::bench::ForEachOperation(record, [&name](const char* operation, auto run) {
+      virtual_modem::bench::Register("library/" + name + '/' + operation, run);
+    });
     virtual_modem::bench::RegisterText<virtual_modem::bench::Printer>("text/" + name, record);
   });
   if (mode == "--check") {

@@ -25,9 +25,6 @@ import sys
 import tempfile
 import time
 
-MESSAGES = ["NoResultResponse", "Dial", "GetCurrentCallsResponse", "SignalStrengthChanged",
-            "SlaveSetupDataCallResponse", "IccCardStatusResponse", "ImsCallStateChanged"]
-FOUR = MESSAGES[:4]
 OPERATIONS = ["encode", "decode_reused", "decode_fresh"]
 # Of the release build: an operation, and what it is compared with.
 ADVICE = [("encode", "encode_fresh"), ("decode_reused", "decode_fresh"),
@@ -128,7 +125,10 @@ def table(title: str, *rows: list[str]) -> None:
 
 
 def report(times: dict, counts: dict) -> None:
-    for messages, title in [(FOUR, "the four messages"), (MESSAGES, "all seven messages")]:
+    full, ours = (times[build.name] for build in TEXT)
+    every = list(full[0])
+    four = every[:4]
+    for messages, title in [(four, "the four messages"), (every, "all seven messages")]:
         table(f"Time relative to the plain build, geometric mean over {title}: median [quartiles] "
               f"of {len(times[BASE])} rounds; instructions of all three",
               ["build", "encode+decode", *OPERATIONS, "instructions"],
@@ -138,19 +138,18 @@ def report(times: dict, counts: dict) -> None:
                  f"{ratios([counts[build.name]], [counts[BASE]], cells(messages, OPERATIONS))[0]:.2f}"]
                 for build in BUILDS))
 
-    full, ours = (times[build.name] for build in TEXT)
     table("A message as one line of text",
           ["message", *(f"{build.name}, ns" for build in TEXT), "ratio: median [quartiles]"],
           *([name, *(f"{statistics.median(run[name] for run in runs):.0f}" for runs in (full, ours)),
-             spread(ratios(ours, full, [name]))] for name in MESSAGES),
-          ["geometric mean", "", "", spread(ratios(ours, full, MESSAGES))])
+             spread(ratios(ours, full, [name]))] for name in every),
+          ["geometric mean", "", "", spread(ratios(ours, full, every))])
 
     release = times[RELEASE.name]
 
     def factor(message: str, way: str, other: str) -> str:
         return f"{statistics.median(r[f'{message}/{way}'] / r[f'{message}/{other}'] for r in release):.2f}"
-    table("Release build, one way relative to another: median", ["way", "relative to", *FOUR],
-          *([way, other, *(factor(message, way, other) for message in FOUR)] for way, other in ADVICE))
+    table("Release build, one way relative to another: median", ["way", "relative to", *four],
+          *([way, other, *(factor(message, way, other) for message in four)] for way, other in ADVICE))
 
 
 def main() -> None:

@@ -61,8 +61,11 @@ def main() -> None:
 
     for name in SENT:
         write(by_name[name])
+    filled = "".join(f"{name}Record Make{name}();\n" for name in SENT)
+    used = "".join(f'  use("{name}", Make{name}());\n' for name in SENT)
     with open(sys.argv[2], "w", encoding="ascii") as out:
-        out.write("\n".join(records.values()))
+        out.write("\n".join(records.values()) + f"\n{filled}\n"
+                  f"template <typename Use>\nvoid ForEachMessage(const Use& use) {{\n{used}}}\n")
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 // The benchmark's messages as plain records: what a caller holds before it builds a message and
 // after it has read one. generate_records.py makes MESSAGERecord for each: its members, Fill() for
-// the message class, and Read(), a digest of the message's fields.
+// the message class, and Read(), a digest of the message's fields; and ForEachMessage(), which
+// calls use(name, record) with what workloads.cc fills in.
 #pragma once
 
 #include <virtual_modem/data_share.pb.h>

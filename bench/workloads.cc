@@ -1,4 +1,5 @@
-#include "workloads.h"
+// The values that the benchmark sends: plausible content for each of its messages.
+#include "records.h"
 
 namespace virtual_modem::bench {
 namespace {
@@ -32,17 +33,17 @@ AppStatusRecord MakeApp(AppType type, const char* aid, const char* label) {
 
 }  // namespace
 
-NoResultResponseRecord MakeNoResult() { return {QCOM, 4711, RADIO_E_SUCCESS}; }
+NoResultResponseRecord MakeNoResultResponse() { return {QCOM, 4711, RADIO_E_SUCCESS}; }
 
 DialRecord MakeDial() { return {QCOM, 4711, std::string(14, '5'), CLIR_DEFAULT}; }
 
-GetCurrentCallsResponseRecord MakeCurrentCalls() {
+GetCurrentCallsResponseRecord MakeGetCurrentCallsResponse() {
   GetCurrentCallsResponseRecord response{QCOM, 4711, RADIO_E_SUCCESS, {}};
   for (int i = 1; i <= 3; ++i) response.calls.push_back(MakeCall<CallRecord>(i));
   return response;
 }
 
-SignalStrengthChangedRecord MakeSignalChanged() {
+SignalStrengthChangedRecord MakeSignalStrengthChanged() {
   SignalStrengthChangedRecord indication;
   indication.platformtype = QCOM;
   SignalStrengthRecord& report = indication.signalstrength;
@@ -56,7 +57,7 @@ SignalStrengthChangedRecord MakeSignalChanged() {
   return indication;
 }
 
-SlaveSetupDataCallResponseRecord MakeSetupDataCall() {
+SlaveSetupDataCallResponseRecord MakeSlaveSetupDataCallResponse() {
   SlaveSetupDataCallResponseRecord response;
   response.value1 = 0;
   response.value2 = -1;
@@ -73,7 +74,7 @@ SlaveSetupDataCallResponseRecord MakeSetupDataCall() {
   return response;
 }
 
-IccCardStatusResponseRecord MakeCardStatus() {
+IccCardStatusResponseRecord MakeIccCardStatusResponse() {
   IccCardStatusResponseRecord response;
   response.platformtype = QCOM;
   response.serial = 4711;
@@ -95,7 +96,7 @@ IccCardStatusResponseRecord MakeCardStatus() {
   return response;
 }
 
-ImsCallStateChangedRecord MakeImsCalls() {
+ImsCallStateChangedRecord MakeImsCallStateChanged() {
   ImsCallStateChangedRecord indication{QCOM, 0, {}};
   for (int i = 1; i <= 3; ++i) {
     QImsCallRecord call = MakeCall<QImsCallRecord>(i);

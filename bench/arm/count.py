@@ -7,14 +7,16 @@ The figure of an operation is what 1,000 more of it add, so that starting the pr
 that of a build is the geometric mean over the messages. Counts repeat exactly.
 """
 import concurrent.futures
-import math
+import itertools
 import os
+import statistics
 import subprocess
 import sys
 import tempfile
 
 EMULATOR = ["qemu-arm", "-L", "/usr/arm-linux-gnueabi"]
-OPERATIONS = {"encode": "encode", "kept": "decode, object kept", "new": "decode, new object"}
+OPERATIONS = {"encode": "encode", "decode_reused": "decode, object kept",
+              "decode_fresh": "decode, new object"}
 FEW, MANY = 200, 1200
 
 
@@ -32,41 +34,37 @@ def stripped_size(library: str) -> int:
 def main() -> None:
     plugin, bench = sys.argv[1:3]
     libraries = dict(argument.split("=", 1) for argument in sys.argv[3:])
-    builds = list(libraries)
+    base = next(iter(libraries))
 
     def program(build: str) -> str:
         return f"{bench}/virtual-modem-operations-{build}"
-    messages = range(int(run(*EMULATOR, program(builds[0]))[0]))
-    jobs = [(build, operation, message, times) for build in builds for operation in OPERATIONS
-            for message in messages for times in (FEW, MANY)]
 
     def count(job: tuple) -> tuple[str, int]:
-        build, operation, message, times = job
-        digest, executed = run(*EMULATOR, "-plugin", plugin, program(build), str(message), operation,
-                               str(times))
+        build, cell, times = job
+        digest, executed = run(*EMULATOR, "-plugin", plugin, program(build), cell, str(times))
         return digest, int(executed)
+    cells = [cell for cell in run(*EMULATOR, program(base))[0].split()
+             if cell.partition("/")[2] in OPERATIONS]
+    jobs = list(itertools.product(libraries, cells, (FEW, MANY)))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = dict(zip(jobs, pool.map(count, jobs)))
 
-    for build, operation, message, times in jobs:
-        digests = {results[other, operation, message, times][0] for other in builds}
-        if len(digests) > 1:
-            sys.exit(f"count.py: {operation} of message {message} gives different results in "
-                     f"different builds: {' '.join(sorted(digests))}")
+    for build, cell, times in jobs:
+        if results[build, cell, times][0] != results[base, cell, times][0]:
+            sys.exit(f"count.py: {cell} gives another result in the build {build} than in {base}")
 
     def mean(build: str, operation: str) -> float:
-        counts = [(results[build, operation, message, MANY][1]
-                   - results[build, operation, message, FEW][1]) / (MANY - FEW)
-                  for message in messages]
-        return math.exp(sum(map(math.log, counts)) / len(counts))
+        return statistics.geometric_mean(
+            (results[build, cell, MANY][1] - results[build, cell, FEW][1]) / (MANY - FEW)
+            for cell in cells if cell.endswith(f"/{operation}"))
     print(f"{'instructions':<10}" + "".join(f"{label:>22}" for label in OPERATIONS.values())
           + f"{'stripped bytes':>18}")
-    for build in builds:
+    for build, library in libraries.items():
         row = ""
         for operation in OPERATIONS:
             value = mean(build, operation)
-            row += f"{value:>14,.0f}  ({value / mean(builds[0], operation):.3f})"[-22:].rjust(22)
-        print(f"{build:<12}{row}{stripped_size(libraries[build]):>18,}")
+            row += f"{value:>14,.0f}  ({value / mean(base, operation):.3f})"[-22:].rjust(22)
+        print(f"{build:<12}{row}{stripped_size(library):>18,}")
 
 
 if __name__ == "__main__":
