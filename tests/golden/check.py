@@ -4,7 +4,7 @@
 Usage: check.py DESCRIPTOR_SET PEER
        check.py --add DESCRIPTOR_SET PROTOC
 
-PEER is the program made from ../interop/peer.cc. --add leaves every sample alone that is there: the
+PEER is the program built from ../interop/peer.cc. --add leaves every sample alone that is there: the
 values are chosen here, the bytes are protoc's. To replace a sample on purpose, delete it first.
 """
 import pathlib

@@ -144,7 +144,7 @@ Masked, also where bytes do not fit their type:
   09-09 01:46:40.000000 < EmergencyNumber - 14 B mnc: "XXXXXX" categories: EMERGENCY_POLICE # number: declared as string, 
   09-09 01:46:40.000000 < CellIdentityOperatorNames - 10 B alphalong: "XXXXXX" # alphashort: declared as string, came as v
 
-Packed, in pieces, through a pipe, and broken:
+Compressed, in pieces, through a pipe, and broken:
 
   $ inspect log log.pcap >plain 2>/dev/null; (head -c 99 log.pcap | gzip; tail -c +100 log.pcap | gzip) | inspect log 2>/dev/null | cmp - plain
   $ gzip -c log.pcap | head -c 300 | inspect log >/dev/null

@@ -11,7 +11,7 @@
   virtual-modem-inspect: --from: octal is not one of array|auto|base64|binary|hex|log|string (see --help)
   virtual-modem-inspect: what: nosuch is not one of messages|enums|fields|values (see --help)
   virtual-modem-inspect: --count excludes --follow (see --help)
-  virtual-modem-inspect: Could not convert: --serial = x (see --help)
+  virtual-modem-inspect: --serial: x is not a 32-bit number (see --help)
   virtual-modem-inspect: mask takes IN... OUT (see --help)
   virtual-modem-inspect: --trust-type requires --type (see --help)
   virtual-modem-inspect: --from requires --type (see --help)

@@ -3,7 +3,7 @@
 
 Usage: compare.py PEER DESCRIPTOR_SET PACKAGE_DIR IMPLEMENTATION [--count N] [--seed N]
 
-PEER is the program made from peer.cc, IMPLEMENTATION of google.protobuf installed or python. The latter
+PEER is the program built from peer.cc, IMPLEMENTATION of google.protobuf installed or python. The latter
 must agree on what is accepted, what is initialized, and on the bytes written again. Text, masks and
 missing fields must be those of the Python package, which masks by reflection and prints with
 google.protobuf.text_format. Bytes that are no message must say where they break. A failure prints the

@@ -1,4 +1,4 @@
-"""Asks the library what it makes of bytes, through the program made from peer.cc."""
+"""Asks the library what it makes of bytes, through the program built from peer.cc."""
 import dataclasses
 import struct
 import subprocess

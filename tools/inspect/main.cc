@@ -169,7 +169,10 @@ class CommandLine {
     AddFilter(command, "unit", "UNIT", options_.units);
     OneOf(AddFilter(command, "kind", "KIND", options_.kinds),
           {"request", "response", "indication", "record"});
-    AddFilter(command, "serial", "NUMBER", options_.serials);
+    AddFilter(command, "serial", "NUMBER", options_.serials)->check([](const std::string& word) {
+      std::int32_t number = 0;
+      return CLI::detail::lexical_cast(word, number) ? "" : word + " is not a 32-bit number";
+    });
     command
         ->add_option("--grep", options_.grep,
                      "Only messages with the value in that field; FIELD~TEXT for a part of it")
