@@ -1,6 +1,7 @@
 """The messages of the virtual modem, and their text with subscriber data masked.
 
-The classes are in a module a unit: radio_pb2, ims_service_pb2 and so on. TYPES has all of them by the name that a channel carries beside the bytes.
+The classes are in a module a unit: radio_pb2, ims_service_pb2 and so on. TYPES has all of them by the
+name that a channel carries beside the bytes.
 
     >>> import virtual_modem
     >>> from virtual_modem import radio_pb2 as radio
