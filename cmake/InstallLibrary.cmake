@@ -14,19 +14,16 @@ function(virtual_modem_install_library target component)
   if(NOT VIRTUAL_MODEM_INSTALL)
     return()
   endif()
-  get_target_property(header_sets ${target} INTERFACE_HEADER_SETS)
-  set(headers "")
-  foreach(header_set IN LISTS header_sets)
-    if(header_set)
-      list(APPEND headers FILE_SET ${header_set}
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-    endif()
-  endforeach()
+  get_target_property(headers ${target} INTERFACE_HEADER_SETS)
+  if(headers)
+    set(headers FILE_SET ${headers} COMPONENT development)
+  else()
+    set(headers "")
+  endif()
   target_compile_definitions(${target} INTERFACE
     $<INSTALL_INTERFACE:${virtual_modem_package_definition}>)
   install(TARGETS ${target} EXPORT VirtualModemProtosTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-      COMPONENT ${component} NAMELINK_COMPONENT development
+    LIBRARY COMPONENT ${component} NAMELINK_COMPONENT development
     ${headers})
 endfunction()
 
