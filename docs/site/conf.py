@@ -76,7 +76,7 @@ def declarations(header):
         last = name
 
 
-def pages():
+def pages(everything):
     """Every page of the source folder: path and text."""
     guides = [path.relative_to(ROOT) for path in
               sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md"), *ROOT.glob("examples/**/*.md")])
@@ -93,7 +93,6 @@ def pages():
             f"# {header.name}\n\n`#include <virtual_modem/{header.name}>`\n" +
             "".join(declarations(header)))
 
-    everything = schema.load(DESCRIPTOR_SET)
     for unit in everything.units:
         sections = []
         for number, section in enumerate(unit.sections):
@@ -131,7 +130,7 @@ def fill(app):
     for folder in ("examples", "docs/pictures"):  # what pages link to beside other pages
         shutil.copytree(ROOT / folder, source / folder,
                         ignore=shutil.ignore_patterns("node_modules", "*.md"))
-    for relative, text in pages():
+    for relative, text in pages(app.virtual_modem_schema):
         path = source / relative
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, encoding="utf-8")

@@ -64,9 +64,6 @@ class SchemaSection(Directive):
         section = unit.sections[int(self.arguments[1])]
         return [self.member(member) for member in section.members]
 
-    def link(self, name):
-        return reference(self.env.app, self.docname, self.names[name], name, literal(name))
-
     def entry(self, objtype, name, title, *signature, shown=None):
         """A description of one object, and the node that its content goes to."""
         head = addnodes.desc_signature("", "", ids=[name], classes=["sig", "sig-object"])
@@ -83,7 +80,7 @@ class SchemaSection(Directive):
         return whole, content
 
     def prose(self, text, own):
-        """A paragraph, its names linked except for the one that it explains."""
+        """A paragraph, its names code spans except for the one that it explains."""
         paragraph, end = nodes.paragraph(), 0
         text = " ".join(text.split())
         for match in NAME.finditer(text):
@@ -93,7 +90,7 @@ class SchemaSection(Directive):
             if name not in self.names or name == own or is_word(name):
                 continue
             paragraph += nodes.Text(text[end:match.start()])
-            paragraph += self.link(name)
+            paragraph += literal(name)
             end = match.start() + len(name)
         paragraph += nodes.Text(text[end:])
         return paragraph
@@ -109,13 +106,13 @@ class SchemaSection(Directive):
     def facts(self, declared):
         """Pairs of a title and inline nodes."""
         if isinstance(declared, schema.Message):
-            names = [self.link(name) for name in declared.answered_by or declared.answers]
+            names = [literal(name) for name in declared.answered_by or declared.answers]
             if declared.is_agreed:
                 names.append(nodes.Text("agreed between the sides"))
             if names:
                 yield ("Answers" if declared.kind == "response" else "Answer"), joined(names)
         if declared.carried_by:
-            yield "Carried by", joined(self.link(f"{message}.{field}")
+            yield "Carried by", joined(literal(f"{message}.{field}")
                                        for message, field in declared.carried_by)
         scenarios = self.env.app.virtual_modem_exchanges.get(declared.name)
         if scenarios:
@@ -141,8 +138,7 @@ class SchemaSection(Directive):
         return whole
 
     def field(self, message, field):
-        type_ = self.link(field.type) if field.declared else literal(field.type)
-        signature = [nodes.inline("", field.label, classes=[field.label]), type_,
+        signature = [nodes.inline("", field.label, classes=[field.label]), literal(field.type),
                      nodes.inline("", f"= {field.number}"),
                      nodes.inline("", f"tag {field.tag} ({field.wire})", classes=["wire"])]
         if field.default is not None:
@@ -165,8 +161,8 @@ class SchemaSection(Directive):
         return whole
 
 
-def link_guides(app, doctree, docname):
-    """Links names in the code spans of guides."""
+def link_names(app, doctree, docname):
+    """Links the code spans that are names, of the schema's pages and of guides."""
     for span in list(doctree.findall(nodes.literal)):
         page = app.virtual_modem_places.get(span.astext())
         if page and not isinstance(span.parent, nodes.reference):
@@ -177,5 +173,5 @@ def setup(app):
     for kind in ("message", "field", "enumeration", "value"):
         app.add_object_type(f"schema-{kind}", f"schema-{kind}", objname=kind)
     app.add_directive("schema-section", SchemaSection)
-    app.connect("doctree-resolved", link_guides)
+    app.connect("doctree-resolved", link_names)
     return {"parallel_read_safe": True, "parallel_write_safe": True}

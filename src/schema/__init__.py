@@ -15,8 +15,8 @@ Field     number, label, type, declared (the message or enumeration), default, t
 Enum      unit, values, carried_by
 Value     number, wire
 
-Each has name, full_name (as in the type names of the wire), cpp_name, comment, line, and proto: its
-descriptor.
+Each has name, full_name (as in the type names of the wire), cpp_name, comment, file, line, and proto:
+its descriptor.
 """
 from __future__ import annotations
 
@@ -47,6 +47,7 @@ class Declaration:
     full_name: str
     cpp_name: str
     comment: str
+    file: str  # import path of its unit
     line: int
     proto: typing.Any = dataclasses.field(repr=False)
 
@@ -116,6 +117,7 @@ class Unit:
     messages: list[Message]  # in the order of the descriptors, as the enumerations are
     enums: list[Enum]
     proto: typing.Any = dataclasses.field(repr=False)
+    line: int = 1
 
 
 @dataclasses.dataclass
@@ -192,7 +194,8 @@ def _unit(file, listed: set[str]) -> Unit:
         location = locations.get(path, nowhere)
         full_name = scope + proto.name
         return [proto.name, full_name, full_name.replace(".", "::"),
-                location.leading_comments or location.trailing_comments, location.span[0] + 1, proto]
+                location.leading_comments or location.trailing_comments, file.name,
+                location.span[0] + 1, proto]
 
     def field(proto, path, scope: str) -> Field:
         is_long = proto.options.packed or proto.type in (

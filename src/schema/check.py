@@ -34,7 +34,10 @@ class Check:
         self.folder = folder
         self.found: list[tuple[str, int, str]] = []
 
-    def say(self, file: str, line: int, name: str, wrong: str) -> None:
+    def say(self, declared: schema.Declaration | schema.Unit, wrong: str, name: str = "") -> None:
+        self.say_at(declared.file, declared.line, name or declared.name, wrong)
+
+    def say_at(self, file: str, line: int, name: str, wrong: str) -> None:
         self.found.append((file, line, f"{name}: {wrong}"))
 
     def run(self) -> list[str]:
@@ -43,7 +46,7 @@ class Check:
         built = {unit.file for unit in self.schema.units}
         for path in sorted(self.folder.rglob("*.proto")):
             if (file := path.relative_to(self.folder).as_posix()) not in built:
-                self.say(file, 1, path.stem, "no unit of this name is built; list the file in Android.bp")
+                self.say_at(file, 1, path.stem, "no unit of this name is built; list the file in Android.bp")
         self.names()
         self.answers()
         self.lists()
@@ -53,64 +56,57 @@ class Check:
         return [f"{self.folder.name}/{file}:{line}: {fault}" for file, line, fault in self.found]
 
     def unit(self, unit: schema.Unit) -> None:
-        def say(wrong: str, name: str = unit.name, line: int = 1) -> None:
-            self.say(unit.file, line, name, wrong)
-
         if not unit.file.startswith("virtual_modem/"):
-            say("is outside virtual_modem/; import units of that folder only")
+            self.say(unit, "is outside virtual_modem/; import units of that folder only")
             return
         if unit.proto.syntax not in ("", "proto2"):
-            say(f"its syntax is {unit.proto.syntax}; make it proto2, as the other units are")
+            self.say(unit, f"its syntax is {unit.proto.syntax}; make it proto2, as the other units are")
         if unit.proto.options.optimize_for != unit.proto.options.LITE_RUNTIME:
-            say("its classes would need the full runtime; add 'option optimize_for = LITE_RUNTIME;'")
+            self.say(unit, "its classes would need the full runtime; add "
+                     "'option optimize_for = LITE_RUNTIME;'")
         for word in CPP_WORDS.intersection(unit.package.split(".")):
-            say(f"its package holds {word}, which is a word of C++; choose another")
+            self.say(unit, f"its package holds {word}, which is a word of C++; choose another")
         if not unit.comment.strip():
-            say("has no comment; say above 'syntax' what the unit is for")
+            self.say(unit, "has no comment; say above 'syntax' what the unit is for")
         for what, there in (("extensions", unit.proto.extension), ("services", unit.proto.service)):
             if there:
-                say(f"declares {what}, which no tool here shows; leave them out", there[0].name)
+                self.say(unit, f"declares {what}, which no tool here shows; leave them out", there[0].name)
         for enum in unit.enums:
-            self.comment(unit, enum, "what the enumeration tells and which message carries it")
+            self.comment(enum, "what the enumeration tells and which message carries it")
             if enum.proto.options.allow_alias:
-                say("two values share a number, and text names one; leave out allow_alias",
-                    enum.name, enum.line)
+                self.say(enum, "two values share a number, and text names one; leave out allow_alias")
             for value in enum.values:
-                self.comment(unit, value, "what it means", f"{enum.name}.{value.name}")
+                self.comment(value, "what it means", f"{enum.name}.{value.name}")
         for message in unit.messages:
-            self.message(unit, message)
+            self.message(message)
 
-    def comment(self, unit: schema.Unit, declared: schema.Declaration, tell: str, name="") -> bool:
+    def comment(self, declared: schema.Declaration, tell: str, name: str = "") -> bool:
         if not declared.comment.strip():
-            self.say(unit.file, declared.line, name or declared.name, f"has no comment; say {tell}")
+            self.say(declared, f"has no comment; say {tell}", name)
         for letter in sorted({letter for letter in declared.comment if letter > "~"}):
-            self.say(unit.file, declared.line, name or declared.name,
-                     f"its comment has '{letter}'; write it in ASCII")
+            self.say(declared, f"its comment has '{letter}'; write it in ASCII", name)
         return bool(declared.comment.strip())
 
-    def message(self, unit: schema.Unit, message: schema.Message) -> None:
+    def message(self, message: schema.Message) -> None:
         kinds = "Request, Response, Indication or Record"
-        if self.comment(unit, message, f"its kind first ({kinds}), who sends it and what answers it"):
+        if self.comment(message, f"its kind first ({kinds}), who sends it and what answers it"):
             if not message.kind:
-                self.say(unit.file, message.line, message.name,
-                         f"its comment does not name its kind; begin it with {kinds}")
+                self.say(message, f"its comment does not name its kind; begin it with {kinds}")
         for what, there in (("messages, groups or maps", message.proto.nested_type),
                             ("enumerations", message.proto.enum_type),
                             ("extensions", message.proto.extension or message.proto.extension_range),
                             ("oneofs", message.proto.oneof_decl)):
             if there:
-                self.say(unit.file, message.line, message.name, f"declares {what} inside, which the tables "
-                         "do not hold; declare messages and enumerations beside it, and optional fields")
+                self.say(message, f"declares {what} inside, which the tables do not hold; declare messages "
+                         "and enumerations beside it, and optional fields")
         for field in message.fields:
-            self.field(unit, message, field)
+            self.field(field, f"{message.name}.{field.name}")
 
-    def field(self, unit: schema.Unit, message: schema.Message, field: schema.Field) -> None:
-        name = f"{message.name}.{field.name}"
-
+    def field(self, field: schema.Field, name: str) -> None:
         def say(wrong: str) -> None:
-            self.say(unit.file, field.line, name, wrong)
+            self.say(field, wrong, name)
 
-        self.comment(unit, field, "meaning, unit, range and sentinel", name)
+        self.comment(field, "meaning, unit, range and sentinel", name)
         if field.is_scalar and field.type not in TYPES:
             say(f"its type {field.type} is one that the tools do not show; take one of "
                 + ", ".join(sorted(TYPES)))
@@ -130,47 +126,44 @@ class Check:
         for declared in self.schema.messages + self.schema.enums:
             other = seen.setdefault(declared.name, declared.unit)
             if other is not declared.unit:
-                self.say(declared.unit.file, declared.line, declared.name,
-                         f"{other.file} declares one of this name; choose another")
+                self.say(declared, f"{other.file} declares one of this name; choose another")
 
     def answers(self) -> None:
         by_name = {message.name: message for message in self.schema.messages}
         for message in self.schema.messages:
-            def say(wrong: str, one: schema.Message = message) -> None:
-                self.say(one.unit.file, one.line, one.name, wrong)
-
             named = schema.ANSWERED_BY.findall(message.words)
             for name in named:
                 if name not in by_name:
-                    say(f"is answered by {name}, which is no message; correct the name")
+                    self.say(message, f"is answered by {name}, which is no message; correct the name")
                 elif not re.search(rf"\b{message.name}\b", by_name[name].words):
-                    say(f"is answered by {name}, whose comment does not say so; name {message.name} "
-                        f"in the comment of {name}")
+                    self.say(message, f"is answered by {name}, whose comment does not say so; name "
+                             f"{message.name} in the comment of {name}")
             if message.kind == "request" and not named and not AGREED.search(message.words):
-                say("its comment names no answer; write 'answered by NAME' or 'the sides agree on it'")
+                self.say(message, "its comment names no answer; write 'answered by NAME' or 'the sides "
+                         "agree on it'")
             if message.kind == "response":
                 for name in schema.ANSWERS.findall(message.words):
                     if name in by_name and name not in message.answers:
-                        say(f"answers {name}, whose comment does not say so; write 'answered by "
-                            f"{message.name}' there")
+                        self.say(message, f"answers {name}, whose comment does not say so; write "
+                                 f"'answered by {message.name}' there")
 
     def lists(self) -> None:
-        fields = {f.full_name: (m, f) for m in self.schema.messages for f in m.fields}
+        fields = {field.full_name: field for message in self.schema.messages for field in message.fields}
         places: dict[str, str] = {}
         for list_name in (MASKED, SHOWN):
             file = f"virtual_modem/{list_name}"
             for line, name in schema.read_list(self.folder / file):
                 if name in places:
-                    self.say(file, line, name, f"is in {places[name]} already; keep one line")
+                    self.say_at(file, line, name, f"is in {places[name]} already; keep one line")
                 elif name not in fields:
-                    self.say(file, line, name, "the schema has no such field; correct or delete it")
-                elif fields[name][1].type not in DECIDED:
-                    self.say(file, line, name, f"{fields[name][1].type} names no one; delete the line")
+                    self.say_at(file, line, name, "the schema has no such field; correct or delete it")
+                elif fields[name].type not in DECIDED:
+                    self.say_at(file, line, name, f"{fields[name].type} names no one; delete the line")
                 places.setdefault(name, f"{list_name}:{line}")
-        for name, (message, field) in fields.items():
+        for name, field in fields.items():
             if field.type in DECIDED and name not in places:
-                self.say(message.unit.file, field.line, name, "nobody decided whether it is subscriber "
-                         f"data; add it to {MASKED}, or to {SHOWN} under its reason")
+                self.say(field, "nobody decided whether it is subscriber data; add it to "
+                         f"{MASKED}, or to {SHOWN} under its reason", name)
 
     def sizes(self) -> None:
         names = {field.name for message in self.schema.messages for field in message.fields}
@@ -180,8 +173,8 @@ class Check:
                 (sum(2 * len(m.fields) + 16 for m in self.schema.messages), MOST_ROWS, "rows of fields"),
                 (sum(map(len, names)), MOST_NAMES, "letters in names of fields")):
             if count > most:
-                self.say(self.schema.units[-1].file, 1, "schema",
-                         f"{count} {what} are more than the tables hold; widen src/text/tables.h")
+                self.say(self.schema.units[-1], f"{count} {what} are more than the tables hold; widen "
+                         "src/text/tables.h", "schema")
 
 
 def faults(everything: schema.Schema, folder: pathlib.Path) -> list[str]:
