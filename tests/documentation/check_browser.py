@@ -46,7 +46,8 @@ return Object.entries({
     there("#Dial") && !(there("#Dial .request") && there("#Dial\\\\.address .masked") &&
       there("#Dial\\\\.clir .required") && there("#Dial\\\\.clir a[href$='#Clir']") &&
       there("a[href$='#NoResultResponse']") && !there("#Dial\\\\.clir .masked") &&
-      document.querySelector("#Dial\\\\.clir .wire").innerText === "tag 20 (varint)"),
+      document.querySelector("#Dial\\\\.clir .wire").innerText === "tag 20 (varint)" &&
+      !document.body.innerText.includes("C++:")),
   "the page is wider than the screen": document.documentElement.scrollWidth > innerWidth,
 }).filter(([, is_there]) => is_there).map(([fault]) => fault);
 """
