@@ -68,7 +68,7 @@ Schema::Schema(const std::string& descriptor_set) {
   }
   ReadSubscriberData(
       std::filesystem::path(descriptor_set).replace_filename("subscriber_data.txt").string());
-  tables_ = MakeTables(types_, subscriber_data_);
+  tables_ = MakeTables(*this);
   scratch_.resize(types_.size());
 }
 

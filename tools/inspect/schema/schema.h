@@ -81,11 +81,9 @@ class Schema {
   std::unordered_set<const FieldDescriptor*> subscriber_data_;
 };
 
-// The tables of the walk over encoded bytes, for these messages. Throws Error for a field of a type
-// that the messages of a virtual modem do not use.
-std::shared_ptr<const text::Tables> MakeTables(
-    const std::vector<TypeInfo>& types,
-    const std::unordered_set<const FieldDescriptor*>& subscriber_data);
+// The tables of the walk over encoded bytes, for the schema's messages. Throws Error for a field of
+// a type that the messages of a virtual modem do not use.
+std::shared_ptr<const text::Tables> MakeTables(const Schema& schema);
 
 // Where the descriptor set is: the environment variable VIRTUAL_MODEM_DESCRIPTOR_SET, else the data
 // folder of the tree that the running program is installed (or built) in.
