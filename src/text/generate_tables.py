@@ -14,20 +14,6 @@ import schema
 MOST_SLOTS, MOST_SLOTS_IN_ALL = 600, 65535
 
 
-class Names:
-    """All field names in one string, each once."""
-
-    def __init__(self) -> None:
-        self.text = ""
-        self.places: dict[str, int] = {}
-
-    def place(self, name: str) -> int:
-        if name not in self.places:
-            self.places[name] = len(self.text)
-            self.text += name
-        return self.places[name]
-
-
 def last_dense(numbers) -> int:
     """Up to which number each has a row: no more than twice as many as are declared, and 16."""
     ordered = [number for number in sorted(numbers) if number <= 255]
@@ -39,7 +25,8 @@ def main() -> None:
     messages, enums = everything.messages, everything.enums
     index = {each.full_name: place for each in (messages, enums) for place, each in enumerate(each)}
 
-    names, message_rows, field_rows, sparse_rows = Names(), [], [], []
+    names = "".join(dict.fromkeys(f.name for message in messages for f in message.fields))
+    message_rows, field_rows, sparse_rows = [], [], []
     for message in messages:
         by_number = {f.number: f for f in message.fields}
         dense = last_dense(by_number)
@@ -56,7 +43,7 @@ def main() -> None:
             flags = [str(flag).lower() for flag in (
                 f.label == "repeated", f.label == "required", f.is_subscriber_data)]
             field_rows.append(
-                f"{{{names.place(f.name)}, {below}, FieldKind::k{kind.title()}, {flags[0]}, "
+                f"{{{names.index(f.name)}, {below}, FieldKind::k{kind.title()}, {flags[0]}, "
                 f"{len(f.name)}, {flags[1]}, {flags[2]}, {number if number <= dense else 0}}},")
     message_rows.append(f"{{{len(field_rows)}, 0}},")
     sparse = "nullptr, nullptr"
@@ -81,7 +68,7 @@ def main() -> None:
            "};", "",
            "constexpr Message kMessages[] = {", *message_rows, "};",
            "constexpr Field kFields[] = {", *field_rows, "};", *sparse_rows,
-           f'constexpr char kNames[{len(names.text)} + kNamePadding + 1] = "{names.text}";',
+           f'constexpr char kNames[{len(names)} + kNamePadding + 1] = "{names}";',
            "",
            "// Null for an enumeration that no field has.",
            "const std::string* LibraryName(unsigned enumeration, std::int32_t number) {",

@@ -74,26 +74,25 @@ class UnknownFields {
     if (!ReadVarint(tag)) return false;
     item.number = static_cast<std::uint32_t>(tag) >> 3U;
     item.type = static_cast<WireType>(tag & 7U);
+    if (item.type == kEndGroup) return true;
+    if (item.number == 0) return false;
     switch (item.type) {
       case kVarint:
-        return item.number != 0 && ReadVarint(item.value);
+        return ReadVarint(item.value);
       case kFixed64:
-        return item.number != 0 && ReadFixed(8, item.value);
+        return ReadFixed(8, item.value);
       case kFixed32:
-        return item.number != 0 && ReadFixed(4, item.value);
+        return ReadFixed(4, item.value);
       case kLengthDelimited: {
         std::uint64_t length = 0;
-        if (item.number == 0 || !ReadVarint(length)) return false;
+        if (!ReadVarint(length)) return false;
         const char* const begin = reader_.at();
         item.bytes = {begin, static_cast<std::uint32_t>(length)};
         return reader_.SkipBytes(item.bytes.size());
       }
-      case kStartGroup:
-        return item.number != 0;
-      case kEndGroup:
-        return true;
+      default:
+        return item.type == kStartGroup;
     }
-    return false;
   }
 
  private:
@@ -224,9 +223,7 @@ class Printer : public Handler {
 
   void Malformed(const Level& level, const Outcome& outcome) {
     if (!remarks_.empty()) remarks_.append(1, separator_);
-    const std::string path = PathTo(tables_, level);
-    Append(remarks_, "# malformed at byte ", outcome.offset, path.empty() ? "" : " in ", path);
-    Append(remarks_, ": ", Explain(outcome));
+    Append(remarks_, "# ", Explain(tables_, level, outcome));
   }
 
   // What stands after the fields.

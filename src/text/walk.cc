@@ -52,7 +52,7 @@ std::string PathTo(const Tables& tables, const Level& level, const Field& field)
   return path;
 }
 
-std::string Explain(const Outcome& outcome) {
+std::string Explain(const Tables& tables, const Level& level, const Outcome& outcome) {
   // By fault; # stands for the detail, @ for the item, $ for what is left.
   static constexpr const char* kReasons[] = {
       "",
@@ -71,7 +71,9 @@ std::string Explain(const Outcome& outcome) {
   };
   static_assert(std::size(kReasons) == static_cast<std::size_t>(Fault::kFieldZero) + 1);
   static_assert(kMaxDepth == 100);
+  const std::string path = PathTo(tables, level);
   std::string text;
+  Append(text, "malformed at byte ", outcome.offset, path.empty() ? "" : " in ", path, ": ");
   for (const char c : std::string_view(kReasons[static_cast<std::size_t>(outcome.fault)])) {
     if (c == '#') {
       Append(text, outcome.detail);

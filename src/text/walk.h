@@ -114,8 +114,9 @@ struct Outcome {
   bool misfit() const { return doubtful() || unknown != 0 || undeclared != 0; }
 };
 
-// Such as "the input ends 3 bytes early". Requires outcome.malformed().
-std::string Explain(const Outcome& outcome);
+// Such as "malformed at byte 9 in calls[0]: the input ends 3 bytes early", of what Malformed() of a
+// handler is told.
+std::string Explain(const Tables& tables, const Level& level, const Outcome& outcome);
 
 // The required fields that a message lacks at every depth, whatever the order of its fields, each
 // singular message merged from all its occurrences, as a parser does. Adds the paths of the first

@@ -16,11 +16,6 @@ const char* WireTypeName(text::WireType wire_type) {
   return kNames.at(wire_type);
 }
 
-std::string Malformed(std::size_t offset, const std::string& path, const std::string& why) {
-  return "malformed at byte " + std::to_string(offset) + (path.empty() ? "" : " in ") + path +
-         ": " + why;
-}
-
 // Puts what the walk comes by into words.
 class Reporter : public text::Handler {
  public:
@@ -51,8 +46,7 @@ class Reporter : public text::Handler {
   }
 
   void Malformed(const text::Level& level, const text::Outcome& outcome) {
-    findings_.texts.push_back(inspect::Malformed(
-        outcome.offset, text::PathTo(schema_.tables(), level), text::Explain(outcome)));
+    findings_.texts.push_back(text::Explain(schema_.tables(), level, outcome));
   }
 
   // Adds what the walk found, and the required fields that the message, parsed from the same bytes,
@@ -138,7 +132,8 @@ Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& me
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.
   if (!outcome.malformed() && !parsed) {
     outcome.fault = text::Fault::kEndsInside;
-    findings.texts.push_back(Malformed(bytes.size(), "", "the runtime refuses these bytes"));
+    findings.texts.push_back("malformed at byte " + std::to_string(bytes.size()) +
+                             ": the runtime refuses these bytes");
   }
   reporter.Finish(outcome, index, message);
   return findings;

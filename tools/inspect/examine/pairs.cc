@@ -5,7 +5,7 @@
 namespace virtual_modem::inspect {
 namespace {
 
-// A request that is still waiting when so many came after it counts as unanswered.
+// Of so many requests responses are awaited; the oldest one beyond them counts as unanswered.
 constexpr std::size_t kMostRequests = 1U << 16U;
 
 }  // namespace
@@ -27,35 +27,30 @@ void Pairing::TakeHalf(std::string_view kind, Half half) {
   if (!is_request && kind != "response") return;
   const bool asked_by_telephony = (half.direction == Direction::kToModem) == is_request;
   const Key key = Key{static_cast<std::uint32_t>(half.serial)} << 1U | Key{asked_by_telephony};
-  const auto known = requests_.find(key);
+  const auto known = by_key_.find(key);
   if (is_request) {
     // A serial that is used again stands for the new request alone.
-    if (known != requests_.end()) Forget(key, known->second.number);
-    requests_.emplace(key, Request{std::move(half), ++taken_});
-    order_.emplace_back(key, taken_);
-    if (order_.size() <= kMostRequests) return;
-    Forget(order_.front().first, order_.front().second);
-    order_.pop_front();
-  } else if (known == requests_.end()) {
+    if (known != by_key_.end()) Forget(known->second);
+    by_key_[key] = requests_.insert(requests_.end(), Request{key, std::move(half)});
+    if (requests_.size() > kMostRequests) Forget(requests_.begin());
+  } else if (known == by_key_.end()) {
     TakePair(PairKind::kUnasked, nullptr, &half);
   } else {
-    Request& request = known->second;
+    Request& request = *known->second;
     TakePair(request.answered ? PairKind::kAnsweredAgain : PairKind::kAnswered, &request.half,
              &half);
     request.answered = true;
   }
 }
 
-// The number tells the request from a later one of the same key.
-void Pairing::Forget(Key key, std::int64_t number) {
-  const auto request = requests_.find(key);
-  if (request == requests_.end() || request->second.number != number) return;
-  if (!request->second.answered) TakePair(PairKind::kUnanswered, &request->second.half, nullptr);
+void Pairing::Forget(Requests::iterator request) {
+  if (!request->answered) TakePair(PairKind::kUnanswered, &request->half, nullptr);
+  by_key_.erase(request->key);
   requests_.erase(request);
 }
 
 void Pairing::FinishPairs() {
-  for (const auto& [key, number] : order_) Forget(key, number);
+  while (!requests_.empty()) Forget(requests_.begin());
 }
 
 }  // namespace virtual_modem::inspect

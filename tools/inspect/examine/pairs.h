@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,16 +57,16 @@ class Pairing {
  private:
   using Key = std::uint64_t;  // serial and side of the request
   struct Request {
+    Key key;
     Half half;
-    std::int64_t number;  // among all requests
     bool answered = false;
   };
+  using Requests = std::list<Request>;
 
-  void Forget(Key key, std::int64_t number);
+  void Forget(Requests::iterator request);
 
-  std::int64_t taken_ = 0;
-  std::unordered_map<Key, Request> requests_;
-  std::deque<std::pair<Key, std::int64_t>> order_;  // the oldest first, with its number
+  Requests requests_;  // the oldest first
+  std::unordered_map<Key, Requests::iterator> by_key_;
 };
 
 }  // namespace virtual_modem::inspect

@@ -245,20 +245,18 @@ std::optional<std::string> ParseLog(std::string_view text, std::string& note) {
   std::optional<std::string> found;
   std::size_t found_at = 0;
   for (std::size_t number = 1; !text.empty(); ++number) {
-    std::string bytes;
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    if (!FindHexRun(TakeLine(text), bytes, begin, end)) continue;
+    const std::optional<HexRun> run = FindHexRun(TakeLine(text));
+    if (!run) continue;
     if (found) {
       throw Error("lines " + std::to_string(found_at) + " and " + std::to_string(number) +
                   " both have hex; give the bytes of one message (--hex), or read all lines with "
                   "the command log");
     }
-    found = bytes;
+    found = run->bytes;
     found_at = number;
-    note = "took the " + std::to_string(bytes.size()) + " bytes of hex at line " +
-           std::to_string(number) + ", columns " + std::to_string(begin + 1) + " to " +
-           std::to_string(end) + ", and ignored the rest";
+    note = "took the " + std::to_string(run->bytes.size()) + " bytes of hex at line " +
+           std::to_string(number) + ", columns " + std::to_string(run->begin + 1) + " to " +
+           std::to_string(run->end) + ", and ignored the rest";
   }
   return found;
 }
@@ -318,7 +316,7 @@ std::string ParseAny(std::string_view text, std::string& note) {
 
 }  // namespace
 
-bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, std::size_t& end) {
+std::optional<HexRun> FindHexRun(std::string_view line) {
   Run longest;
   bool tie = false;
   for (std::size_t at = 0; at < line.size();) {
@@ -339,7 +337,7 @@ bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, s
     }
     at = run.end;
   }
-  if (longest.digits < 2 * kShortestRun) return false;
+  if (longest.digits < 2 * kShortestRun) return std::nullopt;
   if (longest.digits % 2 != 0) {
     throw Error("the longest run of hex, at column " + std::to_string(longest.begin + 1) +
                 ", has " + std::to_string(longest.digits) + " digits: half a byte is missing");
@@ -348,10 +346,11 @@ bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, s
     throw Error("two runs of hex of " + std::to_string(longest.digits / 2) +
                 " bytes in one line; give the one that is meant (--hex)");
   }
-  begin = longest.begin;
-  end = longest.end;
+  HexRun run{longest.begin, longest.end, ""};
   std::string why;
-  return ParseHex(line.substr(begin, end - begin), bytes, why) == HexResult::kRead;
+  const std::string_view digits = line.substr(run.begin, run.end - run.begin);
+  if (ParseHex(digits, run.bytes, why) != HexResult::kRead) return std::nullopt;
+  return run;
 }
 
 std::string ParsePasted(std::string_view text, Encoding encoding, std::string& note) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,9 +16,15 @@ enum class Encoding : std::uint8_t { kAuto, kBinary, kHex, kBase64, kString, kAr
 // Throws Error.
 std::string ParsePasted(std::string_view text, Encoding encoding, std::string& note);
 
+struct HexRun {
+  std::size_t begin = 0;  // its place in the line
+  std::size_t end = 0;
+  std::string bytes;
+};
+
 // The longest run of hex in a line of a log, of at least four bytes: digits in a row, or groups of
-// one size set apart by one character each. Its place in the line is left in begin and end; false
-// when there is none. Throws Error when the longest run is half a byte short, or there are two.
-bool FindHexRun(std::string_view line, std::string& bytes, std::size_t& begin, std::size_t& end);
+// one size set apart by one character each. Throws Error when the longest run is half a byte short,
+// or there are two.
+std::optional<HexRun> FindHexRun(std::string_view line);
 
 }  // namespace virtual_modem::inspect

@@ -209,10 +209,12 @@ class TextLogReader : public Traffic {
 
   bool ReadHex(Header header, Record& record) {
     const std::string_view rest = line_.substr(header.end);
-    std::size_t begin = 0;
-    std::size_t end = 0;
+    std::size_t begin = header.end;
     try {
-      if (!FindHexRun(rest, bytes_, begin, end)) return false;
+      const std::optional<HexRun> run = FindHexRun(rest);
+      if (!run) return false;
+      bytes_ = run->bytes;
+      begin += run->begin;
     } catch (const Error& error) {
       const std::size_t text = rest.find_first_not_of(" \t:=>(-{");
       if (text == std::string_view::npos || HexDigit(rest[text]) < 0) return false;
@@ -220,7 +222,6 @@ class TextLogReader : public Traffic {
       bytes_.clear();
       return Fill(header, record);
     }
-    begin += header.end;
     for (std::size_t at = header.end; at < begin;) {
       const std::string_view word = TakeWord(line_.substr(0, begin), at);
       const TypeInfo* type = schema_.FindType(word);

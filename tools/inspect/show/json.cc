@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "inspect/error.h"
+#include "inspect/read/hex.h"
 #include "inspect/show/terminal.h"
 #include "text/print.h"
 
@@ -156,11 +157,8 @@ class Writer : public text::Handler {
 };
 
 void AppendUtf16Escape(std::uint32_t unit, std::string& json) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  json += "\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) {
-    json += kDigits[unit >> static_cast<unsigned>(shift) & 0xFU];
-  }
+  const char bytes[] = {static_cast<char>(unit >> 8U), static_cast<char>(unit)};
+  json += "\\u" + ToHex({bytes, sizeof bytes});
 }
 
 // The runtime shows the place by lines below the error; they become one.

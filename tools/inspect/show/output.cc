@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <iterator>
 
 namespace virtual_modem::inspect {
 
@@ -21,11 +22,9 @@ Output& Output::Append(std::string_view text) {
 }
 
 Output& Output::Append(std::int64_t number) {
-  constexpr std::size_t kMostDigits = 20;
-  if (buffer_.size() - used_ < kMostDigits) MakeRoom(kMostDigits);
-  char* begin = buffer_.data() + used_;
-  used_ += static_cast<std::size_t>(std::to_chars(begin, begin + kMostDigits, number).ptr - begin);
-  return *this;
+  char digits[text::kMaxDigits];
+  const char* end = std::to_chars(digits, std::end(digits), number).ptr;
+  return Append({digits, static_cast<std::size_t>(end - digits)});
 }
 
 void Output::Flush() {
