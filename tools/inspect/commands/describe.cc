@@ -19,22 +19,11 @@ namespace {
 
 using google::protobuf::EnumValueDescriptor;
 
-// The first sentence of its comment, or sentence part.
-template <typename Declaration>
-std::string Headline(const Declaration& declaration) {
-  const std::string comment = Comment(declaration);
-  return comment.substr(0, comment.find_first_of(".;:"));
-}
-
-// The bytes before each value of the field, in hex.
-std::string TagBytes(const FieldDescriptor& field) {
-  return ToHex(Varint(google::protobuf::internal::WireFormat::MakeTag(&field)));
-}
-
 // The declaration as the schema has it, with tag and comment.
 void PrintFieldLine(const FieldDescriptor& field) {
+  const std::string tag = Varint(google::protobuf::internal::WireFormat::MakeTag(&field));
   std::cout << "  " << LabelOf(field) << ' ' << TypeOf(field) << ' ' << field.name() << " = "
-            << field.number() << "  tag " << TagBytes(field) << '\n';
+            << field.number() << "  tag " << ToHex(tag) << '\n';
   const std::string comment = Comment(field);
   if (!comment.empty()) std::cout << "      " << comment << '\n';
 }
@@ -233,9 +222,11 @@ Status DescribeCommand(Schema& schema, const Options& options) {
 
 Status ListCommand(Schema& schema, const Options& options) {
   const std::string& what = options.list;
+  // With the first sentence of its comment, or sentence part.
   const auto print = [](const auto& declaration) {
+    const std::string comment = Comment(declaration);
     std::cout << declaration.full_name() << "  " << UnitOf(*declaration.file()) << "  "
-              << Headline(declaration) << '\n';
+              << comment.substr(0, comment.find_first_of(".;:")) << '\n';
   };
   if (what == "enums" || what == "values") {
     for (const EnumDescriptor* type : schema.enums()) {

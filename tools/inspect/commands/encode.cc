@@ -58,11 +58,9 @@ void AppendSkeleton(const Message& message, const std::string& indent, std::stri
 
 // A capture of one message that was sent now, in the direction of its kind.
 void WriteCapture(const TypeInfo& type, std::string_view bytes, const std::string& path) {
-  using std::chrono::nanoseconds;
+  const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
   Record record;
-  record.time =
-      std::chrono::duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
-          .count();
+  record.time = now.count();
   record.direction = type.kind == "request" ? Direction::kToModem : Direction::kToTelephony;
   record.name = type.type->full_name();
   std::string capture;

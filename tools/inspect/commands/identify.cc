@@ -28,12 +28,12 @@ struct Candidate {
   bool is_record = false;   // other messages carry the type, so it hardly comes by itself
 
   bool Fits() const { return findings.empty() && same_bytes && readable; }
-  int absent() const { return type->field_count() - present; }
 
   // Smaller is better; candidates of equal rank are told apart by nothing.
   auto Rank() const {
     return std::make_tuple(findings.missing != 0, findings.wrong_type, findings.unknown,
-                           findings.undeclared, !same_bytes, !readable, is_record, absent());
+                           findings.undeclared, !same_bytes, !readable, is_record,
+                           type->field_count() - present);
   }
 };
 

@@ -59,7 +59,10 @@ std::string_view ByteStream::Peek(std::size_t size) {
     begun_ = true;
     fill(2);
     if (ahead_ == "\x1F\x8B") {
-      inflate_.reset(new z_stream{});
+      inflate_.reset(new z_stream{}, [](z_stream* stream) {
+        inflateEnd(stream);
+        delete stream;
+      });
       if (inflateInit2(inflate_.get(), 16 + MAX_WBITS) != Z_OK) throw Error("zlib does not start");
       compressed_.swap(ahead_);
       inflate_->next_in = reinterpret_cast<Bytef*>(compressed_.data());
@@ -68,11 +71,6 @@ std::string_view ByteStream::Peek(std::size_t size) {
   }
   fill(size);
   return ahead_;
-}
-
-void ByteStream::EndInflate::operator()(z_stream_s* stream) const {
-  inflateEnd(stream);
-  delete stream;
 }
 
 // A file may have several members of gzip, as a compressed log that was appended to has them.

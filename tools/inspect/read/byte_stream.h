@@ -39,10 +39,6 @@ class ByteStream : public google::protobuf::io::CopyingInputStream {
   const std::string& name() const { return name_; }
 
  private:
-  struct EndInflate {
-    void operator()(z_stream_s* stream) const;
-  };
-
   bool IsElsewhere() const;
   std::size_t ReadRaw(void* to, std::size_t size);
   std::size_t ReadExpanded(void* to, std::size_t size);
@@ -54,7 +50,7 @@ class ByteStream : public google::protobuf::io::CopyingInputStream {
   bool moved_ = false;
   std::string ahead_;  // peeked at
   bool begun_ = false;
-  std::unique_ptr<z_stream_s, EndInflate> inflate_;  // null when nothing is compressed
+  std::shared_ptr<z_stream_s> inflate_;  // null when nothing is compressed
   std::string compressed_;
   bool inside_ = false;  // a member of gzip
   std::function<void()> before_wait_;

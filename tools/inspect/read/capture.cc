@@ -1,3 +1,5 @@
+#include <netinet/ip.h>
+#include <netinet/udp.h>
 #include <pcap/pcap.h>
 
 #include <algorithm>
@@ -12,18 +14,8 @@
 namespace virtual_modem::inspect {
 namespace {
 
-using capture::kIpHeaderBytes;
 using capture::kModemPort;
 using capture::kTelephonyPort;
-using capture::kUdpHeaderBytes;
-
-std::uint32_t Number(std::string_view bytes, std::size_t at, std::size_t size) {
-  std::uint32_t number = 0;
-  for (std::size_t i = at; i < at + size; ++i) {
-    number = number << 8U | static_cast<std::uint8_t>(bytes[i]);
-  }
-  return number;
-}
 
 // Bytes before the IP header.
 std::size_t LinkHeader(pcap* capture, const std::string& name) {
@@ -40,22 +32,24 @@ std::size_t LinkHeader(pcap* capture, const std::string& name) {
 // What a packet carries if it is a UDP datagram between the two sides, and which way it goes; false
 // for other packets and for fragments.
 bool ReadDatagram(std::string_view packet, Direction& direction, std::string_view& payload) {
-  if (packet.size() < kIpHeaderBytes || Number(packet, 0, 1) >> 4U != 4) return false;
-  const std::size_t header = std::size_t{4} * (Number(packet, 0, 1) & 0xFU);
-  constexpr std::uint32_t kUdp = 17;
-  constexpr std::uint32_t kFragment = 0x3FFF;  // its offset, or that more follow
-  if (header < kIpHeaderBytes || packet.size() < header + kUdpHeaderBytes ||
-      Number(packet, 9, 1) != kUdp || (Number(packet, 6, 2) & kFragment) != 0) {
+  ip ip_header{};
+  udphdr udp_header{};
+  if (packet.size() < sizeof ip_header) return false;
+  std::memcpy(&ip_header, packet.data(), sizeof ip_header);
+  const std::size_t at = std::size_t{4} * ip_header.ip_hl;
+  if (ip_header.ip_v != 4 || at < sizeof ip_header || packet.size() < at + sizeof udp_header ||
+      ip_header.ip_p != IPPROTO_UDP || (ntohs(ip_header.ip_off) & (IP_MF | IP_OFFMASK)) != 0) {
     return false;
   }
-  const std::uint32_t from = Number(packet, header, 2);
-  const std::uint32_t to = Number(packet, header + 2, 2);
-  const std::size_t length = Number(packet, header + 4, 2);
+  std::memcpy(&udp_header, packet.data() + at, sizeof udp_header);
+  const std::uint16_t from = ntohs(udp_header.source);
+  const std::uint16_t to = ntohs(udp_header.dest);
+  const std::size_t length = ntohs(udp_header.len);
   const bool to_modem = from == kTelephonyPort && to == kModemPort;
   const bool to_telephony = from == kModemPort && to == kTelephonyPort;
-  if (length < kUdpHeaderBytes || (!to_modem && !to_telephony)) return false;
+  if (length < sizeof udp_header || (!to_modem && !to_telephony)) return false;
   direction = to_modem ? Direction::kToModem : Direction::kToTelephony;
-  payload = packet.substr(header + kUdpHeaderBytes, length - kUdpHeaderBytes);
+  payload = packet.substr(at + sizeof udp_header, length - sizeof udp_header);
   return true;
 }
 
@@ -69,7 +63,7 @@ void ReadFrame(const Schema& schema, std::string_view frame, std::size_t lost, R
     record.problem = frame.size() < kFrameHeaderBytes && lost > 0 ? cut : "not a frame";
     return;
   }
-  record.operation = Number(frame, 2, 1);
+  record.operation = static_cast<std::uint8_t>(frame[2]);
   if (read.status == FrameStatus::kBadType) {
     record.problem = "a frame without the name of a type";
     return;

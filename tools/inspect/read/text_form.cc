@@ -16,18 +16,14 @@ constexpr std::string_view kCutMark = "[... ";  // of texts that were cut to the
 constexpr int kMaxDepth = 100;
 
 // Keeps the first error: the ones after it are mostly its consequences.
-class FirstError : public google::protobuf::io::ErrorCollector {
- public:
+struct FirstError : google::protobuf::io::ErrorCollector {
   void AddError(int line, google::protobuf::io::ColumnNumber column,
                 const std::string& message) override {
-    if (!text_.empty()) return;
-    text_ = "line " + std::to_string(line + 1) + ", column " + std::to_string(column + 1) + ": " +
-            message;
+    if (!text.empty()) return;
+    text = "line " + std::to_string(line + 1) + ", column " + std::to_string(column + 1) + ": " +
+           message;
   }
-  const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
+  std::string text;
 };
 
 class Scanner {
@@ -163,7 +159,7 @@ std::string ParseText(const std::string& text, bool lenient, google::protobuf::M
   parser.AllowFieldNumber(lenient);
   parser.SetRecursionLimit(kMaxDepth);
   parser.ParseFromString(text, &message);
-  return errors.text();
+  return errors.text;
 }
 
 TextForm TakeTextForm(std::string_view text) { return Scanner(text).Scan(); }

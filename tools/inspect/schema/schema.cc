@@ -20,16 +20,12 @@ namespace {
 using google::protobuf::FileDescriptor;
 
 // Keeps the pool from logging: the user gets one line about a bad descriptor set.
-class FirstError : public google::protobuf::DescriptorPool::ErrorCollector {
- public:
+struct FirstError : google::protobuf::DescriptorPool::ErrorCollector {
   void AddError(const std::string& file, const std::string& element, const Message* /*part*/,
                 ErrorLocation /*location*/, const std::string& message) override {
-    if (text_.empty()) text_.append(file).append(": ").append(element).append(": ").append(message);
+    if (text.empty()) text.append(file).append(": ").append(element).append(": ").append(message);
   }
-  const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
+  std::string text;
 };
 
 // Levenshtein distance.
@@ -62,7 +58,7 @@ Schema::Schema(const std::string& descriptor_set) {
   FirstError errors;
   for (const auto& file_proto : files.file()) {
     const FileDescriptor* file = pool_.BuildFileCollectingErrors(file_proto, &errors);
-    if (file == nullptr) throw Error(descriptor_set + ": " + errors.text());
+    if (file == nullptr) throw Error(descriptor_set + ": " + errors.text);
     for (int i = 0; i < file->message_type_count(); ++i) AddType(*file->message_type(i));
     for (int i = 0; i < file->enum_type_count(); ++i) enums_.push_back(file->enum_type(i));
   }
