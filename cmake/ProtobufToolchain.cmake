@@ -39,8 +39,8 @@ endif()
 virtual_modem_protoc_release(_release ${VIRTUAL_MODEM_PROTOC})
 if(NOT _release VERSION_EQUAL VIRTUAL_MODEM_PROTOBUF_RELEASE)
   message(FATAL_ERROR
-    "VIRTUAL_MODEM_PROTOC is '${VIRTUAL_MODEM_PROTOC}', release '${_release}', but this library needs release "
-    "${VIRTUAL_MODEM_PROTOBUF_RELEASE}: code from another release does not fit its runtime. Install it "
+    "No protoc of release ${VIRTUAL_MODEM_PROTOBUF_RELEASE} was found, and code from another does not fit "
+    "the runtime (VIRTUAL_MODEM_PROTOC is '${VIRTUAL_MODEM_PROTOC}', release '${_release}'). Install it "
     "(Debian 12 and 13: scripts/setup build, which is apt-get install protobuf-compiler), name one with "
     "-D VIRTUAL_MODEM_PROTOC=/path/to/protoc, or have protoc and runtime built from their source with "
     "-D VIRTUAL_MODEM_RUNTIME=source (README.md, \"Another protobuf, or none\").")
