@@ -1,5 +1,6 @@
 #include "text/print.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -348,8 +349,7 @@ void AppendNumber(std::uint64_t number, Sink& sink) {
 
 void Sink::AppendWhatFits(std::string_view text) {
   const std::size_t fits = text.size() < Room() ? text.size() : Room();
-  std::memcpy(at_, text.data(), fits);
-  at_ += fits;
+  at_ = std::copy_n(text.data(), fits, at_);
   lost_ += text.size() - fits;
 }
 

@@ -41,9 +41,9 @@ class Pairs : public LogView, Pairing {
         (request != nullptr && request->wanted) || (response != nullptr && response->wanted);
     if (!wanted) return;
     ++counts_.at(static_cast<std::size_t>(kind));
-    const Half& first = kind == PairKind::kAnswered || response == nullptr ? *request : *response;
-    const bool timed =
-        kind == PairKind::kAnswered && request->time != kNoTime && response->time != kNoTime;
+    const bool answered = kind == PairKind::kAnswered && request != nullptr && response != nullptr;
+    const Half& first = answered || response == nullptr ? *request : *response;
+    const bool timed = answered && request->time != kNoTime && response->time != kNoTime;
     const auto latency = timed ? Latency(*request, *response) : std::nullopt;
     if (latency) {
       ++timed_;
