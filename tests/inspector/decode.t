@@ -119,6 +119,10 @@ Of many findings the first hundred are told, all are counted, and the last one n
   # malformed at byte 209 in serial: the input ends inside a varint
   # only the first 100 findings are shown
   virtual-modem-inspect: standard input: not a valid Hangup (malformed, unknown fields: 101)
+  $ (printf '080010011800'; printf '2200%.0s' {1..12}) | inspect decode GetCurrentCallsResponse 2>&1 | tail -n 3
+  # missing required calls[8].ismpty
+  # only the first 100 findings are shown
+  virtual-modem-inspect: standard input: not a valid GetCurrentCallsResponse (required fields missing: 144)
 
 The limits of a receiver are those of the inspector:
 

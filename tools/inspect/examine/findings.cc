@@ -19,7 +19,7 @@ const char* WireTypeName(text::WireType wire_type) {
 // Puts what the walk comes by into words.
 class Reporter : public text::Handler {
  public:
-  Reporter(const Schema& schema, std::string_view bytes, const Descriptor& type, Findings& findings)
+  Reporter(const Schema& schema, std::string_view bytes, unsigned type, Findings& findings)
       : schema_(schema), bytes_(bytes), type_(type), findings_(findings) {}
 
   void Undeclared(const text::Level& level, const text::Field& field, std::uint64_t value,
@@ -51,14 +51,14 @@ class Reporter : public text::Handler {
 
   // Adds what the walk found, and the required fields that the message, parsed from the same bytes,
   // lacks: it may have one in which they break.
-  void Finish(const text::Outcome& outcome, unsigned type, const Message& message) {
+  void Finish(const text::Outcome& outcome, const Message& message) {
     static_cast<text::Outcome&>(findings_) = outcome;
     findings_.unknown = unknown_;
     findings_.wrong_type = wrong_type_;
     findings_.missing = 0;
     if (message.IsInitialized()) return;
     std::vector<std::string> paths;
-    findings_.missing = text::FindMissing(schema_.tables(), type,
+    findings_.missing = text::FindMissing(schema_.tables(), type_,
                                           message.SerializePartialAsString(), &paths, kMaxTexts);
     for (const std::string& path : paths) findings_.Add("missing required " + path);
   }
@@ -69,9 +69,8 @@ class Reporter : public text::Handler {
   }
 
   const FieldDescriptor& Declared(const text::Level& level, const text::Field& field) const {
-    const Descriptor& type =
-        level.field == nullptr ? type_ : *schema_.types()[level.field->below].type;
-    return *type.FindFieldByNumber(static_cast<int>(schema_.tables().NumberOf(field)));
+    const TypeInfo& type = schema_.types()[level.field == nullptr ? type_ : level.field->below];
+    return *type.type->FindFieldByNumber(static_cast<int>(schema_.tables().NumberOf(field)));
   }
 
   // A declared field that is kept as an unknown one.
@@ -84,7 +83,7 @@ class Reporter : public text::Handler {
 
   const Schema& schema_;
   const std::string_view bytes_;
-  const Descriptor& type_;
+  const unsigned type_;
   Findings& findings_;
   // Fields that were read to their end.
   std::uint32_t unknown_ = 0;
@@ -124,18 +123,17 @@ std::string Findings::Summary() const {
 
 Findings ParseAndCheck(const Schema& schema, std::string_view bytes, Message& message) {
   const bool parsed = message.ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
-  const Descriptor& type = *message.GetDescriptor();
+  const unsigned type = schema.FindType(message.GetDescriptor()->full_name())->index;
   Findings findings;
   Reporter reporter(schema, bytes, type, findings);
-  const unsigned index = schema.FindType(type.full_name())->index;
-  text::Outcome outcome = text::WalkMessage(schema.tables(), index, bytes, reporter);
+  text::Outcome outcome = text::WalkMessage(schema.tables(), type, bytes, reporter);
   // The walk follows the runtime's rules; should they ever differ, the runtime decides.
   if (!outcome.malformed() && !parsed) {
     outcome.fault = text::Fault::kEndsInside;
     findings.texts.push_back("malformed at byte " + std::to_string(bytes.size()) +
                              ": the runtime refuses these bytes");
   }
-  reporter.Finish(outcome, index, message);
+  reporter.Finish(outcome, message);
   return findings;
 }
 
