@@ -1,6 +1,5 @@
 #include "text/print.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 
@@ -150,8 +149,8 @@ class Printer : public Handler {
   void Enum(const Level& /*level*/, const Field& field, std::uint64_t /*value*/,
             std::string_view name) {
     Indent();
-    if (char* at = Space(name.size())) {
-      at = WriteName(field, at);
+    if (Fits(name.size())) {
+      char* at = WriteName(field, sink_.at());
       Sink::Copy(at, name.data(), name.size());
       at += name.size();
       *at++ = separator_;
@@ -165,9 +164,8 @@ class Printer : public Handler {
   void String(const Level& /*level*/, const Field& field, std::string_view bytes) {
     const bool masked = IsMasked(field, true);
     Indent();
-    char* at = Space(bytes.size());
-    if (at != nullptr && (masked || ArePlain(bytes))) {
-      at = WriteName(field, at);
+    if (Fits(bytes.size()) && (masked || ArePlain(bytes))) {
+      char* at = WriteName(field, sink_.at());
       *at++ = '"';
       if (masked) {
         std::memset(at, 'X', bytes.size());
@@ -246,10 +244,8 @@ class Printer : public Handler {
     if (!single_line_) sink_.Fill(' ', 2 * depth_);
   }
 
-  // Where a field with a value of that size can be written in one go; null where the end is near.
-  char* Space(std::size_t size) const {
-    return sink_.Room() >= kNameSpace + size + 3 ? sink_.at() : nullptr;
-  }
+  // Whether a field with a value of that size can be written in one go, as the end is not near.
+  bool Fits(std::size_t size) const { return sink_.Room() >= kNameSpace + size + 3; }
   // What the name of a field takes, with ": ".
   static constexpr std::size_t kNameSpace = kNamePadding + 2;
   char* WriteName(const Field& field, char* to) const {
@@ -349,7 +345,8 @@ void AppendNumber(std::uint64_t number, Sink& sink) {
 
 void Sink::AppendWhatFits(std::string_view text) {
   const std::size_t fits = text.size() < Room() ? text.size() : Room();
-  at_ = std::copy_n(text.data(), fits, at_);
+  std::memcpy(at_, text.data(), fits);
+  at_ += fits;
   lost_ += text.size() - fits;
 }
 

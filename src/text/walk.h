@@ -35,9 +35,11 @@ enum WireType : std::uint8_t {
 inline void Append(std::string& to, std::string_view text) { to.append(text.data(), text.size()); }
 void Append(std::string& to, std::uint64_t number);
 template <typename First, typename Second, typename... Rest>
-void Append(std::string& to, const First& first, const Second& second, const Rest&... rest) {
+[[gnu::always_inline]] inline void Append(std::string& to, const First& first, const Second& second,
+                                          const Rest&... rest) {
   Append(to, first);
-  Append(to, second, rest...);
+  Append(to, second);
+  (Append(to, rest), ...);
 }
 inline constexpr std::size_t kMaxDigits = 20;  // of a number of 64 bits, its sign included
 // Returns where the digits end.
